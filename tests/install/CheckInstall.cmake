@@ -1,0 +1,17 @@
+# Script mode: install, configure and build the host, then run it.
+file(REMOVE_RECURSE ${WORK_DIR})
+set(PREFIX ${WORK_DIR}/prefix)
+
+function(run_step)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "Step failed: ${ARGN}\n${out}\n${err}")
+  endif()
+endfunction()
+
+run_step(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${PREFIX})
+run_step(${CMAKE_COMMAND} -S ${HOST_SOURCE_DIR} -B ${WORK_DIR}/host -G ${GENERATOR}
+  -DCMAKE_PREFIX_PATH=${PREFIX} -DCMAKE_BUILD_TYPE=Release)
+run_step(${CMAKE_COMMAND} --build ${WORK_DIR}/host)
+run_step(${WORK_DIR}/host/vexa-install-host)
+message(STATUS "Host program built and ran against the installed package")
