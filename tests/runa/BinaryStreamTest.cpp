@@ -1,0 +1,251 @@
+#include <runa/BinaryStream.h>
+
+#include "LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <sstream>
+#include <vector>
+
+// Records the largest allocation while tracking is on, to prove that a corrupt length is
+// refused before any buffer of that size is requested.
+namespace {
+bool trackAllocations = false;
+std::size_t largestAllocation = 0;
+} // namespace
+
+void* operator new(std::size_t size)
+{
+    if (trackAllocations && size > largestAllocation)
+        largestAllocation = size;
+    if (void* memory = std::malloc(size == 0 ? 1 : size))
+        return memory;
+    throw std::bad_alloc();
+}
+// GCC pairs the inlined malloc with a call to delete and mistakes the pair for a mismatch.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+#pragma GCC diagnostic pop
+
+namespace {
+
+using runa::BinaryReader;
+using runa::BinaryWriter;
+
+enum class Shade : std::uint16_t { Dark = 0x0102, Light = 0xA0B0 };
+
+std::vector<unsigned char> Bytes(const std::stringstream& stream)
+{
+    const std::string text = stream.str();
+    return {text.begin(), text.end()};
+}
+
+template <class T>
+bool SameBits(T a, T b)
+{
+    return std::memcmp(&a, &b, sizeof(T)) == 0;
+}
+
+} // namespace
+
+TEST(BinaryStream, WritesLittleEndian)
+{
+    std::stringstream stream;
+    BinaryWriter writer(stream);
+    writer.Write(std::uint32_t{0x01020304})
+        .Write(std::int16_t{-2})
+        .Write(1.0f)
+        .Write(true)
+        .Write(false)
+        .Write(Shade::Light)
+        .WriteString("ab")
+        .WriteVersion(3);
+    EXPECT_TRUE(writer.Good());
+
+    const std::vector<unsigned char> expected = {
+        0x04, 0x03, 0x02, 0x01, // u32
+        0xFE, 0xFF,             // i16 -2
+        0x00, 0x00, 0x80, 0x3F, // 1.0f
+        0x01, 0x00,             // bools are one byte
+        0xB0, 0xA0,             // enum in its underlying width
+        0x02, 0x00, 0x00, 0x00, 'a', 'b',
+        0x03, 0x00, 0x00, 0x00, // version word
+    };
+    EXPECT_EQ(Bytes(stream), expected);
+}
+
+TEST(BinaryStream, RoundTripsScalarsStringsAndBools)
+{
+    const std::string longText(300, 'x');
+    const std::string withNul("a\0b", 3);
+    std::stringstream stream;
+    BinaryWriter(stream)
+        .Write(std::int8_t{-5})
+        .Write(std::uint8_t{250})
+        .Write(std::int32_t{std::numeric_limits<std::int32_t>::min()})
+        .Write(std::uint64_t{0x0102030405060708ull})
+        .Write(std::int64_t{-1})
+        .Write(-0.0f)
+        .Write(std::numeric_limits<double>::infinity())
+        .Write(3.25)
+        .Write(true)
+        .Write(false)
+        .Write(Shade::Dark)
+        .WriteString("")
+        .WriteString(withNul)
+        .WriteString(longText);
+
+    BinaryReader reader(stream);
+    std::int8_t i8 = 0;
+    std::uint8_t u8 = 0;
+    std::int32_t i32 = 0;
+    std::uint64_t u64 = 0;
+    std::int64_t i64 = 0;
+    float negativeZero = 1.0f;
+    double infinity = 0.0, plain = 0.0;
+    bool yes = false, no = true;
+    Shade shade = Shade::Light;
+    std::string empty = "not empty", nul, longRead;
+    EXPECT_TRUE(reader.Read(i8) && reader.Read(u8) && reader.Read(i32) && reader.Read(u64) &&
+                reader.Read(i64) && reader.Read(negativeZero) && reader.Read(infinity) &&
+                reader.Read(plain) && reader.Read(yes) && reader.Read(no) && reader.Read(shade) &&
+                reader.ReadString(empty) && reader.ReadString(nul) && reader.ReadString(longRead));
+    EXPECT_EQ(i8, -5);
+    EXPECT_EQ(u8, 250);
+    EXPECT_EQ(i32, std::numeric_limits<std::int32_t>::min());
+    EXPECT_EQ(u64, 0x0102030405060708ull);
+    EXPECT_EQ(i64, -1);
+    EXPECT_TRUE(SameBits(negativeZero, -0.0f));
+    EXPECT_TRUE(std::isinf(infinity));
+    EXPECT_EQ(plain, 3.25);
+    EXPECT_TRUE(yes);
+    EXPECT_FALSE(no);
+    EXPECT_EQ(shade, Shade::Dark);
+    EXPECT_EQ(empty, "");
+    EXPECT_EQ(nul, withNul);
+    EXPECT_EQ(longRead, longText);
+    EXPECT_TRUE(reader.Good());
+    EXPECT_FALSE(reader.Truncated());
+    EXPECT_EQ(reader.Offset(), stream.str().size());
+}
+
+TEST(BinaryStream, VersionWordMustMatch)
+{
+    std::stringstream stream;
+    BinaryWriter(stream).WriteVersion(2).WriteVersion(2);
+    testing_support::LogCapture log;
+    BinaryReader reader(stream);
+    EXPECT_TRUE(reader.ReadVersion(2));
+    EXPECT_TRUE(reader.Good());
+    EXPECT_FALSE(reader.ReadVersion(1));
+    EXPECT_FALSE(reader.Good());
+    EXPECT_FALSE(reader.Truncated());
+    // A mismatch is the caller's to report, with its own context.
+    EXPECT_TRUE(log.messages.empty());
+}
+
+TEST(BinaryStream, TruncationAtEveryOffsetFailsOnceAndKeepsTargets)
+{
+    std::stringstream full;
+    BinaryWriter(full)
+        .Write(std::uint32_t{7})
+        .Write(std::int16_t{-300})
+        .Write(2.5f)
+        .Write(-8.0)
+        .WriteString("abc")
+        .Write(true)
+        .Write(std::uint64_t{99});
+    const std::string data = full.str();
+    // Offset at which each of the seven fields ends.
+    const std::size_t ends[] = {4, 6, 10, 18, 25, 26, 34};
+    ASSERT_EQ(data.size(), ends[6]);
+
+    for (std::size_t size = 0; size < data.size(); ++size) {
+        SCOPED_TRACE("record cut to " + std::to_string(size) + " bytes");
+        std::istringstream in(data.substr(0, size));
+        testing_support::LogCapture log;
+        BinaryReader reader(in, "test::Record");
+
+        std::uint32_t version = 1234;
+        std::int16_t small = 1234;
+        float single = 1234.0f;
+        double wide = 1234.0;
+        std::string text = "untouched";
+        bool flag = false;
+        std::uint64_t big = 1234;
+        // Every read is attempted so that reads past the end are seen to stay quiet.
+        const bool results[] = {reader.Read(version), reader.Read(small),  reader.Read(single),
+                                reader.Read(wide),    reader.ReadString(text), reader.Read(flag),
+                                reader.Read(big)};
+        for (int field = 0; field < 7; ++field)
+            EXPECT_EQ(results[field], ends[field] <= size) << "field " << field;
+
+        EXPECT_EQ(version, ends[0] <= size ? 7u : 1234u);
+        EXPECT_EQ(small, ends[1] <= size ? -300 : 1234);
+        EXPECT_EQ(single, ends[2] <= size ? 2.5f : 1234.0f);
+        EXPECT_EQ(wide, ends[3] <= size ? -8.0 : 1234.0);
+        EXPECT_EQ(text, ends[4] <= size ? "abc" : "untouched");
+        EXPECT_EQ(flag, ends[5] <= size);
+        EXPECT_EQ(big, 1234u);
+
+        EXPECT_TRUE(reader.Truncated());
+        EXPECT_FALSE(reader.Good());
+        ASSERT_EQ(log.messages.size(), 1u);
+        EXPECT_EQ(log.messages[0].level, rlog::Level::Warning);
+        EXPECT_EQ(log.messages[0].label, "test::Record");
+    }
+}
+
+TEST(BinaryStream, TruncationMessageNamesTheOffset)
+{
+    std::istringstream in(std::string("\x01\x00\x00\x00\x05", 5));
+    testing_support::LogCapture log;
+    BinaryReader reader(in, "test::Cut");
+    std::uint32_t first = 0;
+    std::int16_t second = 0;
+    EXPECT_TRUE(reader.Read(first));
+    EXPECT_FALSE(reader.Read(second));
+    EXPECT_TRUE(log.Contains("Stream is truncated: wanted 2 bytes at byte offset 4, only 1 left",
+                             "test::Cut"));
+}
+
+TEST(BinaryStream, OversizeStringIsRefusedWithoutAllocating)
+{
+    std::stringstream stream;
+    BinaryWriter(stream).Write(std::uint32_t{0xFFFFFFFF}).WriteString("tail");
+    testing_support::LogCapture log;
+    BinaryReader reader(stream, "test::Huge");
+    std::string text = "kept";
+
+    largestAllocation = 0;
+    trackAllocations = true;
+    const bool read = reader.ReadString(text);
+    trackAllocations = false;
+
+    EXPECT_FALSE(read);
+    EXPECT_EQ(text, "kept");
+    EXPECT_LT(largestAllocation, 4096u);
+    EXPECT_FALSE(reader.Good());
+    EXPECT_FALSE(reader.Truncated());
+    EXPECT_TRUE(log.Contains("String of 4294967295 bytes at byte offset 0 exceeds the limit of " +
+                                 std::to_string(BinaryReader::kDefaultMaxString) + " bytes",
+                             "test::Huge"));
+    EXPECT_EQ(log.messages.size(), 1u);
+
+    // The limit is inclusive.
+    std::stringstream exact;
+    BinaryWriter(exact).WriteString("12345").WriteString("12345");
+    BinaryReader limited(exact);
+    EXPECT_TRUE(limited.ReadString(text, 5));
+    EXPECT_EQ(text, "12345");
+    text = "kept";
+    EXPECT_FALSE(limited.ReadString(text, 4));
+    EXPECT_EQ(text, "kept");
+}

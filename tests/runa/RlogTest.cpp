@@ -1,0 +1,101 @@
+#include <runa/rlog.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Entry {
+    rlog::Level level;
+    std::string message;
+    std::string label;
+};
+
+rlog::Sink CollectInto(std::vector<Entry>& entries)
+{
+    return [&entries](rlog::Level level, const std::string& message, const std::string& label) {
+        entries.push_back({level, message, label});
+    };
+}
+
+} // namespace
+
+TEST(Rlog, LevelNames)
+{
+    EXPECT_STREQ(rlog::LevelName(rlog::Level::Info), "INFO");
+    EXPECT_STREQ(rlog::LevelName(rlog::Level::Warning), "WARN");
+    EXPECT_STREQ(rlog::LevelName(rlog::Level::Failure), "FAIL");
+    EXPECT_STREQ(rlog::LevelName(rlog::Level::Crash), "CRASH");
+}
+
+TEST(Rlog, EveryFunctionReachesTheSinkWithItsLevel)
+{
+    std::vector<Entry> entries;
+    const rlog::ScopedSink scope(CollectInto(entries));
+    rlog::Info("i", "a::Info");
+    rlog::Warn("w", "a::Warn");
+    rlog::Fail("f", "a::Fail");
+    rlog::Crash("c", "a::Crash");
+    rlog::Log(rlog::Level::Warning, "l", "a::Log");
+
+    ASSERT_EQ(entries.size(), 5u);
+    EXPECT_EQ(entries[0].level, rlog::Level::Info);
+    EXPECT_EQ(entries[1].level, rlog::Level::Warning);
+    EXPECT_EQ(entries[2].level, rlog::Level::Failure);
+    EXPECT_EQ(entries[3].level, rlog::Level::Crash);
+    EXPECT_EQ(entries[4].level, rlog::Level::Warning);
+    EXPECT_EQ(entries[2].message, "f");
+    EXPECT_EQ(entries[2].label, "a::Fail");
+}
+
+TEST(Rlog, SetSinkReturnsPreviousAndEmptyRestoresDefault)
+{
+    std::vector<Entry> first;
+    std::vector<Entry> second;
+    const rlog::Sink original = rlog::SetSink(CollectInto(first));
+    ASSERT_TRUE(original);
+
+    const rlog::Sink previous = rlog::SetSink(CollectInto(second));
+    rlog::Warn("to second", "t");
+    // The returned sink is the one that was installed, still usable on its own.
+    ASSERT_TRUE(previous);
+    previous(rlog::Level::Info, "direct", "t");
+    ASSERT_EQ(first.size(), 1u);
+    EXPECT_EQ(first[0].message, "direct");
+    ASSERT_EQ(second.size(), 1u);
+
+    // An empty sink brings back the default writer instead of leaving no sink at all.
+    rlog::SetSink(nullptr);
+    testing::internal::CaptureStderr();
+    rlog::Fail("shown", "test::Label");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "[FAIL] test::Label: shown\n");
+    EXPECT_EQ(second.size(), 1u);
+
+    rlog::SetSink(original);
+}
+
+TEST(Rlog, ScopedSinksNestAndRestore)
+{
+    std::vector<Entry> outer;
+    std::vector<Entry> inner;
+    {
+        const rlog::ScopedSink outerScope(CollectInto(outer));
+        {
+            const rlog::ScopedSink innerScope(CollectInto(inner));
+            rlog::Info("inner", "t");
+        }
+        rlog::Info("outer", "t");
+    }
+    ASSERT_EQ(inner.size(), 1u);
+    EXPECT_EQ(inner[0].message, "inner");
+    ASSERT_EQ(outer.size(), 1u);
+    EXPECT_EQ(outer[0].message, "outer");
+
+    // After the last scope the default writer is back.
+    testing::internal::CaptureStderr();
+    rlog::Warn("after", "t::After");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "[WARN] t::After: after\n");
+    EXPECT_EQ(outer.size(), 1u);
+}

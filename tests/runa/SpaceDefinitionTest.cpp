@@ -1,0 +1,289 @@
+#include <runa/BinaryStream.h>
+#include <runa/SpaceDefinition.h>
+
+#include "LogCapture.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <sstream>
+#include <stdexcept>
+
+using runa::Axis;
+using runa::BasisDefinition;
+using runa::BinaryWriter;
+using runa::LengthUnit;
+using runa::SpaceCategory;
+using runa::SpaceDefinition;
+
+namespace runa {
+
+// Readable failure messages instead of byte dumps.
+void PrintTo(const BasisDefinition& basis, std::ostream* out)
+{
+    *out << '"' << basis.name << "\" up " << int(basis.up) << " forward " << int(basis.forward)
+         << (basis.rightHanded ? " right" : " left");
+    if (const auto* space = dynamic_cast<const SpaceDefinition*>(&basis))
+        *out << " category " << int(space->category) << " units " << int(space->units);
+}
+
+} // namespace runa
+
+namespace {
+
+const char* const kBasisLabel = "runa::BasisDefinition::ReadFromStream";
+const char* const kSpaceLabel = "runa::SpaceDefinition::ReadFromStream";
+
+// A basis record as the given version wrote it; version 0 had no name.
+void WriteBasis(BinaryWriter& writer, std::uint8_t version, const std::string& name)
+{
+    writer.Write(version);
+    if (version >= 1)
+        writer.WriteString(name);
+    writer.Write(std::uint8_t{Axis::NegY}).Write(std::uint8_t{Axis::PosX}).Write(false);
+}
+
+bool SignBits(const glm::vec3& v, bool x, bool y, bool z)
+{
+    return std::signbit(v.x) == x && std::signbit(v.y) == y && std::signbit(v.z) == z;
+}
+
+} // namespace
+
+TEST(SpaceDefinition, AxisVectorsKeepNegativeZeros)
+{
+    EXPECT_EQ(runa::AxisVector(Axis::PosX), glm::vec3(1, 0, 0));
+    EXPECT_EQ(runa::AxisVector(Axis::PosY), glm::vec3(0, 1, 0));
+    EXPECT_EQ(runa::AxisVector(Axis::PosZ), glm::vec3(0, 0, 1));
+    EXPECT_EQ(runa::AxisVector(Axis::NegX), glm::vec3(-1, 0, 0));
+    EXPECT_EQ(runa::AxisVector(Axis::NegY), glm::vec3(0, -1, 0));
+    EXPECT_EQ(runa::AxisVector(Axis::NegZ), glm::vec3(0, 0, -1));
+    EXPECT_TRUE(SignBits(runa::AxisVector(Axis::PosY), false, false, false));
+    EXPECT_TRUE(SignBits(runa::AxisVector(Axis::NegX), true, true, true));
+    EXPECT_TRUE(SignBits(runa::AxisVector(Axis::NegY), true, true, true));
+    EXPECT_TRUE(SignBits(runa::AxisVector(Axis::NegZ), true, true, true));
+    EXPECT_EQ(runa::AxisVector(6), glm::vec3(0));
+    EXPECT_EQ(runa::AxisVector(255), glm::vec3(0));
+
+    EXPECT_EQ(runa::VectorToString(runa::AxisVector(Axis::NegZ)),
+              "-0.000000, -0.000000, -1.000000");
+    EXPECT_EQ(runa::VectorToString({1.5f, -2.25f, 1e6f}), "1.500000, -2.250000, 1000000.000000");
+}
+
+TEST(SpaceDefinition, DefaultJson)
+{
+    const SpaceDefinition space;
+    nlohmann::json json = nlohmann::json::object();
+    space.WriteJson(json);
+    const nlohmann::json expected = {
+        {"id", "custom"},
+        {"up", "0.000000, 1.000000, 0.000000"},
+        {"forward", "0.000000, 0.000000, 1.000000"},
+        {"handedness", "right"},
+        {"category", "custom"},
+        {"units", "mm"},
+    };
+    EXPECT_EQ(json, expected);
+}
+
+TEST(SpaceDefinition, PresetJsonShowsNegativeZeros)
+{
+    nlohmann::json json;
+    SpaceDefinition::TivraCamera.WriteJson(json);
+    const nlohmann::json expected = {
+        {"id", "Tivra Camera"},
+        {"up", "-0.000000, -1.000000, -0.000000"},
+        {"forward", "0.000000, 0.000000, 1.000000"},
+        {"handedness", "right"},
+        {"category", "camera"},
+        {"units", "mm"},
+    };
+    EXPECT_EQ(json, expected);
+
+    // A plain basis writes only its own keys; other categories and handedness have their words.
+    SpaceDefinition odd("odd", 7, LengthUnit::Inch, Axis::NegX, 9, false);
+    nlohmann::json oddJson;
+    odd.BasisDefinition::WriteJson(oddJson);
+    EXPECT_EQ(oddJson.size(), 4u);
+    odd.WriteJson(oddJson);
+    EXPECT_EQ(oddJson["handedness"], "left");
+    EXPECT_EQ(oddJson["category"], "");
+    EXPECT_EQ(oddJson["units"], "in");
+    EXPECT_EQ(oddJson["forward"], "0.000000, 0.000000, 0.000000");
+}
+
+TEST(SpaceDefinition, Presets)
+{
+    const struct {
+        const SpaceDefinition& preset;
+        const char* name;
+        std::uint8_t category, units, up, forward;
+    } rows[] = {
+        {SpaceDefinition::TivraMarker, "Tivra Marker", SpaceCategory::Marker,
+         LengthUnit::Millimeter, Axis::PosZ, Axis::NegX},
+        {SpaceDefinition::TeskMarker, "TESK Marker", SpaceCategory::Marker, LengthUnit::Meter,
+         Axis::PosY, Axis::PosZ},
+        {SpaceDefinition::TivraCamera, "Tivra Camera", SpaceCategory::Camera,
+         LengthUnit::Millimeter, Axis::NegY, Axis::PosZ},
+        {SpaceDefinition::TeskCamera, "TESK Camera", SpaceCategory::Camera, LengthUnit::Meter,
+         Axis::PosY, Axis::NegZ},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(row.preset.name, row.name);
+        EXPECT_EQ(row.preset.category, row.category);
+        EXPECT_EQ(row.preset.units, row.units);
+        EXPECT_EQ(row.preset.up, row.up);
+        EXPECT_EQ(row.preset.forward, row.forward);
+        EXPECT_TRUE(row.preset.rightHanded);
+    }
+    EXPECT_EQ(SpaceDefinition::TeskCamera.GetUnitAbbreviation(), "m");
+    EXPECT_FALSE(SpaceDefinition::TeskCamera == SpaceDefinition::TeskMarker);
+    EXPECT_TRUE(SpaceDefinition(SpaceDefinition::TeskCamera) == SpaceDefinition::TeskCamera);
+}
+
+TEST(SpaceDefinition, UnitTable)
+{
+    const auto& table = SpaceDefinition::UnitTable();
+    ASSERT_EQ(table.size(), 10u);
+    const char* abbreviations[] = {"km", "m", "dm", "cm", "mm", "um", "nm", "mi", "ft", "in"};
+    std::uint8_t index = 0;
+    for (const auto& [unit, names] : table)
+        EXPECT_EQ(names.abbreviation, abbreviations[index++]) << int(unit);
+
+    const runa::UnitNames& foot = SpaceDefinition::GetUnitNames(LengthUnit::Foot);
+    EXPECT_EQ(foot.singular, "foot");
+    EXPECT_EQ(foot.plural, "feet");
+    EXPECT_EQ(SpaceDefinition::GetUnitNames(LengthUnit::Micrometer).plural, "micrometers");
+    EXPECT_EQ(SpaceDefinition::GetUnitNames(LengthUnit::Inch).plural, "inches");
+
+    try {
+        SpaceDefinition::GetUnitNames(10);
+        FAIL() << "no exception";
+    } catch (const std::out_of_range& error) {
+        EXPECT_STREQ(error.what(), "invalid map<K, T> key");
+    }
+    SpaceDefinition unknown;
+    unknown.units = 200;
+    nlohmann::json json;
+    EXPECT_THROW(unknown.WriteJson(json), std::out_of_range);
+}
+
+TEST(SpaceDefinition, StreamLayoutAndRoundTrip)
+{
+    const SpaceDefinition written("abc", SpaceCategory::Camera, LengthUnit::Inch, Axis::NegY,
+                                  Axis::PosX, false);
+    std::stringstream stream;
+    // Through the base reference: the derived part must still be written and read.
+    const BasisDefinition& asBasis = written;
+    asBasis.WriteToStream(stream);
+    const std::string expected("\x01\x03\x00\x00\x00" "abc" "\x04\x00\x00" "\x02\x09\x01", 14);
+    EXPECT_EQ(stream.str(), expected);
+
+    SpaceDefinition read = SpaceDefinition::TivraMarker;
+    BasisDefinition& target = read;
+    EXPECT_TRUE(target.ReadFromStream(stream));
+    EXPECT_TRUE(read == written);
+
+    const BasisDefinition basis("frame", Axis::NegZ, Axis::NegX, false);
+    std::stringstream basisStream;
+    basis.WriteToStream(basisStream);
+    EXPECT_EQ(basisStream.str().size(), 13u);
+    BasisDefinition basisRead;
+    EXPECT_TRUE(basisRead.ReadFromStream(basisStream));
+    EXPECT_TRUE(basisRead == basis);
+}
+
+TEST(SpaceDefinition, OlderRecordVersions)
+{
+    testing_support::LogCapture log;
+    {
+        // Basis version 0 carries no name: the old one stays.
+        std::stringstream stream;
+        BinaryWriter writer(stream);
+        WriteBasis(writer, 0, "");
+        BasisDefinition basis("kept", Axis::PosY, Axis::PosZ, true);
+        EXPECT_TRUE(basis.ReadFromStream(stream));
+        EXPECT_EQ(basis, BasisDefinition("kept", Axis::NegY, Axis::PosX, false));
+    }
+    {
+        // Derived version 1 has no category: the previous one stays.
+        std::stringstream stream;
+        BinaryWriter writer(stream);
+        WriteBasis(writer, 1, "v1");
+        writer.Write(std::uint8_t{1}).Write(std::uint8_t{LengthUnit::Foot});
+        SpaceDefinition space = SpaceDefinition::TivraMarker;
+        EXPECT_TRUE(space.ReadFromStream(stream));
+        EXPECT_EQ(space, SpaceDefinition("v1", SpaceCategory::Marker, LengthUnit::Foot,
+                                         Axis::NegY, Axis::PosX, false));
+    }
+    {
+        // Derived version 0 repeats the name, and that copy wins.
+        std::stringstream stream;
+        BinaryWriter writer(stream);
+        WriteBasis(writer, 0, "");
+        writer.Write(std::uint8_t{0}).WriteString("derived").Write(std::uint8_t{LengthUnit::Meter});
+        SpaceDefinition space = SpaceDefinition::TivraCamera;
+        EXPECT_TRUE(space.ReadFromStream(stream));
+        EXPECT_EQ(space, SpaceDefinition("derived", SpaceCategory::Camera, LengthUnit::Meter,
+                                         Axis::NegY, Axis::PosX, false));
+    }
+    EXPECT_TRUE(log.messages.empty());
+}
+
+TEST(SpaceDefinition, NewerRecordVersionsAreRejected)
+{
+    {
+        testing_support::LogCapture log;
+        std::stringstream stream;
+        BinaryWriter writer(stream);
+        WriteBasis(writer, 1, "newer");
+        writer.Write(std::uint8_t{3}).Write(std::uint8_t{LengthUnit::Inch}).Write(std::uint8_t{0});
+        SpaceDefinition space = SpaceDefinition::TivraMarker;
+        EXPECT_FALSE(space.ReadFromStream(stream));
+        // The basis part was read before the derived version was seen; the rest is kept.
+        EXPECT_EQ(space, SpaceDefinition("newer", SpaceCategory::Marker, LengthUnit::Millimeter,
+                                         Axis::NegY, Axis::PosX, false));
+        ASSERT_EQ(log.messages.size(), 1u);
+        EXPECT_EQ(log.messages[0].label, kSpaceLabel);
+    }
+    {
+        testing_support::LogCapture log;
+        std::stringstream stream;
+        BinaryWriter writer(stream);
+        WriteBasis(writer, 2, "future");
+        SpaceDefinition space = SpaceDefinition::TeskCamera;
+        EXPECT_FALSE(space.ReadFromStream(stream));
+        EXPECT_EQ(space, SpaceDefinition::TeskCamera);
+        ASSERT_EQ(log.messages.size(), 1u);
+        EXPECT_EQ(log.messages[0].label, kBasisLabel);
+    }
+}
+
+TEST(SpaceDefinition, TruncationAtEveryOffsetKeepsWhatWasRead)
+{
+    const SpaceDefinition written("abc", SpaceCategory::Camera, LengthUnit::Inch, Axis::NegY,
+                                  Axis::PosX, false);
+    std::stringstream full;
+    written.WriteToStream(full);
+    const std::string data = full.str();
+    ASSERT_EQ(data.size(), 14u);
+    const SpaceDefinition& old = SpaceDefinition::TivraMarker;
+
+    for (std::size_t size = 0; size < data.size(); ++size) {
+        SCOPED_TRACE("record cut to " + std::to_string(size) + " bytes");
+        testing_support::LogCapture log;
+        std::istringstream in(data.substr(0, size));
+        SpaceDefinition space = old;
+        EXPECT_FALSE(space.ReadFromStream(in));
+        EXPECT_EQ(space.name, size >= 8 ? written.name : old.name);
+        EXPECT_EQ(space.up, size >= 9 ? written.up : old.up);
+        EXPECT_EQ(space.forward, size >= 10 ? written.forward : old.forward);
+        EXPECT_EQ(space.rightHanded, size >= 11 ? written.rightHanded : old.rightHanded);
+        EXPECT_EQ(space.units, size >= 13 ? written.units : old.units);
+        EXPECT_EQ(space.category, old.category);
+        ASSERT_EQ(log.messages.size(), 1u);
+        EXPECT_EQ(log.messages[0].label, size >= 11 ? kSpaceLabel : kBasisLabel);
+    }
+}

@@ -1,0 +1,117 @@
+#include <tesk/ColorMap.h>
+
+#include <gtest/gtest.h>
+
+#include "../common/LogCapture.h"
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace {
+
+const tesk::ColorMap kAllMaps[] = {
+    tesk::ColorMap::Rainbow,   tesk::ColorMap::Thermal,   tesk::ColorMap::BlueToRed, tesk::ColorMap::RedToGreen,
+    tesk::ColorMap::Scattered, tesk::ColorMap::GrayScale, tesk::ColorMap::Colorful,
+};
+
+TEST(ColorMapTest, StoredValuesAndNamesAreFixed)
+{
+    EXPECT_EQ(static_cast<int>(tesk::ColorMap::Rainbow), 0);
+    EXPECT_EQ(static_cast<int>(tesk::ColorMap::Thermal), 1);
+    EXPECT_EQ(static_cast<int>(tesk::ColorMap::BlueToRed), 2);
+    EXPECT_EQ(static_cast<int>(tesk::ColorMap::RedToGreen), 3);
+    EXPECT_EQ(static_cast<int>(tesk::ColorMap::Scattered), 4);
+    EXPECT_EQ(static_cast<int>(tesk::ColorMap::GrayScale), 5);
+    EXPECT_EQ(static_cast<int>(tesk::ColorMap::Colorful), 6);
+
+    EXPECT_STREQ(tesk::ColorMapName(tesk::ColorMap::GrayScale), "Gray scale");
+    EXPECT_STREQ(tesk::ColorMapName(tesk::ColorMap::BlueToRed), "Blue To Red");
+    EXPECT_STREQ(tesk::ColorMapName(static_cast<tesk::ColorMap>(42)), "Unknown");
+
+    EXPECT_EQ(tesk::ColorMapFromInt(4), tesk::ColorMap::Scattered);
+    EXPECT_FALSE(tesk::ColorMapFromInt(7).has_value());
+    EXPECT_FALSE(tesk::ColorMapFromInt(-1).has_value());
+}
+
+TEST(ColorMapTest, EndsAreTheFirstAndLastKeys)
+{
+    EXPECT_EQ(tesk::MapValueToColor(1.0f, tesk::ColorMap::Thermal), tesk::Color3f(1.0f, 1.0f, 1.0f));
+    EXPECT_EQ(tesk::MapValueToColor(0.5f, tesk::ColorMap::GrayScale), tesk::Color3f(0.5f, 0.5f, 0.5f));
+
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float inf = std::numeric_limits<float>::infinity();
+    for (const tesk::ColorMap map : kAllMaps) {
+        const auto keys = tesk::ColorMapKeys(map);
+        ASSERT_GE(keys.size(), 2u);
+        const tesk::Color3f first = keys.front();
+        const tesk::Color3f last = keys.back();
+        EXPECT_EQ(tesk::MapValueToColor(0.0f, map), first) << tesk::ColorMapName(map);
+        EXPECT_EQ(tesk::MapValueToColor(1.0f, map), last) << tesk::ColorMapName(map);
+        EXPECT_EQ(tesk::MapValueToColor(-3.0f, map), first) << tesk::ColorMapName(map);
+        EXPECT_EQ(tesk::MapValueToColor(-inf, map), first) << tesk::ColorMapName(map);
+        EXPECT_EQ(tesk::MapValueToColor(7.0f, map), last) << tesk::ColorMapName(map);
+        EXPECT_EQ(tesk::MapValueToColor(inf, map), last) << tesk::ColorMapName(map);
+        EXPECT_EQ(tesk::MapValueToColor(nan, map), first) << tesk::ColorMapName(map);
+
+        // Every colour of every map is displayable.
+        for (float t = 0.0f; t <= 1.0f; t += 0.01f) {
+            const tesk::Color3f c = tesk::MapValueToColor(t, map);
+            for (const float v : {c.r, c.g, c.b})
+                EXPECT_TRUE(v >= 0.0f && v <= 1.0f) << tesk::ColorMapName(map) << " at " << t;
+        }
+    }
+}
+
+TEST(ColorMapTest, GradientsBlendWhileScatteredPicksKeys)
+{
+    // Midway between Rainbow's second and third keys (cyan, green) at t = 3/8.
+    const tesk::Color3f c = tesk::MapValueToColor(0.375f, tesk::ColorMap::Rainbow);
+    EXPECT_FLOAT_EQ(c.r, 0.0f);
+    EXPECT_FLOAT_EQ(c.g, 1.0f);
+    EXPECT_FLOAT_EQ(c.b, 0.5f);
+
+    const auto keys = tesk::ColorMapKeys(tesk::ColorMap::Scattered);
+    const float n = static_cast<float>(keys.size());
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        const float t = (static_cast<float>(i) + 0.5f) / n;
+        EXPECT_EQ(tesk::MapValueToColor(t, tesk::ColorMap::Scattered), keys[i]) << i;
+    }
+    for (std::size_t i = 1; i < keys.size(); ++i)
+        EXPECT_FALSE(keys[i] == keys[i - 1]);
+}
+
+TEST(ColorMapTest, BulkMatchesSingleValues)
+{
+    std::vector<float> values;
+    for (int i = -10; i <= 110; ++i)
+        values.push_back(static_cast<float>(i) / 100.0f);
+    values.push_back(std::numeric_limits<float>::quiet_NaN());
+
+    for (const tesk::ColorMap map : kAllMaps) {
+        std::vector<tesk::Color3f> mapping;
+        tesk::MapValuesToColors(values, mapping, map);
+        ASSERT_EQ(mapping.size(), values.size());
+        for (std::size_t i = 0; i < values.size(); ++i)
+            EXPECT_EQ(mapping[i], tesk::MapValueToColor(values[i], map)) << tesk::ColorMapName(map) << ' ' << i;
+        EXPECT_EQ(tesk::MapValuesToColors(values, map), mapping);
+    }
+}
+
+TEST(ColorMapTest, MismatchedOrUnknownInputIsReported)
+{
+    testing_support::LogCapture log;
+    const std::vector<float> values{0.0f, 1.0f, 0.5f};
+    std::vector<tesk::Color3f> out(2, tesk::Color3f(0.25f, 0.25f, 0.25f));
+    tesk::MapValuesToColors(std::span<const float>(values), std::span<tesk::Color3f>(out), tesk::ColorMap::GrayScale);
+    EXPECT_EQ(out[0], tesk::Color3f(0, 0, 0));
+    EXPECT_EQ(out[1], tesk::Color3f(1, 1, 1));
+    ASSERT_EQ(log.messages.size(), 1u);
+    EXPECT_EQ(log.messages[0].label, "tesk::MapValuesToColors");
+
+    const auto unknown = static_cast<tesk::ColorMap>(99);
+    EXPECT_EQ(tesk::MapValueToColor(1.0f, unknown), tesk::MapValueToColor(1.0f, tesk::ColorMap::Rainbow));
+    EXPECT_EQ(log.messages.size(), 2u);
+}
+
+} // namespace

@@ -1,0 +1,197 @@
+#include "../common/LogCapture.h"
+
+#include <tesk/PointCloud.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+using tesk::Color3f;
+using tesk::PointCloud;
+using tesk::PropertyType;
+
+namespace {
+
+const float notANumber = std::numeric_limits<float>::quiet_NaN();
+
+PointCloud ThreePoints()
+{
+    return PointCloud(std::vector<glm::vec3>{{0, 0, 0}, {1, 2, 3}, {-1, 5, 2}});
+}
+
+bool ContainsText(const testing_support::LogCapture& log, const std::string& text, const std::string& label)
+{
+    for (const auto& m : log.messages)
+        if (m.label == label && m.message.find(text) != std::string::npos)
+            return true;
+    return false;
+}
+
+} // namespace
+
+TEST(PointCloud, RawFloatArrayFillsLikePointByPoint)
+{
+    const std::vector<float> xyz = {1, 2, 3, 4, 5, 6, -7, 8.5f, 9};
+    const PointCloud bulk(xyz.data(), 3);
+
+    PointCloud single;
+    single.Reserve(3);
+    for (std::size_t i = 0; i < 3; ++i)
+        single.AddPoint({xyz[3 * i], xyz[3 * i + 1], xyz[3 * i + 2]});
+
+    ASSERT_EQ(bulk.Size(), 3u);
+    ASSERT_EQ(single.Size(), 3u);
+    for (std::size_t i = 0; i < 3; ++i)
+        EXPECT_EQ(bulk.GetPositions()[i], single.GetPositions()[i]) << "point " << i;
+    EXPECT_EQ(bulk.GetPositions()[2], glm::vec3(-7, 8.5f, 9));
+
+    PointCloud normals = bulk;
+    ASSERT_TRUE(normals.SetNormals(xyz.data(), 3));
+    EXPECT_EQ(normals.GetNormals()[1], glm::vec3(4, 5, 6));
+
+    // A null array is refused without touching what was there.
+    testing_support::LogCapture log;
+    EXPECT_FALSE(normals.SetPositions(nullptr, 4));
+    EXPECT_EQ(normals.Size(), 3u);
+    EXPECT_EQ(log.messages.size(), 1u);
+}
+
+TEST(PointCloud, ArraysOfTheWrongLengthAreRefusedWithTheirSizes)
+{
+    PointCloud cloud = ThreePoints();
+    testing_support::LogCapture log;
+
+    EXPECT_FALSE(cloud.AddFloatProperty("intensity", std::vector<float>{1, 2}));
+    EXPECT_TRUE(ContainsText(log, "\"intensity\" has 2 values but the point cloud has 3 points",
+                             "tesk::PointCloud::AddFloatProperty"));
+    EXPECT_FALSE(cloud.HasProperty("intensity"));
+
+    const std::vector<Color3f> colors(4);
+    EXPECT_FALSE(cloud.AddColorProperty("rgb", colors));
+    EXPECT_TRUE(ContainsText(log, "\"rgb\" has 4 values but the point cloud has 3 points",
+                             "tesk::PointCloud::AddColorProperty"));
+
+    EXPECT_FALSE(cloud.SetNormals(std::vector<glm::vec3>(2, glm::vec3(0, 0, 1))));
+    EXPECT_TRUE(
+        ContainsText(log, "has 2 values but the point cloud has 3 points", "tesk::PointCloud::SetNormals"));
+    EXPECT_FALSE(cloud.HasNormals());
+
+    EXPECT_FALSE(cloud.SetUVs(std::vector<glm::vec2>(5, glm::vec2(0.0f))));
+    EXPECT_FALSE(cloud.HasUVs());
+
+    EXPECT_FALSE(cloud.AddFloatProperty("", std::vector<float>{1, 2, 3}));
+    EXPECT_EQ(cloud.PropertyCount(), 0u);
+    EXPECT_EQ(log.messages.size(), 5u);
+}
+
+TEST(PointCloud, PropertiesAreTypedAndKeepTheirOrder)
+{
+    PointCloud cloud = ThreePoints();
+    ASSERT_TRUE(cloud.AddColorProperty("rgb", std::vector<Color3f>{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}));
+    ASSERT_TRUE(cloud.AddFloatProperty("depth", std::vector<float>{0.5f, 1.5f, 2.5f}));
+    ASSERT_TRUE(cloud.SetUVs(std::vector<glm::vec2>{{0, 0}, {1, 0}, {0, 1}}));
+
+    ASSERT_EQ(cloud.PropertyCount(), 3u);
+    EXPECT_EQ(cloud.GetProperty(0)->GetName(), "rgb");
+    EXPECT_EQ(static_cast<int>(cloud.GetProperty(0)->GetType()), 4);
+    EXPECT_EQ(static_cast<int>(cloud.GetProperty(1)->GetType()), 1);
+    EXPECT_EQ(cloud.GetProperty(2)->GetType(), PropertyType::UV);
+    EXPECT_EQ(cloud.GetProperty(3), nullptr);
+
+    EXPECT_EQ(cloud.GetColorProperty("rgb")[2], Color3f(0, 0, 1));
+    EXPECT_EQ(cloud.GetFloatProperty("depth")[1], 1.5f);
+    EXPECT_TRUE(cloud.HasUVs());
+    EXPECT_EQ(cloud.GetUVs()[1], glm::vec2(1, 0));
+
+    // Asking for another type, or a missing name, gives an empty span rather than garbage.
+    EXPECT_TRUE(cloud.GetFloatProperty("rgb").empty());
+    EXPECT_TRUE(cloud.GetColorProperty("depth").empty());
+    EXPECT_TRUE(cloud.GetProperty(0)->GetFloats().empty());
+    EXPECT_TRUE(cloud.GetProperty(1)->GetUVs().empty());
+    EXPECT_TRUE(cloud.GetFloatProperty("missing").empty());
+
+    // The same name replaces in place, even with another type.
+    ASSERT_TRUE(cloud.AddFloatProperty("rgb", std::vector<float>{7, 8, 9}));
+    EXPECT_EQ(cloud.PropertyCount(), 3u);
+    EXPECT_EQ(cloud.GetProperty(0)->GetType(), PropertyType::Float);
+    EXPECT_EQ(cloud.GetFloatProperty("rgb")[0], 7.0f);
+
+    EXPECT_TRUE(cloud.RemoveProperty(PointCloud::UVPropertyName));
+    EXPECT_FALSE(cloud.RemoveProperty("missing"));
+    EXPECT_FALSE(cloud.HasUVs());
+    EXPECT_TRUE(cloud.GetUVs().empty());
+
+    // Adding points one by one keeps every property one value per point.
+    cloud.AddPoint({9, 9, 9});
+    EXPECT_EQ(cloud.GetFloatProperty("depth").size(), 4u);
+    EXPECT_EQ(cloud.GetFloatProperty("depth")[3], 0.0f);
+
+    // A new point count drops what no longer fits.
+    testing_support::LogCapture log;
+    cloud.SetPositions(std::vector<glm::vec3>(2, glm::vec3(0.0f)));
+    EXPECT_EQ(cloud.PropertyCount(), 0u);
+    EXPECT_EQ(log.messages.size(), 1u);
+}
+
+TEST(PointCloud, MovedInArraysAreNotCopied)
+{
+    std::vector<glm::vec3> positions(1000, glm::vec3(1.0f));
+    std::vector<glm::vec3> normals(1000, glm::vec3(0, 0, 1));
+    std::vector<float> values(1000, 2.0f);
+    std::vector<Color3f> colors(1000, Color3f(1, 1, 1));
+    const void* positionData = positions.data();
+    const void* normalData = normals.data();
+    const void* valueData = values.data();
+    const void* colorData = colors.data();
+
+    PointCloud cloud(std::move(positions));
+    ASSERT_TRUE(cloud.SetNormals(std::move(normals)));
+    ASSERT_TRUE(cloud.AddFloatProperty("v", std::move(values)));
+    ASSERT_TRUE(cloud.AddColorProperty("c", std::move(colors)));
+
+    EXPECT_EQ(static_cast<const void*>(cloud.GetPositions().data()), positionData);
+    EXPECT_EQ(static_cast<const void*>(cloud.GetNormals().data()), normalData);
+    EXPECT_EQ(static_cast<const void*>(cloud.GetFloatProperty("v").data()), valueData);
+    EXPECT_EQ(cloud.FindProperty("c")->Data(), colorData);
+
+    // Moving the whole cloud moves the arrays too.
+    const PointCloud moved = std::move(cloud);
+    EXPECT_EQ(static_cast<const void*>(moved.GetPositions().data()), positionData);
+}
+
+TEST(PointCloud, BoundingBoxSkipsNonFinitePoints)
+{
+    const float inf = std::numeric_limits<float>::infinity();
+    const PointCloud cloud(std::vector<glm::vec3>{
+        {notANumber, 100, 100}, {1, 2, 3}, {-1, 5, 2}, {0, -inf, 0}, glm::vec3(notANumber)});
+    EXPECT_EQ(cloud.CountNonFinite(), 3u);
+
+    const geom::Aabb3f box = cloud.ComputeBoundingBox();
+    EXPECT_EQ(box.min, glm::vec3(-1, 2, 2));
+    EXPECT_EQ(box.max, glm::vec3(1, 5, 3));
+
+    EXPECT_TRUE(PointCloud().ComputeBoundingBox().IsEmpty());
+    const PointCloud allBad(std::vector<glm::vec3>(2, glm::vec3(notANumber, 0, 0)));
+    EXPECT_TRUE(allBad.ComputeBoundingBox().IsEmpty());
+}
+
+TEST(PointCloud, SpaceIsOptional)
+{
+    PointCloud cloud = ThreePoints();
+    EXPECT_FALSE(cloud.HasSpace());
+    EXPECT_FALSE(cloud.GetSpace().has_value());
+
+    runa::SpaceDefinition space;
+    space.name = "lab";
+    cloud.SetSpace(space);
+    ASSERT_TRUE(cloud.HasSpace());
+    EXPECT_EQ(cloud.GetSpace()->name, "lab");
+
+    const PointCloud copy = cloud;
+    EXPECT_EQ(copy.GetSpace()->name, "lab");
+
+    cloud.ClearSpace();
+    EXPECT_FALSE(cloud.HasSpace());
+}
