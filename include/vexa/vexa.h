@@ -5,6 +5,13 @@
 #include <vexa/ResourceId.h>
 #include <vexa/Version.h>
 
+// The GUI elements and their generator are built only with the graphics libraries, which
+// bring the nubo headers along; without them these declarations would have no definitions.
+#if __has_include(<nubo/GuiSystem.h>)
+#include <vexa/GuiGenerator.h>
+#include <vexa/gui/Elements.h>
+#endif
+
 #include <runa/BasisDefinition.h>
 #include <runa/BinaryStream.h>
 #include <runa/IntrinsicParams.h>

@@ -1,0 +1,192 @@
+#include <vexa/draw/Renderer.h>
+#include <vexa/draw/Scene.h>
+#include <vexa/draw/Style.h>
+
+#include "LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <glm/ext/matrix_clip_space.hpp>
+#include <glm/glm.hpp>
+#include <glm/gtc/quaternion.hpp>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <numbers>
+
+using namespace vexa::draw;
+
+namespace {
+
+class OtherStyle : public Style {
+};
+
+/// Draws nothing; accepts only the base style and reports a fixed box.
+class BoxRenderer : public Renderer {
+public:
+    explicit BoxRenderer(geom::TAabb<3, float> box = {}) : box_(box) {}
+    bool IsCompatibileWithStyle(const Style& style) const override
+    {
+        return dynamic_cast<const OtherStyle*>(&style) == nullptr;
+    }
+    void Render(const RenderContext&, const Style&) override {}
+    geom::TAabb<3, float> GetBoundingBox() const override { return box_; }
+
+private:
+    geom::TAabb<3, float> box_;
+};
+
+constexpr const char* kAddLabel = "vexa::draw::Scene::AddInstance";
+
+} // namespace
+
+TEST(SceneTest, HandlesCountUpAndAreNeverReused)
+{
+    Scene scene;
+    auto renderer = std::make_shared<BoxRenderer>();
+    const int first = scene.AddInstance(renderer, std::make_shared<Style>());
+    const int second = scene.AddInstance(renderer, std::make_shared<Style>(), InstanceFlags::Hidden);
+    EXPECT_EQ(first, 1);
+    EXPECT_EQ(second, 2);
+    EXPECT_EQ(scene.GetInstances()[1].flags, InstanceFlags::Hidden);
+
+    EXPECT_TRUE(scene.RemoveInstance(second));
+    EXPECT_FALSE(scene.RemoveInstance(second));
+    EXPECT_FALSE(scene.HasInstance(second));
+    EXPECT_TRUE(scene.HasInstance(first));
+    // A freed handle must not come back: gadgets may still hold the old one.
+    EXPECT_EQ(scene.AddInstance(renderer, std::make_shared<Style>()), 3);
+    EXPECT_EQ(scene.GetInstanceCount(), 2u);
+    EXPECT_EQ(scene.GetInstances()[0].handle, 1);
+    EXPECT_EQ(scene.GetInstances()[1].handle, 3);
+}
+
+TEST(SceneTest, RefusesMissingOrUnfitInstancesWithALoggedFailure)
+{
+    Scene scene;
+    testing_support::LogCapture log;
+    EXPECT_EQ(scene.AddInstance(nullptr, std::make_shared<Style>()), 0);
+    EXPECT_EQ(scene.AddInstance(std::make_shared<BoxRenderer>(), nullptr), 0);
+    EXPECT_EQ(scene.AddInstance(std::make_shared<BoxRenderer>(), std::make_shared<OtherStyle>()), 0);
+    EXPECT_EQ(scene.GetInstanceCount(), 0u);
+    ASSERT_EQ(log.messages.size(), 3u);
+    for (const auto& message : log.messages) {
+        EXPECT_EQ(message.level, rlog::Level::Failure);
+        EXPECT_EQ(message.label, kAddLabel);
+    }
+    EXPECT_EQ(scene.AddInstance(std::make_shared<BoxRenderer>(), std::make_shared<Style>()), 1);
+}
+
+TEST(SceneTest, ClippingPlanesStayUsable)
+{
+    Scene scene;
+    scene.SetNearFar(0.0f, 10.0f);
+    EXPECT_FLOAT_EQ(scene.GetNear(), 1e-5f);
+    EXPECT_FLOAT_EQ(scene.GetFar(), 10.0f);
+
+    scene.SetNearFar(-3.0f, 10.0f);
+    EXPECT_FLOAT_EQ(scene.GetNear(), 1e-5f);
+
+    scene.SetNearFar(5.0f, 2.0f);
+    EXPECT_FLOAT_EQ(scene.GetNear(), 5.0f);
+    EXPECT_FLOAT_EQ(scene.GetFar(), 50.0f);
+
+    scene.SetFar(std::numeric_limits<float>::quiet_NaN());
+    EXPECT_FLOAT_EQ(scene.GetFar(), 50.0f);
+
+    scene.SetNear(0.5f);
+    EXPECT_FLOAT_EQ(scene.GetNear(), 0.5f);
+    EXPECT_FLOAT_EQ(scene.GetFar(), 50.0f);
+
+    const glm::mat4 projection = scene.GetProjectionMatrix();
+    for (int c = 0; c < 4; ++c)
+        for (int r = 0; r < 4; ++r)
+            EXPECT_TRUE(std::isfinite(projection[c][r]));
+}
+
+TEST(SceneTest, ProjectionFollowsTheViewportAspect)
+{
+    const float fovY = std::numbers::pi_v<float> / 3.0f;
+    Scene scene(glm::ivec4(10, 20, 210, 120)); // 200 x 100
+    scene.SetFovY(fovY);
+    scene.SetNearFar(0.1f, 50.0f);
+    EXPECT_NEAR(scene.GetFovX(), 2.0f * std::atan(std::tan(fovY / 2.0f) * 2.0f), 1e-5f);
+
+    const glm::mat4 expected = glm::perspective(fovY, 2.0f, 0.1f, 50.0f);
+    const glm::mat4 actual = scene.GetProjectionMatrix();
+    for (int c = 0; c < 4; ++c)
+        for (int r = 0; r < 4; ++r)
+            EXPECT_NEAR(actual[c][r], expected[c][r], 1e-5f);
+
+    const ProjectionParams params = scene.GetProjectionParams();
+    EXPECT_FLOAT_EQ(params.fovY, fovY);
+    EXPECT_FLOAT_EQ(params.fovX, scene.GetFovX());
+    EXPECT_FLOAT_EQ(params.nearPlane, 0.1f);
+    EXPECT_FLOAT_EQ(params.farPlane, 50.0f);
+    EXPECT_EQ(params.viewport, glm::ivec4(10, 20, 210, 120));
+    EXPECT_NEAR(params.projection[0][0], expected[0][0], 1e-5f);
+
+    // A view that is not laid out yet still gets a square projection.
+    testing_support::LogCapture log;
+    scene.SetViewport(glm::ivec4(0));
+    EXPECT_FLOAT_EQ(scene.GetFovX(), fovY);
+    scene.SetFovY(0.0f);
+    scene.SetFovY(4.0f);
+    EXPECT_FLOAT_EQ(scene.GetFovY(), fovY);
+    scene.SetViewport(glm::ivec4(50, 0, 10, 10));
+    EXPECT_EQ(scene.GetViewport(), glm::ivec4(0));
+    EXPECT_EQ(log.messages.size(), 3u);
+}
+
+TEST(SceneTest, BoundingBoxUsesTheStyleTransformAndSkipsHiddenContent)
+{
+    Scene scene;
+    EXPECT_TRUE(scene.ComputeBoundingBox().IsEmpty());
+
+    auto style = std::make_shared<Style>();
+    // Rotated a quarter turn about Z, stretched along the box's own X, then moved.
+    style->transform = tesk::Transform({10.0f, 0.0f, 0.0f},
+                                       glm::angleAxis(std::numbers::pi_v<float> / 2.0f, glm::vec3(0, 0, 1)),
+                                       {3.0f, 1.0f, 1.0f});
+    scene.AddInstance(std::make_shared<BoxRenderer>(geom::TAabb<3, float>({-1, -1, -1}, {1, 1, 1})), style);
+
+    const auto box = scene.ComputeBoundingBox();
+    EXPECT_NEAR(box.min.x, 9.0f, 1e-5f);
+    EXPECT_NEAR(box.max.x, 11.0f, 1e-5f);
+    EXPECT_NEAR(box.min.y, -3.0f, 1e-5f);
+    EXPECT_NEAR(box.max.y, 3.0f, 1e-5f);
+    EXPECT_NEAR(box.min.z, -1.0f, 1e-5f);
+
+    // Content without bounds, hidden instances and invisible styles do not stretch the box.
+    scene.AddInstance(std::make_shared<BoxRenderer>(), std::make_shared<Style>());
+    scene.AddInstance(std::make_shared<BoxRenderer>(geom::TAabb<3, float>({50, 50, 50}, {60, 60, 60})),
+                      std::make_shared<Style>(), InstanceFlags::Hidden);
+    auto invisible = std::make_shared<Style>();
+    invisible->visible = false;
+    scene.AddInstance(std::make_shared<BoxRenderer>(geom::TAabb<3, float>({-90, -90, -90}, {-80, -80, -80})),
+                      invisible);
+    EXPECT_EQ(scene.ComputeBoundingBox(), box);
+}
+
+TEST(SceneTest, GridSettingsRejectNonsense)
+{
+    Scene scene;
+    EXPECT_EQ(scene.GetGridMode(), GridMode::None);
+    scene.SetGridMode(GridMode::ZX);
+    EXPECT_EQ(scene.GetGridMode(), GridMode::ZX);
+
+    testing_support::LogCapture log;
+    scene.SetGridMode(4);
+    EXPECT_EQ(scene.GetGridMode(), GridMode::None);
+    scene.SetGridMode(GridMode::XY);
+    scene.SetGridMode(-1);
+    EXPECT_EQ(scene.GetGridMode(), GridMode::None);
+
+    scene.SetGridUnits(0.25f);
+    scene.SetGridUnits(0.0f);
+    scene.SetGridUnits(-2.0f);
+    scene.SetGridUnits(std::numeric_limits<float>::infinity());
+    EXPECT_FLOAT_EQ(scene.GetGridUnits(), 0.25f);
+    EXPECT_EQ(log.messages.size(), 5u);
+}

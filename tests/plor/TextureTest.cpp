@@ -1,0 +1,114 @@
+#include "GlFixture.h"
+#include "LogCapture.h"
+
+#include <plor/ArrayObject.h>
+#include <plor/Program.h>
+#include <plor/Texture.h>
+
+#include <glbinding/gl/gl.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace {
+
+using plor_test::GlTest;
+using plor_test::kSize;
+using Rgba = std::vector<std::uint8_t>;
+
+/// Shows the texture over the whole target with its first row at the top.
+const char* kSampleFragment = R"(#version 330 core
+uniform sampler2D image;
+out vec4 fragColor;
+void main()
+{
+    vec2 uv = gl_FragCoord.xy / 64.0;
+    fragColor = texture(image, vec2(uv.x, 1.0 - uv.y));
+}
+)";
+
+class TextureTest : public GlTest {
+protected:
+    /// Draws `texture` into a fresh target; the target stays bound for reading.
+    void Show(plor::Texture& texture)
+    {
+        if (!program_.IsBuilt()) {
+            program_.AddStageSource(plor::ShaderStage::Vertex, plor_test::kFullScreenVertex)
+                .AddStageSource(plor::ShaderStage::Fragment, kSampleFragment);
+        }
+        PrepareTarget(target_, 0.0f, 0.0f, 0.0f);
+        ASSERT_TRUE(program_.Use());
+        ASSERT_TRUE(texture.Bind(1));
+        program_.SetUniform("image", 1);
+        plor::ArrayObject empty;
+        empty.SetVertexCount(3);
+        empty.Draw(plor::PrimitiveType::Triangles);
+    }
+
+    plor::Program program_{"sample"};
+    plor::Framebuffer target_;
+};
+
+TEST_F(TextureTest, ImagesSampleBackInTheirLayout)
+{
+    // 2x2 RGBA: red, green / blue, white, top row first.
+    const std::vector<std::uint8_t> rgba = {255, 0, 0, 255, 0, 255, 0, 255, 0, 0, 255, 255, 255, 255, 255, 255};
+    plor::Texture texture(tesk::Image(2, 2, 4, rgba));
+    texture.SetFilter(plor::TextureFilter::Nearest);
+    EXPECT_EQ(texture.GetWidth(), 2);
+    EXPECT_EQ(texture.GetChannels(), 4);
+    EXPECT_EQ(texture.GetId(), 0u); // nothing on the GPU before the first Bind
+    Show(texture);
+    EXPECT_NE(texture.GetId(), 0u);
+    EXPECT_TRUE(texture.HasImage());
+    EXPECT_EQ(PixelAt(8, 8), (Rgba{255, 0, 0, 255}));
+    EXPECT_EQ(PixelAt(kSize - 8, 8), (Rgba{0, 255, 0, 255}));
+    EXPECT_EQ(PixelAt(8, kSize - 8), (Rgba{0, 0, 255, 255}));
+    EXPECT_EQ(PixelAt(kSize - 8, kSize - 8), (Rgba{255, 255, 255, 255}));
+
+    // Rows of 3 x 3 bytes are not 4-byte aligned.
+    const std::vector<std::uint8_t> rgb = {255, 0, 0, 0, 255, 0, 0, 0, 255, 10, 20, 30, 40, 50, 60, 70, 80, 90};
+    texture.SetImage(tesk::Image(3, 2, 3, rgb));
+    Show(texture);
+    EXPECT_EQ(PixelAt(kSize / 2, 8), (Rgba{0, 255, 0, 255}));
+    EXPECT_EQ(PixelAt(kSize - 4, kSize - 8), (Rgba{70, 80, 90, 255}));
+
+    // A one-channel float image shows as gray, mipmapped filtering included.
+    const std::vector<float> gray = {0.5f, 0.5f, 0.5f, 0.5f};
+    texture.SetImage(tesk::Image(2, 2, 1, gray));
+    texture.SetFilter(plor::TextureFilter::LinearMipmap);
+    texture.SetWrap(plor::TextureWrap::Repeat);
+    Show(texture);
+    const Rgba pixel = PixelAt(kSize / 2, kSize / 2);
+    for (int c = 0; c < 3; ++c)
+        EXPECT_NEAR(pixel[c], 128, 1);
+    EXPECT_EQ(pixel[3], 255);
+    EXPECT_EQ(plor::GetLastGlError(), "");
+}
+
+TEST_F(TextureTest, PngFilesLoadAndFailuresKeepThePreviousImage)
+{
+    const std::string path = (std::filesystem::path(testing::TempDir()) / "plor_texture_test.png").string();
+    const std::vector<std::uint8_t> pixels = {0, 0, 255, 255, 0, 0, 255, 0, 255, 0, 255, 0};
+    ASSERT_TRUE(tesk::Image(2, 2, 3, pixels).SavePng(path));
+
+    plor::Texture texture;
+    EXPECT_FALSE(texture.Bind()); // no image yet
+    ASSERT_TRUE(texture.LoadPng(path));
+    EXPECT_EQ(texture.GetWidth(), 2);
+    EXPECT_EQ(texture.GetChannels(), 3);
+
+    testing_support::LogCapture log;
+    EXPECT_FALSE(texture.LoadPng(path + ".missing"));
+    EXPECT_TRUE(log.Contains("Cannot load the texture '" + path + ".missing'; keeping the previous image",
+                             "plor::Texture::LoadPng"));
+    EXPECT_EQ(texture.GetWidth(), 2);
+
+    texture.SetFilter(plor::TextureFilter::Nearest);
+    Show(texture);
+    EXPECT_EQ(PixelAt(8, 8), (Rgba{0, 0, 255, 255}));
+    EXPECT_EQ(PixelAt(kSize - 8, kSize - 8), (Rgba{0, 255, 0, 255}));
+    std::filesystem::remove(path);
+}
+
+} // namespace
