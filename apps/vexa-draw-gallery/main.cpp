@@ -5,6 +5,15 @@
 //   vexa-draw-gallery --out gallery.png [--assets DIR] [--tile WxH] [--aa off|msaa4|fxaa]
 
 #include <vexa/draw/GeometryRenderer.h>
+#include <vexa/draw/GraphRenderer.h>
+#include <vexa/draw/GraphStyle.h>
+#include <vexa/draw/ImageRenderer.h>
+#include <vexa/draw/ImageStyle.h>
+#include <vexa/draw/MeshRenderer.h>
+#include <vexa/draw/PointCloudRenderer.h>
+#include <vexa/draw/PointCloudStyle.h>
+#include <vexa/draw/SkeletonRenderer.h>
+#include <vexa/draw/SkeletonStyle.h>
 #include <vexa/draw/GeometryStyle.h>
 #include <vexa/draw/LineFieldRenderer.h>
 #include <vexa/draw/LineFieldStyle.h>
@@ -17,12 +26,17 @@
 
 #include <runa/rlog.h>
 #include <tesk/ColorMap.h>
+#include <tesk/Mesh.h>
+#include <tesk/PointCloud.h>
+#include <tesk/Skeleton.h>
+#include <tesk/SkeletonPose.h>
 #include <tesk/Image.h>
 
 #include <glm/gtc/constants.hpp>
 
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <cstring>
 #include <functional>
 #include <memory>
@@ -194,7 +208,209 @@ std::vector<geom::LineSegment3> Spiral()
     return lines;
 }
 
-void BuildTiles(Gallery& gallery)
+/// A wavy sheet of points with a height value per point.
+tesk::PointCloud WavyCloud(std::vector<float>& heights)
+{
+    constexpr int side = 90;
+    std::vector<glm::vec3> positions;
+    positions.reserve(side * side);
+    heights.clear();
+    for (int j = 0; j < side; ++j) {
+        for (int i = 0; i < side; ++i) {
+            const float x = static_cast<float>(i) / (side - 1) * 1.6f - 0.8f;
+            const float z = static_cast<float>(j) / (side - 1) * 1.6f - 0.8f;
+            const float y = 0.18f * std::sin(x * 6.0f) * std::cos(z * 5.0f);
+            positions.emplace_back(x, y, z);
+            heights.push_back(y);
+        }
+    }
+    return tesk::PointCloud(std::move(positions));
+}
+
+/// A torus-like tube as a real mesh with UVs, built the way a host would fill tesk::Mesh.
+tesk::Mesh TubeMesh()
+{
+    constexpr int rings = 48;
+    constexpr int sides = 24;
+    std::vector<glm::vec3> positions;
+    std::vector<glm::vec2> uvs;
+    for (int r = 0; r <= rings; ++r) {
+        const float u = static_cast<float>(r) / rings;
+        const float a = u * 2.0f * glm::pi<float>();
+        for (int k = 0; k <= sides; ++k) {
+            const float v = static_cast<float>(k) / sides;
+            const float b = v * 2.0f * glm::pi<float>();
+            const float radius = 0.55f + 0.22f * std::cos(b);
+            positions.emplace_back(radius * std::cos(a), 0.22f * std::sin(b) + 0.12f * std::sin(3.0f * a),
+                                   radius * std::sin(a));
+            uvs.emplace_back(u * 4.0f, v);
+        }
+    }
+    std::vector<glm::uvec3> faces;
+    for (int r = 0; r < rings; ++r) {
+        for (int k = 0; k < sides; ++k) {
+            const unsigned a = r * (sides + 1) + k;
+            const unsigned b = (r + 1) * (sides + 1) + k;
+            faces.emplace_back(a, a + 1, b);
+            faces.emplace_back(b, a + 1, b + 1);
+        }
+    }
+    tesk::PointCloud vertices(std::move(positions));
+    vertices.SetUVs(std::move(uvs));
+    tesk::Mesh mesh(std::move(vertices), std::move(faces));
+    mesh.ComputeVertexNormals();
+    return mesh;
+}
+
+/// A small figure: hips, spine, head, two arms and two legs, in a waving pose.
+void Figure(tesk::Skeleton& skeleton, tesk::SkeletonPose& pose)
+{
+    const int hips = skeleton.AddJoint("hips", -1, {0.0f, -0.1f, 0.0f});
+    const int spine = skeleton.AddJoint("spine", hips, {0.0f, 0.35f, 0.0f});
+    skeleton.AddJoint("head", spine, {0.0f, 0.3f, 0.0f});
+    const int leftArm = skeleton.AddJoint("left arm", spine, {0.3f, 0.0f, 0.0f});
+    skeleton.AddJoint("left hand", leftArm, {0.3f, 0.0f, 0.0f});
+    const int rightArm = skeleton.AddJoint("right arm", spine, {-0.3f, 0.0f, 0.0f});
+    skeleton.AddJoint("right hand", rightArm, {-0.3f, 0.0f, 0.0f});
+    const int leftLeg = skeleton.AddJoint("left leg", hips, {0.15f, -0.4f, 0.0f});
+    skeleton.AddJoint("left foot", leftLeg, {0.0f, -0.35f, 0.05f});
+    const int rightLeg = skeleton.AddJoint("right leg", hips, {-0.15f, -0.4f, 0.0f});
+    skeleton.AddJoint("right foot", rightLeg, {0.0f, -0.35f, 0.05f});
+    pose = skeleton.GetRestPose();
+    const auto& joint = *skeleton.GetJoint(static_cast<std::size_t>(leftArm));
+    pose.SetJoint(static_cast<std::size_t>(leftArm), joint.restTranslation,
+                  glm::angleAxis(0.9f, glm::vec3(0.0f, 0.0f, 1.0f)));
+}
+
+/// A 128 x 96 test card: red left half, blue right half, a green band at the top, and an
+/// alpha ramp along the bottom.
+tesk::Image TestCard()
+{
+    constexpr std::uint32_t width = 128;
+    constexpr std::uint32_t height = 96;
+    std::vector<std::uint8_t> pixels(width * height * 4);
+    for (std::uint32_t y = 0; y < height; ++y) {
+        for (std::uint32_t x = 0; x < width; ++x) {
+            std::uint8_t* p = &pixels[(y * width + x) * 4];
+            const bool left = x < width / 2;
+            p[0] = left ? 230 : 30;
+            p[1] = y < 20 ? 200 : 40;
+            p[2] = left ? 40 : 220;
+            p[3] = y >= height - 20 ? static_cast<std::uint8_t>(x * 255 / (width - 1)) : 255;
+        }
+    }
+    return tesk::Image(width, height, 4, std::move(pixels));
+}
+
+void BuildContentTiles(Gallery& gallery, const std::string& scratch)
+{
+    std::vector<float> heights;
+    {
+        Tile& tile = gallery.AddTile("Point cloud - colours");
+        tesk::PointCloud cloud = WavyCloud(heights);
+        auto renderer = std::make_shared<draw::PointCloudRenderer>(cloud);
+        std::vector<tesk::Color3f> colors;
+        colors.reserve(cloud.Size());
+        for (const glm::vec3& p : cloud.GetPositions())
+            colors.emplace_back(0.5f + p.x * 0.6f, 0.4f + p.y * 2.0f, 0.5f - p.z * 0.6f);
+        renderer->SetColors(std::move(colors));
+        auto style = std::make_shared<draw::PointCloudStyle>();
+        style->colorMode = draw::ColorMode::PerPoint;
+        style->pointSize = 3.0f;
+        tile.scene->AddInstance(renderer, style);
+    }
+    {
+        Tile& tile = gallery.AddTile("Point cloud - Thermal map");
+        tesk::PointCloud cloud = WavyCloud(heights);
+        auto renderer = std::make_shared<draw::PointCloudRenderer>(cloud);
+        std::vector<float> t(heights.size());
+        for (std::size_t i = 0; i < heights.size(); ++i)
+            t[i] = (heights[i] + 0.18f) / 0.36f;
+        renderer->SetColors(tesk::MapValuesToColors(t, tesk::ColorMap::Thermal));
+        auto style = std::make_shared<draw::PointCloudStyle>();
+        style->colorMode = draw::ColorMode::PerPoint;
+        style->pointSize = 3.0f;
+        tile.scene->AddInstance(renderer, style);
+    }
+    {
+        Tile& tile = gallery.AddTile("Mesh - lit");
+        auto renderer = std::make_shared<draw::MeshRenderer>(TubeMesh());
+        auto style = std::make_shared<draw::GeometryStyle>();
+        style->material.color = {0.82f, 0.55f, 0.35f};
+        style->material.specular = 0.5f;
+        tile.scene->AddInstance(renderer, style);
+    }
+    {
+        Tile& tile = gallery.AddTile("Mesh - albedo texture");
+        // The texture file is a host's own PNG, named by the mesh's material.
+        const std::string texturePath = scratch + "/vexa-gallery-albedo.png";
+        TestCard().SavePng(texturePath);
+        tesk::Mesh mesh = TubeMesh();
+        tesk::MaterialModel material;
+        material.SetAlbedoTexture(texturePath);
+        mesh.SetMaterial(material);
+        auto renderer = std::make_shared<draw::MeshRenderer>(std::move(mesh));
+        auto style = std::make_shared<draw::GeometryStyle>();
+        style->colorMode = draw::ColorMode::Texture;
+        style->albedoTexture = renderer->GetAlbedoTexture();
+        tile.scene->AddInstance(renderer, style);
+    }
+    const std::pair<int, const char*> skeletonModes[] = {{draw::SkeletonRenderMode::Octahedron, "Skeleton - Octahedron"},
+                                                         {draw::SkeletonRenderMode::WiredOctahedron, "Skeleton - Wired Octahedron"},
+                                                         {draw::SkeletonRenderMode::Stickman, "Skeleton - Stickman"}};
+    for (const auto& [mode, caption] : skeletonModes) {
+        Tile& tile = gallery.AddTile(caption);
+        tesk::Skeleton skeleton;
+        tesk::SkeletonPose pose;
+        Figure(skeleton, pose);
+        auto renderer = std::make_shared<draw::SkeletonRenderer>(skeleton);
+        renderer->SetPose(pose);
+        auto style = std::make_shared<draw::SkeletonStyle>();
+        style->renderMode = mode;
+        style->showJoints = true;
+        style->showBasis = mode == draw::SkeletonRenderMode::Stickman;
+        tile.scene->AddInstance(renderer, style);
+        tile.scene->GetCamera()->SetPosition({0.9f, 0.3f, 2.2f});
+        tile.scene->GetCamera()->LookAt({0.0f, 0.0f, 0.0f}, {0.0f, 1.0f, 0.0f});
+    }
+    const auto addImage = [&](const char* caption, const std::function<void(draw::ImageStyle&)>& adjust) {
+        Tile& tile = gallery.AddTile(caption);
+        auto renderer = std::make_shared<draw::ImageRenderer>(TestCard());
+        auto style = std::make_shared<draw::ImageStyle>();
+        // One image pixel per screen pixel, so the caption above stays readable.
+        style->fitToViewport = false;
+        adjust(*style);
+        tile.scene->AddInstance(renderer, style);
+    };
+    addImage("Image", [](draw::ImageStyle&) {});
+    addImage("Image - Mirror X", [](draw::ImageStyle& s) { s.mirrorX = true; });
+    addImage("Image - Mirror Y, nearest", [](draw::ImageStyle& s) {
+        s.mirrorY = true;
+        s.nearestFiltering = true;
+    });
+    addImage("Image - Red masked", [](draw::ImageStyle& s) { s.showRed = false; });
+    addImage("Image - alpha only", [](draw::ImageStyle& s) {
+        s.showRed = false;
+        s.showGreen = false;
+        s.showBlue = false;
+    });
+    {
+        Tile& tile = gallery.AddTile("Graph");
+        std::vector<glm::vec2> points;
+        for (int i = 0; i <= 60; ++i) {
+            const float x = static_cast<float>(i) / 6.0f;
+            points.emplace_back(x, std::sin(x) * 2.0f + x * 0.4f);
+        }
+        auto renderer = std::make_shared<draw::GraphRenderer>(points);
+        auto style = std::make_shared<draw::GraphStyle>();
+        style->lineWidth = 2;
+        style->pointSize = 5;
+        tile.scene->AddInstance(renderer, style);
+    }
+}
+
+/// Returns the scene of the text tile, which gets a text sample beside its caption.
+std::shared_ptr<draw::Scene> BuildTiles(Gallery& gallery)
 {
     const int modes[] = {draw::RenderMode::Points, draw::RenderMode::Wires, draw::RenderMode::PointsAndWires,
                          draw::RenderMode::Solid, draw::RenderMode::SolidAndWires};
@@ -258,7 +474,7 @@ void BuildTiles(Gallery& gallery)
         tile.scene->GetCamera()->SetPosition({2.2f, 1.7f, 2.6f});
         tile.scene->GetCamera()->LookAt({0.0f, 0.0f, 0.0f}, {0.0f, 1.0f, 0.0f});
     }
-    gallery.AddTile("Text: Inria Sans, 14 px");
+    return gallery.AddTile("Text: Inria Sans, 14 px").scene;
 }
 
 /// A small text sample drawn into the text tile, beside its caption.
@@ -287,7 +503,8 @@ int main(int argc, char** argv)
 
     draw::RenderSystem system;
     Gallery gallery(options, system);
-    BuildTiles(gallery);
+    const std::shared_ptr<draw::Scene> textScene = BuildTiles(gallery);
+    BuildContentTiles(gallery, std::filesystem::temp_directory_path().string());
     constexpr int columns = 8;
     const glm::ivec2 size = gallery.Layout(columns);
 
@@ -310,7 +527,7 @@ int main(int argc, char** argv)
     system.SetFramebufferSize(size.x, size.y);
 
     gallery.PrintCaptions();
-    PrintTextSample(system, system.GetScenes().back(), options.tileWidth);
+    PrintTextSample(system, textScene, options.tileWidth);
 
     plor::Framebuffer target;
     if (!target.Resize(size.x, size.y)) {

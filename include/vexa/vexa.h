@@ -2,12 +2,16 @@
 // The whole exported interface of VEXA, with the companion types hosts build their data with.
 
 #include <vexa/Export.h>
+#include <vexa/Platform.h>
 #include <vexa/ResourceId.h>
 #include <vexa/Version.h>
 
-// The GUI elements and their generator are built only with the graphics libraries, which
-// bring the nubo headers along; without them these declarations would have no definitions.
+// The cameras, the GUI elements and their generator are built only with the graphics
+// libraries, which bring the nubo headers along; without them these declarations would have
+// no definitions.
 #if __has_include(<nubo/GuiSystem.h>)
+#include <vexa/Camera.h>
+#include <vexa/CameraController.h>
 #include <vexa/GuiGenerator.h>
 #include <vexa/gui/Elements.h>
 #endif

@@ -28,6 +28,12 @@ constexpr const char* kSetSurfaceLabel = "vexa::draw::ElementRenderer::SetSurfac
 constexpr const char* kSetColorsLabel = "vexa::draw::ElementRenderer::SetCustomColors";
 constexpr int kMaxLights = 4;
 
+// Buffer slots of the vertex array; colours come and go on their own.
+constexpr std::size_t kPositionSlot = 0;
+constexpr std::size_t kColorSlot = 1;
+constexpr std::size_t kNormalSlot = 2;
+constexpr std::size_t kUvSlot = 3;
+
 // Program names live in statics so that looking them up each frame allocates nothing.
 const std::string& SurfaceProgramName()
 {
@@ -256,36 +262,28 @@ struct ElementRenderer::Gpu {
     NormalUniforms normals;
     NormalUniforms faceNormals;
 
-    /// Hands the surface to the vertex array (uploaded at its first draw): positions,
-    /// normals and UVs interleaved in one buffer, then one index buffer holding the
-    /// triangles followed by the wire edges.
-    void TakeSurface(SurfaceData&& data, bool withUvs)
+    /// Hands the surface's arrays to the vertex array as they are (uploaded at its first
+    /// draw): positions, normals and UVs in buffers of their own, one index buffer holding
+    /// the triangles followed by the wire edges.
+    void TakeSurface(PreparedSurface&& data)
     {
         const std::size_t count = data.positions.size();
-        const std::size_t floats = withUvs ? 8 : 6;
-        const int stride = static_cast<int>(floats * sizeof(float));
-        std::vector<std::byte> bytes(count * floats * sizeof(float));
-        auto* out = reinterpret_cast<float*>(bytes.data());
-        for (std::size_t i = 0; i < count; ++i, out += floats) {
-            std::memcpy(out, &data.positions[i], sizeof(glm::vec3));
-            std::memcpy(out + 3, &data.normals[i], sizeof(glm::vec3));
-            if (withUvs)
-                std::memcpy(out + 6, &data.uvs[i], sizeof(glm::vec2));
-        }
-        std::vector<plor::Attribute> attributes{{0, 3, plor::DataType::Float, false, stride, 0},
-                                                {1, 3, plor::DataType::Float, false, stride, 3 * sizeof(float)}};
-        if (withUvs)
-            attributes.push_back({2, 2, plor::DataType::Float, false, stride, 6 * sizeof(float)});
-        array.SetBuffer(0, std::move(bytes), std::move(attributes));
+        array.SetBuffer(kPositionSlot, std::move(data.positions), {{0, 3, plor::DataType::Float}});
+        if (data.normals.empty())
+            array.ClearBuffer(kNormalSlot);
+        else
+            array.SetBuffer(kNormalSlot, std::move(data.normals), {{1, 3, plor::DataType::Float}});
+        hasUvs = !data.uvs.empty();
+        if (hasUvs)
+            array.SetBuffer(kUvSlot, std::move(data.uvs), {{2, 2, plor::DataType::Float}});
+        else
+            array.ClearBuffer(kUvSlot);
         array.SetVertexCount(count);
 
-        triangleIndexCount = data.triangles.size();
-        edgeIndexCount = data.lines.size();
-        std::vector<std::uint32_t> indices = std::move(data.triangles);
-        indices.insert(indices.end(), data.lines.begin(), data.lines.end());
-        array.SetIndices(std::move(indices));
+        triangleIndexCount = data.triangleIndexCount;
+        edgeIndexCount = data.indices.size() - data.triangleIndexCount;
+        array.SetIndices(std::move(data.indices));
         vertexCount = count;
-        hasUvs = withUvs;
     }
 
     plor::Texture* Checker(const RenderContext& context)
@@ -405,21 +403,35 @@ bool ElementRenderer::SetSurface(SurfaceData data)
     }
 
     // Wire edges are gathered once here, so no frame ever has to.
-    data.lines = CollectEdges(data.triangles, data.lines);
+    const std::vector<std::uint32_t> edges = CollectEdges(data.triangles, data.lines);
+    PreparedSurface prepared;
+    prepared.triangleIndexCount = data.triangles.size();
+    prepared.indices = std::move(data.triangles);
+    prepared.indices.reserve(prepared.indices.size() + edges.size());
+    prepared.indices.insert(prepared.indices.end(), edges.begin(), edges.end());
+    const geom::TAabb<3, float> bounds = geom::TAabb<3, float>::FromPoints(data.positions);
+    prepared.positions = std::move(data.positions);
+    prepared.normals = std::move(data.normals);
+    prepared.uvs = std::move(data.uvs);
+    SetPreparedSurface(std::move(prepared), bounds);
+    return true;
+}
 
-    bounds_ = geom::TAabb<3, float>::FromPoints(data.positions);
+void ElementRenderer::SetPreparedSurface(PreparedSurface&& surface, const geom::TAabb<3, float>& bounds)
+{
+    const std::size_t count = surface.positions.size();
+    bounds_ = bounds;
     if (count != vertexCount_ && hasCustomColors_) {
         hasCustomColors_ = false;
         std::vector<tesk::Color3f>().swap(pendingColors_);
         colorsDirty_ = true;
     }
     vertexCount_ = count;
-    triangleCount_ = data.triangles.size() / 3;
-    edgeCount_ = data.lines.size() / 2;
-    hasUvs_ = !data.uvs.empty() && count > 0;
-    pending_ = std::move(data);
+    triangleCount_ = surface.triangleIndexCount / 3;
+    edgeCount_ = (surface.indices.size() - surface.triangleIndexCount) / 2;
+    hasUvs_ = !surface.uvs.empty() && count > 0;
+    pending_ = std::move(surface);
     surfaceDirty_ = true;
-    return true;
 }
 
 bool ElementRenderer::SetCustomColors(std::span<const tesk::Color3f> colors)
@@ -464,16 +476,16 @@ void ElementRenderer::Render(const RenderContext& context, const Style& baseStyl
         gpu_ = std::make_unique<Gpu>();
     Gpu& gpu = *gpu_;
     if (surfaceDirty_) {
-        gpu.TakeSurface(std::move(pending_), hasUvs_);
-        pending_ = SurfaceData();
+        gpu.TakeSurface(std::move(pending_));
+        pending_ = PreparedSurface();
         surfaceDirty_ = false;
     }
     if (colorsDirty_) {
         if (hasCustomColors_) {
-            gpu.array.SetBuffer(1, plor::AsBytes(pendingColors_), {{3, 3, plor::DataType::Float, false, 0, 0}});
+            gpu.array.SetBuffer(kColorSlot, std::move(pendingColors_), {{3, 3, plor::DataType::Float, false, 0, 0}});
             std::vector<tesk::Color3f>().swap(pendingColors_);
         } else {
-            gpu.array.ClearBuffer(1);
+            gpu.array.ClearBuffer(kColorSlot);
         }
         gpu.hasColors = hasCustomColors_;
         colorsDirty_ = false;
@@ -499,9 +511,13 @@ void ElementRenderer::Render(const RenderContext& context, const Style& baseStyl
 
     plor::Texture* colorTexture = nullptr;
     if (gpu.hasUvs && (style.colorMode == ColorMode::Checker || style.colorMode == ColorMode::Texture)) {
-        if (style.colorMode == ColorMode::Texture && style.albedoTexture && style.albedoTexture->HasImage())
-            colorTexture = style.albedoTexture.get();
-        else
+        if (style.colorMode == ColorMode::Texture) {
+            if (style.albedoTexture && style.albedoTexture->HasImage())
+                colorTexture = style.albedoTexture.get();
+            else if (plor::Texture* own = GetDefaultAlbedoTexture(); own && own->HasImage())
+                colorTexture = own;
+        }
+        if (!colorTexture)
             colorTexture = gpu.Checker(context);
     }
     frame.useTexture = colorTexture && colorTexture->Bind(0);

@@ -9,6 +9,7 @@
 #include <glbinding/gl/gl.h>
 
 #include <algorithm>
+#include <atomic>
 
 using namespace gl;
 
@@ -82,9 +83,14 @@ void DropCpuCopy(std::vector<T>& data, bool keepCapacity)
         std::vector<T>().swap(data);
 }
 
+std::atomic<std::uint64_t> uploadCount{0};
+std::atomic<std::uint64_t> uploadedBytes{0};
+
 /// Uploads into the buffer bound to `target`, reusing its storage when the size is unchanged.
 void UploadBuffer(GLenum target, const void* data, std::size_t bytes, std::size_t& gpuBytes, GLenum usage)
 {
+    uploadCount.fetch_add(1, std::memory_order_relaxed);
+    uploadedBytes.fetch_add(bytes, std::memory_order_relaxed);
     if (gpuBytes == bytes && bytes > 0)
         glBufferSubData(target, 0, static_cast<GLsizeiptr>(bytes), data);
     else
@@ -106,6 +112,7 @@ void ArrayObject::SetBuffer(std::size_t slot, std::span<const std::byte> bytes, 
         slots_.resize(slot + 1);
     Slot& s = slots_[slot];
     s.pending.assign(bytes.begin(), bytes.end());
+    s.owned.reset();
     s.attributes = std::move(attributes);
     s.usage = usage;
     s.dirty = true;
@@ -120,6 +127,22 @@ void ArrayObject::SetBuffer(std::size_t slot, std::vector<std::byte>&& bytes, st
         slots_.resize(slot + 1);
     Slot& s = slots_[slot];
     s.pending = std::move(bytes);
+    s.owned.reset();
+    s.attributes = std::move(attributes);
+    s.usage = usage;
+    s.dirty = true;
+    s.used = true;
+    attributesDirty_ = true;
+}
+
+void ArrayObject::SetBuffer(std::size_t slot, std::unique_ptr<OwnedBytes> data, std::vector<Attribute> attributes,
+                                 BufferUsage usage)
+{
+    if (slots_.size() <= slot)
+        slots_.resize(slot + 1);
+    Slot& s = slots_[slot];
+    std::vector<std::byte>().swap(s.pending);
+    s.owned = std::move(data); // null: an empty buffer
     s.attributes = std::move(attributes);
     s.usage = usage;
     s.dirty = true;
@@ -136,7 +159,28 @@ void ArrayObject::UpdateBuffer(std::size_t slot, std::span<const std::byte> byte
     }
     Slot& s = slots_[slot];
     s.pending.assign(bytes.begin(), bytes.end());
+    s.owned.reset();
     s.dirty = true;
+}
+
+void ArrayObject::UpdateBuffer(std::size_t slot, std::unique_ptr<OwnedBytes> data)
+{
+    if (slot >= slots_.size() || !slots_[slot].used) {
+        rlog::Warn("Buffer slot " + std::to_string(slot) + " was never set; use SetBuffer first",
+                   "plor::ArrayObject::UpdateBuffer");
+        return;
+    }
+    Slot& s = slots_[slot];
+    std::vector<std::byte>().swap(s.pending);
+    s.owned = std::move(data); // null: an empty buffer
+    s.dirty = true;
+}
+
+std::span<const std::byte> ArrayObject::PendingOf(const Slot& slot)
+{
+    if (slot.owned)
+        return slot.owned->Bytes();
+    return slot.pending;
 }
 
 void ArrayObject::ClearBuffer(std::size_t slot)
@@ -175,7 +219,7 @@ std::size_t ArrayObject::PendingBytes() const
     std::size_t bytes = indicesDirty_ ? pendingIndices_.size() * sizeof(std::uint32_t) : 0;
     for (const Slot& s : slots_)
         if (s.dirty)
-            bytes += s.pending.size();
+            bytes += PendingOf(s).size();
     return bytes;
 }
 
@@ -201,10 +245,11 @@ bool ArrayObject::Upload()
             s.gpuBytes = 0;
         }
         glBindBuffer(GL_ARRAY_BUFFER, s.buffer);
-        UploadBuffer(GL_ARRAY_BUFFER, s.pending.data(), s.pending.size(), s.gpuBytes, ToGl(s.usage));
+        const std::span<const std::byte> data = PendingOf(s);
+        UploadBuffer(GL_ARRAY_BUFFER, data.data(), data.size(), s.gpuBytes, ToGl(s.usage));
         if (const GLenum error = glGetError(); error != GL_NO_ERROR) {
             // Keeps the data so that a later Draw can try again.
-            rlog::Fail("Uploading buffer slot " + std::to_string(i) + " (" + std::to_string(s.pending.size()) +
+            rlog::Fail("Uploading buffer slot " + std::to_string(i) + " (" + std::to_string(data.size()) +
                            " bytes) failed with " + detail::GlErrorName(static_cast<unsigned>(error)),
                        "plor::ArrayObject::Upload");
             s.gpuBytes = 0;
@@ -212,6 +257,7 @@ bool ArrayObject::Upload()
             continue;
         }
         s.dirty = false;
+        s.owned.reset();
         DropCpuCopy(s.pending, s.usage != BufferUsage::Static);
     }
 
@@ -306,6 +352,16 @@ void ArrayObject::DrawElements(PrimitiveType primitive, std::size_t first, std::
     glDrawElements(ToGl(primitive), static_cast<GLsizei>(count), GL_UNSIGNED_INT,
                    reinterpret_cast<const void*>(first * sizeof(std::uint32_t)));
     glBindVertexArray(0);
+}
+
+std::uint64_t ArrayObject::GetUploadCount()
+{
+    return uploadCount.load(std::memory_order_relaxed);
+}
+
+std::uint64_t ArrayObject::GetUploadedBytes()
+{
+    return uploadedBytes.load(std::memory_order_relaxed);
 }
 
 void ArrayObject::Release()

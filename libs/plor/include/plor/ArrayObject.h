@@ -4,7 +4,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace plor {
@@ -26,6 +29,27 @@ struct Attribute {
     bool integer = false;
 };
 
+/// Data of any trivially copyable element type that an array object owns until upload, so a
+/// caller's std::vector can be handed over without a copy into bytes.
+class OwnedBytes {
+public:
+    OwnedBytes() = default;
+    virtual ~OwnedBytes() = default;
+    OwnedBytes(const OwnedBytes&) = delete;
+    OwnedBytes& operator=(const OwnedBytes&) = delete;
+    virtual std::span<const std::byte> Bytes() const = 0;
+};
+
+template <class T>
+class OwnedVector final : public OwnedBytes {
+public:
+    explicit OwnedVector(std::vector<T>&& values) : values_(std::move(values)) {}
+    std::span<const std::byte> Bytes() const override { return std::as_bytes(std::span<const T>(values_)); }
+
+private:
+    std::vector<T> values_;
+};
+
 class ArrayObject {
 public:
     ArrayObject() = default;
@@ -40,8 +64,28 @@ public:
     /// Same, taking ownership of the bytes without a copy.
     void SetBuffer(std::size_t slot, std::vector<std::byte>&& bytes, std::vector<Attribute> attributes,
                    BufferUsage usage = BufferUsage::Static);
+    /// Same, taking ownership of a typed array (colours, vectors, ...) without a copy.
+    template <class T>
+    void SetBuffer(std::size_t slot, std::vector<T>&& values, std::vector<Attribute> attributes,
+                   BufferUsage usage = BufferUsage::Static)
+    {
+        static_assert(std::is_trivially_copyable_v<T>, "buffer data is uploaded as raw bytes");
+        SetBuffer(slot, std::unique_ptr<OwnedBytes>(std::make_unique<OwnedVector<T>>(std::move(values))),
+                  std::move(attributes), usage);
+    }
+    /// Same, taking any owner of the bytes (see UploadBytes for large arrays).
+    void SetBuffer(std::size_t slot, std::unique_ptr<OwnedBytes> data, std::vector<Attribute> attributes,
+                   BufferUsage usage = BufferUsage::Static);
     /// Replaces the contents of an existing slot with data of the same layout.
     void UpdateBuffer(std::size_t slot, std::span<const std::byte> bytes);
+    /// Same, taking ownership of a typed array without a copy.
+    template <class T>
+    void UpdateBuffer(std::size_t slot, std::vector<T>&& values)
+    {
+        static_assert(std::is_trivially_copyable_v<T>, "buffer data is uploaded as raw bytes");
+        UpdateBuffer(slot, std::unique_ptr<OwnedBytes>(std::make_unique<OwnedVector<T>>(std::move(values))));
+    }
+    void UpdateBuffer(std::size_t slot, std::unique_ptr<OwnedBytes> data);
     /// Removes a slot's buffer and disables its attributes.
     void ClearBuffer(std::size_t slot);
 
@@ -70,9 +114,18 @@ public:
     /// Deletes GL objects (deferred without a context) and forgets CPU data.
     void Release();
 
+    /// Buffer transfers to the GPU (one per vertex slot or index buffer uploaded) and their
+    /// bytes, summed over every array object of the process since it started. Lets tests and
+    /// benchmarks prove that a frame re-uploaded nothing.
+    static std::uint64_t GetUploadCount();
+    static std::uint64_t GetUploadedBytes();
+
 private:
     struct Slot {
         std::vector<std::byte> pending;
+        /// Set instead of `pending` when the data was handed over with its owner (a typed array,
+        /// an UploadBytes block).
+        std::unique_ptr<OwnedBytes> owned;
         bool dirty = false;
         std::vector<Attribute> attributes;
         BufferUsage usage = BufferUsage::Static;
@@ -81,6 +134,7 @@ private:
         bool used = false;
     };
     void Bind();
+    static std::span<const std::byte> PendingOf(const Slot& slot);
 
     std::vector<Slot> slots_;
     std::vector<std::uint32_t> pendingIndices_;

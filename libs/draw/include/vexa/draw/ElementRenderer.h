@@ -16,6 +16,10 @@
 #include <span>
 #include <vector>
 
+namespace plor {
+class Texture;
+}
+
 namespace vexa::draw {
 
 /// CPU form of a surface. Triangles index the vertex arrays; UVs and normals are optional
@@ -68,9 +72,33 @@ public:
                                                  std::span<const std::uint32_t> triangles);
 
 protected:
+    /// A surface checked and completed for drawing, held until the next Render hands its
+    /// arrays over to the GPU buffers as they are (no further copy).
+    struct PreparedSurface {
+        std::vector<glm::vec3> positions;
+        /// One per vertex, or empty for a set of points without faces or normals: such
+        /// points are shaded as if they faced the viewer.
+        std::vector<glm::vec3> normals;
+        /// One per vertex or empty.
+        std::vector<glm::vec2> uvs;
+        /// The triangles (three indices each), then the wire edges (index pairs).
+        std::vector<std::uint32_t> indices;
+        std::size_t triangleIndexCount = 0;
+    };
+
+    /// Takes a surface whose indices are all in range and whose normals and UVs are empty
+    /// or one per vertex (the caller has checked); `bounds` is the box of its positions.
+    /// Derived renderers that build these arrays straight from their own source use it to
+    /// skip the intermediate SurfaceData and the checks they have already made.
+    void SetPreparedSurface(PreparedSurface&& surface, const geom::TAabb<3, float>& bounds);
+
+    /// The colour texture of ColorMode::Texture when the style holds none (a mesh's own
+    /// albedo); null falls back to the checker.
+    virtual plor::Texture* GetDefaultAlbedoTexture() { return nullptr; }
+
     struct Gpu;
     std::unique_ptr<Gpu> gpu_;
-    SurfaceData pending_;
+    PreparedSurface pending_;
     bool surfaceDirty_ = false;
     std::vector<tesk::Color3f> pendingColors_;
     bool colorsDirty_ = false;

@@ -34,7 +34,9 @@ public:
     const Scene* GetScene() const { return scene_; }
 
     void SetAlignment(TextAlignment alignment) { alignment_ = alignment; }
+    TextAlignment GetAlignment() const { return alignment_; }
     void SetColor(const tesk::Color3f& color) { color_ = color; }
+    const tesk::Color3f& GetColor() const { return color_; }
     /// Pixel height of the text (em size).
     void SetSize(float pixels) { size_ = pixels; }
     float GetSize() const { return size_; }

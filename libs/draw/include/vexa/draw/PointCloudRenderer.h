@@ -1,0 +1,78 @@
+#pragma once
+// Draws a point cloud with a PointCloudStyle: round point sprites in the material colour,
+// per-point colours or normal colours, lit (as small discs facing along their normals) when
+// the cloud has normals, with optional back-face culling and normal lines.
+//
+// Memory: the constructor copies the positions (and normals) once, contiguously, into the
+// pending vertex buffers; the first Render uploads them and frees the CPU copies, so from
+// then on the renderer holds only counts and bounds while the GPU holds the points. A camera
+// move therefore draws without uploading anything. Per-point colours are kept on the CPU
+// only until their upload, too.
+//
+// Points with a non-finite coordinate stay in the buffers (so per-point colours keep their
+// indices) and are dropped by the vertex shader; the bounding box skips them.
+
+#include <vexa/draw/PointCloudStyle.h>
+#include <vexa/draw/Renderer.h>
+
+#include <tesk/Color.h>
+#include <tesk/PointCloud.h>
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace vexa::draw {
+
+class PointCloudRenderer : public Renderer {
+public:
+    /// An empty cloud (draws nothing).
+    PointCloudRenderer();
+    /// Copies the positions and normals of `cloud`; its properties are not read (their owner
+    /// turns them into colours and calls SetColors). No GL context needed. An empty cloud,
+    /// or one with non-finite points, is accepted with a warning.
+    explicit PointCloudRenderer(const tesk::PointCloud& cloud);
+    ~PointCloudRenderer() override;
+
+    /// One colour per point, used by ColorMode::PerPoint. Any other size is refused (logged)
+    /// and the previous colours stay. Only the colour buffer is uploaded again (in place when
+    /// colours were set before).
+    bool SetColors(std::span<const tesk::Color3f> colors);
+    /// Same, taking the array over without copying it.
+    bool SetColors(std::vector<tesk::Color3f>&& colors);
+    /// Back to the material colour in ColorMode::PerPoint.
+    void ClearColors();
+
+    std::size_t GetPointCount() const { return pointCount_; }
+    /// Points with a NaN or infinite coordinate (kept in the count, never drawn).
+    std::size_t GetNonFiniteCount() const { return nonFiniteCount_; }
+    bool HasNormals() const { return hasNormals_; }
+    bool HasColors() const { return hasColors_; }
+
+    /// True while some data still waits on the CPU for its upload at the next Render.
+    bool HasPendingData() const;
+    /// Bytes of point data held on the CPU: the pending buffers before the first Render (or
+    /// after SetColors), 0 once everything is on the GPU.
+    std::size_t GetCpuDataBytes() const;
+
+    bool IsCompatibileWithStyle(const Style& style) const override;
+    void Render(const RenderContext& context, const Style& style) override;
+    /// Box of the finite points in model space; empty when there is none.
+    geom::TAabb<3, float> GetBoundingBox() const override { return bounds_; }
+    /// Frees the GPU buffers. The points were dropped from the CPU at upload, so the renderer
+    /// draws nothing afterwards: build a new one from the cloud.
+    void ReleaseGpuResources() override;
+
+private:
+    struct Gpu;
+    std::unique_ptr<Gpu> gpu_;
+    std::size_t pointCount_ = 0;
+    std::size_t nonFiniteCount_ = 0;
+    bool hasNormals_ = false;
+    bool hasColors_ = false;
+    bool released_ = false;
+    geom::TAabb<3, float> bounds_;
+};
+
+} // namespace vexa::draw

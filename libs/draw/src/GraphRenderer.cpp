@@ -1,0 +1,358 @@
+#include "vexa/draw/GraphRenderer.h"
+
+#include "vexa/draw/RenderContext.h"
+#include "vexa/draw/RenderSystem.h"
+#include "vexa/draw/TextRenderer.h"
+
+#include <plor/ArrayObject.h>
+#include <plor/Program.h>
+
+#include <runa/rlog.h>
+
+#include <glbinding/gl/gl.h>
+#include <glm/glm.hpp>
+#include <glm/gtc/type_ptr.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+
+using namespace gl;
+
+namespace vexa::draw {
+
+namespace {
+
+/// The wide-line program of line fields draws the polyline, frame and axes as well.
+const std::string kLineProgram = "LINE_FIELD";
+const std::string kPointProgram = "GRAPH_POINTS";
+
+/// Share of the data's span added on both sides of each axis.
+constexpr double kRangeMargin = 0.05;
+/// Space around the plot in window pixels, plus room for the x labels under it.
+constexpr float kPlotMargin = 8.0f;
+constexpr float kLabelSize = 11.0f;
+constexpr float kLabelRoom = 14.0f;
+/// Below this plot size (window pixels) the frame and labels would only clutter.
+constexpr float kMinPlotSize = 24.0f;
+
+bool IsFinite(const glm::vec2& p)
+{
+    return std::isfinite(p.x) && std::isfinite(p.y);
+}
+
+/// The shown range of one axis from its data bounds.
+void RangeOf(double low, double high, double& rangeLow, double& rangeHigh)
+{
+    const double span = high - low;
+    if (span > 0.0) {
+        rangeLow = low - kRangeMargin * span;
+        rangeHigh = high + kRangeMargin * span;
+        return;
+    }
+    // A constant: one unit around it, or more where one unit is below the value's precision.
+    double half = 0.5;
+    if (low + half == low || low - half == low)
+        half = std::abs(low) * 0.5;
+    rangeLow = low - half;
+    rangeHigh = low + half;
+}
+
+std::string FormatValue(float value)
+{
+    char text[32];
+    std::snprintf(text, sizeof(text), "%.4g", static_cast<double>(value));
+    return text;
+}
+
+float Sanitised(float scale)
+{
+    return std::isfinite(scale) && scale > 0.0f ? scale : 1.0f;
+}
+
+} // namespace
+
+struct GraphRenderer::Gpu {
+    /// Points in the unit square of the ranges, two floats each.
+    plor::ArrayObject points;
+    /// Frame and zero axes as segments in the same space.
+    plor::ArrayObject decoration;
+
+    unsigned int lineProgramId = 0;
+    GLint locLineMatrix = -1;
+    GLint locLineColor = -1;
+    GLint locUseVertexColor = -1;
+    GLint locLineWidth = -1;
+    GLint locViewportSize = -1;
+
+    unsigned int pointProgramId = 0;
+    GLint locPointMatrix = -1;
+    GLint locPointSize = -1;
+    GLint locPointColor = -1;
+};
+
+GraphRenderer::GraphRenderer() : gpu_(std::make_unique<Gpu>()) {}
+
+GraphRenderer::GraphRenderer(std::span<const glm::vec2> points) : GraphRenderer()
+{
+    SetPoints(points);
+}
+
+GraphRenderer::~GraphRenderer()
+{
+    ReleaseGpuResources();
+}
+
+void GraphRenderer::SetPoints(std::span<const glm::vec2> points)
+{
+    Gpu& gpu = *gpu_;
+    runs_.clear();
+    pointCount_ = 0;
+    axisVertexCount_ = 0;
+
+    glm::vec2 low(std::numeric_limits<float>::max());
+    glm::vec2 high(std::numeric_limits<float>::lowest());
+    for (const glm::vec2& p : points) {
+        if (!IsFinite(p))
+            continue;
+        low = glm::min(low, p);
+        high = glm::max(high, p);
+        ++pointCount_;
+    }
+    if (pointCount_ != points.size())
+        rlog::Warn("Skipped " + std::to_string(points.size() - pointCount_) + " of " + std::to_string(points.size()) +
+                       " points with a non-finite coordinate; the line breaks there",
+                   "vexa::draw::GraphRenderer::SetPoints");
+
+    if (pointCount_ == 0) {
+        gpu.points.Release();
+        gpu.decoration.Release();
+        dataMin_ = dataMax_ = glm::vec2(0.0f);
+        rangeMin_ = glm::dvec2(0.0);
+        rangeMax_ = glm::dvec2(1.0);
+        xMinLabel_.clear();
+        xMaxLabel_.clear();
+        yMinLabel_.clear();
+        yMaxLabel_.clear();
+        return;
+    }
+
+    dataMin_ = low;
+    dataMax_ = high;
+    RangeOf(low.x, high.x, rangeMin_.x, rangeMax_.x);
+    RangeOf(low.y, high.y, rangeMin_.y, rangeMax_.y);
+    const glm::dvec2 span = rangeMax_ - rangeMin_;
+
+    // Positions are uploaded relative to the ranges (in double precision), so data far from
+    // the origin or with a tiny spread keeps its shape in the GPU's floats.
+    std::vector<std::byte> bytes(pointCount_ * sizeof(glm::vec2));
+    std::byte* out = bytes.data();
+    std::uint32_t kept = 0;
+    std::uint32_t runStart = 0;
+    auto closeRun = [&]() {
+        if (kept - runStart >= 2)
+            runs_.push_back({runStart, kept - runStart});
+        runStart = kept;
+    };
+    for (const glm::vec2& p : points) {
+        if (!IsFinite(p)) {
+            closeRun();
+            continue;
+        }
+        const glm::vec2 unit(static_cast<float>((p.x - rangeMin_.x) / span.x),
+                             static_cast<float>((p.y - rangeMin_.y) / span.y));
+        std::memcpy(out, &unit, sizeof(unit));
+        out += sizeof(unit);
+        ++kept;
+    }
+    closeRun();
+
+    gpu.points.SetBuffer(0, std::move(bytes), {plor::Attribute{0, 2, plor::DataType::Float}});
+    gpu.points.SetVertexCount(pointCount_);
+
+    xMinLabel_ = FormatValue(dataMin_.x);
+    xMaxLabel_ = FormatValue(dataMax_.x);
+    yMinLabel_ = FormatValue(dataMin_.y);
+    yMaxLabel_ = FormatValue(dataMax_.y);
+    BuildDecoration();
+}
+
+void GraphRenderer::BuildDecoration()
+{
+    std::vector<glm::vec2> segments = {{0.0f, 0.0f}, {1.0f, 0.0f}, {1.0f, 0.0f}, {1.0f, 1.0f},
+                                       {1.0f, 1.0f}, {0.0f, 1.0f}, {0.0f, 1.0f}, {0.0f, 0.0f}};
+    // Zero axes only where zero lies strictly inside a range; on the frame they add nothing.
+    if (rangeMin_.y < 0.0 && rangeMax_.y > 0.0) {
+        const auto y = static_cast<float>(-rangeMin_.y / (rangeMax_.y - rangeMin_.y));
+        segments.insert(segments.end(), {{0.0f, y}, {1.0f, y}});
+    }
+    if (rangeMin_.x < 0.0 && rangeMax_.x > 0.0) {
+        const auto x = static_cast<float>(-rangeMin_.x / (rangeMax_.x - rangeMin_.x));
+        segments.insert(segments.end(), {{x, 0.0f}, {x, 1.0f}});
+    }
+    axisVertexCount_ = segments.size() - 8;
+    gpu_->decoration.SetBuffer(0, plor::AsBytes(segments), {plor::Attribute{0, 2, plor::DataType::Float}});
+    gpu_->decoration.SetVertexCount(segments.size());
+}
+
+bool GraphRenderer::IsCompatibileWithStyle(const Style& style) const
+{
+    return dynamic_cast<const GraphStyle*>(&style) != nullptr;
+}
+
+void GraphRenderer::Render(const RenderContext& context, const Style& style)
+{
+    const auto* graphStyle = dynamic_cast<const GraphStyle*>(&style);
+    if (!graphStyle || !graphStyle->visible || pointCount_ == 0 || !context.programs)
+        return;
+    const glm::vec2 view(static_cast<float>(context.glViewport.z), static_cast<float>(context.glViewport.w));
+    if (view.x <= 0.0f || view.y <= 0.0f)
+        return;
+    const float scale = Sanitised(context.pixelScale);
+    const bool withLabels = context.system != nullptr && context.scene != nullptr;
+
+    // Plot area in framebuffer pixels from the viewport's bottom-left corner (x0, y0, x1, y1).
+    const float margin = std::round(kPlotMargin * scale);
+    const float bottomMargin = margin + (withLabels ? std::round(kLabelRoom * scale) : 0.0f);
+    glm::vec4 plot(margin, bottomMargin, view.x - margin, view.y - margin);
+    const bool decorated = plot.z - plot.x >= kMinPlotSize * scale && plot.w - plot.y >= kMinPlotSize * scale;
+    if (!decorated)
+        plot = glm::vec4(0.0f, 0.0f, view.x, view.y);
+
+    glm::mat4 plotToClip(1.0f);
+    plotToClip[0][0] = 2.0f * (plot.z - plot.x) / view.x;
+    plotToClip[1][1] = 2.0f * (plot.w - plot.y) / view.y;
+    plotToClip[3][0] = 2.0f * plot.x / view.x - 1.0f;
+    plotToClip[3][1] = 2.0f * plot.y / view.y - 1.0f;
+
+    const bool depthWasOn = glIsEnabled(GL_DEPTH_TEST) == GL_TRUE;
+    glDisable(GL_DEPTH_TEST);
+    Gpu& gpu = *gpu_;
+
+    if (!context.programs->Has(kLineProgram))
+        context.programs->Add(kLineProgram, "lines/lineField.vert", "lines/lineField.frag", "lines/lineField.geom");
+    plor::Program* lineProgram = context.programs->Get(kLineProgram);
+    if (lineProgram && lineProgram->Use()) {
+        if (gpu.lineProgramId != lineProgram->GetId()) {
+            const GLuint id = lineProgram->GetId();
+            gpu.locLineMatrix = glGetUniformLocation(id, "uModelViewProjection");
+            gpu.locLineColor = glGetUniformLocation(id, "uColor");
+            gpu.locUseVertexColor = glGetUniformLocation(id, "uUseVertexColor");
+            gpu.locLineWidth = glGetUniformLocation(id, "uLineWidth");
+            gpu.locViewportSize = glGetUniformLocation(id, "uViewportSize");
+            gpu.lineProgramId = id;
+        }
+        glUniformMatrix4fv(gpu.locLineMatrix, 1, GL_FALSE, glm::value_ptr(plotToClip));
+        glUniform1i(gpu.locUseVertexColor, 0);
+        glUniform2f(gpu.locViewportSize, view.x, view.y);
+
+        if (decorated) {
+            const tesk::Color3f& frame = graphStyle->color;
+            glUniform1f(gpu.locLineWidth, std::max(1.0f, std::round(scale)));
+            glUniform3f(gpu.locLineColor, frame.r, frame.g, frame.b);
+            gpu.decoration.Draw(plor::PrimitiveType::Lines, 0, 8);
+            if (axisVertexCount_ > 0) {
+                glUniform3f(gpu.locLineColor, frame.r * 0.7f, frame.g * 0.7f, frame.b * 0.7f);
+                gpu.decoration.Draw(plor::PrimitiveType::Lines, 8, axisVertexCount_);
+            }
+        }
+
+        const int width = std::clamp(graphStyle->lineWidth, 1, GraphStyle::kMaxLineWidth);
+        glUniform1f(gpu.locLineWidth, static_cast<float>(width) * scale);
+        glUniform3f(gpu.locLineColor, graphStyle->lineColor.r, graphStyle->lineColor.g, graphStyle->lineColor.b);
+        for (const Run& run : runs_)
+            gpu.points.Draw(plor::PrimitiveType::LineStrip, run.first, run.count);
+    }
+
+    const int pointSize = std::clamp(graphStyle->pointSize, 0, GraphStyle::kMaxPointSize);
+    if (pointSize > 0) {
+        if (!context.programs->Has(kPointProgram))
+            context.programs->Add(kPointProgram, "graph/points.vert", "graph/points.frag");
+        plor::Program* pointProgram = context.programs->Get(kPointProgram);
+        if (pointProgram && pointProgram->Use()) {
+            if (gpu.pointProgramId != pointProgram->GetId()) {
+                const GLuint id = pointProgram->GetId();
+                gpu.locPointMatrix = glGetUniformLocation(id, "uPlotToClip");
+                gpu.locPointSize = glGetUniformLocation(id, "uPointSize");
+                gpu.locPointColor = glGetUniformLocation(id, "uColor");
+                gpu.pointProgramId = id;
+            }
+            glUniformMatrix4fv(gpu.locPointMatrix, 1, GL_FALSE, glm::value_ptr(plotToClip));
+            glUniform1f(gpu.locPointSize, static_cast<float>(pointSize) * scale);
+            glUniform3f(gpu.locPointColor, graphStyle->pointColor.r, graphStyle->pointColor.g,
+                        graphStyle->pointColor.b);
+            const bool programSizeWasOn = glIsEnabled(GL_PROGRAM_POINT_SIZE) == GL_TRUE;
+            glEnable(GL_PROGRAM_POINT_SIZE);
+            gpu.points.Draw(plor::PrimitiveType::Points);
+            if (!programSizeWasOn)
+                glDisable(GL_PROGRAM_POINT_SIZE);
+        }
+    }
+
+    if (depthWasOn)
+        glEnable(GL_DEPTH_TEST);
+
+    if (decorated && withLabels)
+        PrintLabels(context, *graphStyle, plot / scale);
+}
+
+void GraphRenderer::PrintLabels(const RenderContext& context, const GraphStyle& style, const glm::vec4& plot) const
+{
+    // Texts are placed in window pixels from the viewport's top-left corner; `plot` is in
+    // window pixels from its bottom-left corner.
+    const float height = static_cast<float>(context.glViewport.w) / Sanitised(context.pixelScale);
+    const float left = plot.x;
+    const float right = plot.z;
+    const float top = height - plot.w;
+    const float bottom = height - plot.y;
+    auto xAt = [&](float value) {
+        return left + static_cast<float>((value - rangeMin_.x) / (rangeMax_.x - rangeMin_.x)) * (right - left);
+    };
+    auto yAt = [&](float value) {
+        return bottom - static_cast<float>((value - rangeMin_.y) / (rangeMax_.y - rangeMin_.y)) * (bottom - top);
+    };
+
+    TextRenderer& text = context.system->GetTextRenderer();
+    const Scene* previousScene = text.GetScene();
+    const TextAlignment previousAlignment = text.GetAlignment();
+    const tesk::Color3f previousColor = text.GetColor();
+    const float previousSize = text.GetSize();
+
+    text.SetScene(context.scene);
+    text.SetColor(style.color);
+    text.SetSize(kLabelSize);
+    const float xBaseline = bottom + kLabelSize + 1.0f;
+    text.SetAlignment(TextAlignment::Left);
+    text.Print(xMinLabel_, xAt(dataMin_.x), xBaseline);
+    if (dataMax_.x != dataMin_.x) {
+        text.SetAlignment(TextAlignment::Right);
+        text.Print(xMaxLabel_, xAt(dataMax_.x), xBaseline);
+    }
+    // The y labels sit inside the frame: just under the maximum and just over the minimum.
+    text.SetAlignment(TextAlignment::Left);
+    text.Print(yMaxLabel_, left + 4.0f, yAt(dataMax_.y) + kLabelSize + 2.0f);
+    if (dataMax_.y != dataMin_.y && bottom - top >= 3.0f * kLabelSize)
+        text.Print(yMinLabel_, left + 4.0f, yAt(dataMin_.y) - 3.0f);
+
+    text.SetScene(previousScene);
+    text.SetAlignment(previousAlignment);
+    text.SetColor(previousColor);
+    text.SetSize(previousSize);
+}
+
+void GraphRenderer::ReleaseGpuResources()
+{
+    if (!gpu_)
+        return;
+    gpu_->points.Release();
+    gpu_->decoration.Release();
+    gpu_->lineProgramId = 0;
+    gpu_->pointProgramId = 0;
+    runs_.clear();
+    pointCount_ = 0;
+    axisVertexCount_ = 0;
+}
+
+} // namespace vexa::draw

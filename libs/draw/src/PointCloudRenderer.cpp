@@ -1,0 +1,416 @@
+#include <vexa/draw/PointCloudRenderer.h>
+
+#include <vexa/draw/RenderContext.h>
+
+#include <plor/ArrayObject.h>
+#include <plor/Program.h>
+#include <plor/UploadBytes.h>
+
+#include <runa/rlog.h>
+
+#include <glbinding/gl/gl.h>
+
+#include <glm/glm.hpp>
+#include <glm/gtc/type_ptr.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <string>
+
+using namespace gl;
+
+namespace vexa::draw {
+
+namespace {
+
+constexpr const char* kBuildLabel = "vexa::draw::PointCloudRenderer::PointCloudRenderer";
+constexpr const char* kSetColorsLabel = "vexa::draw::PointCloudRenderer::SetColors";
+constexpr int kMaxLights = 4;
+
+constexpr std::size_t kPositionSlot = 0;
+constexpr std::size_t kNormalSlot = 1;
+constexpr std::size_t kColorSlot = 2;
+
+// Statics so that looking the programs up every frame allocates nothing.
+const std::string& PointsProgramName()
+{
+    static const std::string name = "pointcloud.points";
+    return name;
+}
+const std::string& NormalsProgramName()
+{
+    static const std::string name = "pointcloud.normals";
+    return name;
+}
+
+plor::Program* UseProgram(plor::ProgramList& programs, const std::string& name)
+{
+    if (!programs.Has(name)) {
+        if (&name == &PointsProgramName())
+            programs.Add(name, "pointcloud/points.vert", "pointcloud/points.frag");
+        else
+            programs.Add(name, "pointcloud/normals.vert", "pointcloud/normals.frag",
+                         "pointcloud/normals.geom");
+    }
+    plor::Program* program = programs.Get(name);
+    return program && program->Use() ? program : nullptr;
+}
+
+/// The box of the finite points and how many are not finite.
+struct PositionScan {
+    geom::TAabb<3, float> bounds;
+    std::size_t nonFinite = 0;
+};
+
+/// The exact scan: a point with any non-finite coordinate is left out entirely. `v - v == 0`
+/// holds exactly for finite v (infinity and NaN give NaN).
+PositionScan ScanPositionsPointwise(std::span<const glm::vec3> positions)
+{
+    constexpr float kHuge = std::numeric_limits<float>::max();
+    float minX = kHuge, minY = kHuge, minZ = kHuge;
+    float maxX = -kHuge, maxY = -kHuge, maxZ = -kHuge;
+    std::size_t finite = 0;
+    for (const glm::vec3& p : positions) {
+        const bool ok = (p.x - p.x == 0.0f) & (p.y - p.y == 0.0f) & (p.z - p.z == 0.0f);
+        finite += ok ? 1 : 0;
+        minX = ok && p.x < minX ? p.x : minX;
+        minY = ok && p.y < minY ? p.y : minY;
+        minZ = ok && p.z < minZ ? p.z : minZ;
+        maxX = ok && p.x > maxX ? p.x : maxX;
+        maxY = ok && p.y > maxY ? p.y : maxY;
+        maxZ = ok && p.z > maxZ ? p.z : maxZ;
+    }
+    PositionScan scan;
+    scan.nonFinite = positions.size() - finite;
+    if (finite > 0)
+        scan.bounds = geom::TAabb<3, float>(glm::vec3(minX, minY, minZ), glm::vec3(maxX, maxY, maxZ));
+    return scan;
+}
+
+/// The fast scan for the usual cloud without a single bad coordinate. Four points are twelve
+/// floats, so twelve running minima and maxima (lane j always holds coordinate j % 3) turn
+/// the loop into plain vector min/max the compiler emits without shuffles. `v * 0` is 0 for
+/// finite v and NaN otherwise, so one sum per lane tells whether some value was not finite;
+/// then the exact scan runs instead, which only such clouds pay for.
+PositionScan ScanPositions(std::span<const glm::vec3> positions)
+{
+    constexpr int kLanes = 12;
+    constexpr std::size_t kPointsPerBlock = kLanes / 3;
+    constexpr float kHuge = std::numeric_limits<float>::max();
+    float lo[kLanes], hi[kLanes], check[kLanes];
+    for (int j = 0; j < kLanes; ++j) {
+        lo[j] = kHuge;
+        hi[j] = -kHuge;
+        check[j] = 0.0f;
+    }
+    const std::size_t blocks = positions.size() / kPointsPerBlock;
+    const float* p = glm::value_ptr(positions[0]);
+    for (std::size_t b = 0; b < blocks; ++b, p += kLanes)
+        for (int j = 0; j < kLanes; ++j) {
+            const float v = p[j];
+            lo[j] = v < lo[j] ? v : lo[j];
+            hi[j] = v > hi[j] ? v : hi[j];
+            check[j] += v * 0.0f;
+        }
+    for (std::size_t i = blocks * kPointsPerBlock; i < positions.size(); ++i, p += 3)
+        for (int j = 0; j < 3; ++j) {
+            const float v = p[j];
+            lo[j] = v < lo[j] ? v : lo[j];
+            hi[j] = v > hi[j] ? v : hi[j];
+            check[j] += v * 0.0f;
+        }
+
+    bool allFinite = true;
+    glm::vec3 minimum(kHuge), maximum(-kHuge);
+    for (int j = 0; j < kLanes; ++j) {
+        allFinite = allFinite && check[j] == 0.0f;
+        minimum[j % 3] = std::min(minimum[j % 3], lo[j]);
+        maximum[j % 3] = std::max(maximum[j % 3], hi[j]);
+    }
+    if (!allFinite)
+        return ScanPositionsPointwise(positions);
+    PositionScan scan;
+    scan.bounds = geom::TAabb<3, float>(minimum, maximum);
+    return scan;
+}
+
+/// A vertex buffer's bytes in one allocation and one memcpy: no zero-fill first, no per-point
+/// loop, and for large clouds memory that does not fault in page by page.
+std::unique_ptr<plor::OwnedBytes> CopyBytes(std::span<const std::byte> bytes)
+{
+    return plor::UploadBytes::CopyOf(bytes);
+}
+
+struct PointUniforms {
+    unsigned int program = 0;
+    GLint model = -1, normalMatrix = -1, viewProjection = -1, view = -1, cameraPosition = -1;
+    GLint pointSize = -1, hasNormals = -1, cullBackFacing = -1, hasColors = -1, colorMode = -1;
+    GLint baseColor = -1, specular = -1, shininess = -1, metallic = -1, useLighting = -1;
+    GLint lightCount = -1, lightDirection = -1, lightColor = -1;
+
+    void Refresh(plor::Program& p)
+    {
+        if (p.GetId() == program)
+            return;
+        program = p.GetId();
+        model = p.GetUniformLocation("uModel");
+        normalMatrix = p.GetUniformLocation("uNormalMatrix");
+        viewProjection = p.GetUniformLocation("uViewProjection");
+        view = p.GetUniformLocation("uView");
+        cameraPosition = p.GetUniformLocation("uCameraPosition");
+        pointSize = p.GetUniformLocation("uPointSize");
+        hasNormals = p.GetUniformLocation("uHasNormals");
+        cullBackFacing = p.GetUniformLocation("uCullBackFacing");
+        hasColors = p.GetUniformLocation("uHasColors");
+        colorMode = p.GetUniformLocation("uColorMode");
+        baseColor = p.GetUniformLocation("uBaseColor");
+        specular = p.GetUniformLocation("uSpecular");
+        shininess = p.GetUniformLocation("uShininess");
+        metallic = p.GetUniformLocation("uMetallic");
+        useLighting = p.GetUniformLocation("uUseLighting");
+        lightCount = p.GetUniformLocation("uLightCount");
+        lightDirection = p.GetUniformLocation("uLightDirection");
+        lightColor = p.GetUniformLocation("uLightColor");
+    }
+};
+
+struct NormalUniforms {
+    unsigned int program = 0;
+    GLint model = -1, normalMatrix = -1, viewProjection = -1, cameraPosition = -1;
+    GLint cullBackFacing = -1, length = -1, color = -1;
+
+    void Refresh(plor::Program& p)
+    {
+        if (p.GetId() == program)
+            return;
+        program = p.GetId();
+        model = p.GetUniformLocation("uModel");
+        normalMatrix = p.GetUniformLocation("uNormalMatrix");
+        viewProjection = p.GetUniformLocation("uViewProjection");
+        cameraPosition = p.GetUniformLocation("uCameraPosition");
+        cullBackFacing = p.GetUniformLocation("uCullBackFacing");
+        length = p.GetUniformLocation("uLength");
+        color = p.GetUniformLocation("uColor");
+    }
+};
+
+/// The lights as the shader takes them; a scene without lights gets a headlight so that lit
+/// points never come out black.
+struct LightArrays {
+    int count = 0;
+    float directions[3 * kMaxLights] = {};
+    float colors[3 * kMaxLights] = {};
+};
+
+LightArrays MakeLights(const RenderContext& context)
+{
+    LightArrays lights;
+    for (const Light& light : context.lights) {
+        if (lights.count == kMaxLights)
+            break;
+        const glm::vec3 color = glm::vec3(light.color.r, light.color.g, light.color.b) * light.intensity;
+        std::memcpy(&lights.directions[3 * lights.count], &light.direction, sizeof(glm::vec3));
+        std::memcpy(&lights.colors[3 * lights.count], &color, sizeof(glm::vec3));
+        ++lights.count;
+    }
+    if (lights.count == 0) {
+        const glm::vec3 forward = -glm::vec3(glm::inverse(context.view)[2]);
+        const Light headlight;
+        const glm::vec3 color =
+            glm::vec3(headlight.color.r, headlight.color.g, headlight.color.b) * headlight.intensity;
+        std::memcpy(&lights.directions[0], &forward, sizeof(glm::vec3));
+        std::memcpy(&lights.colors[0], &color, sizeof(glm::vec3));
+        lights.count = 1;
+    }
+    return lights;
+}
+
+bool AcceptsColors(std::size_t colorCount, std::size_t pointCount)
+{
+    if (pointCount == 0) {
+        rlog::Warn("The point cloud is empty; there is nothing to colour", kSetColorsLabel);
+        return false;
+    }
+    if (colorCount != pointCount) {
+        rlog::Warn("Got " + std::to_string(colorCount) + " colours for " + std::to_string(pointCount) +
+                       " points; keeping the previous colours",
+                   kSetColorsLabel);
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+struct PointCloudRenderer::Gpu {
+    plor::ArrayObject array;
+    PointUniforms points;
+    NormalUniforms normals;
+};
+
+PointCloudRenderer::PointCloudRenderer() : gpu_(std::make_unique<Gpu>()) {}
+
+PointCloudRenderer::PointCloudRenderer(const tesk::PointCloud& cloud) : gpu_(std::make_unique<Gpu>())
+{
+    const std::span<const glm::vec3> positions = cloud.GetPositions();
+    pointCount_ = positions.size();
+    if (pointCount_ == 0) {
+        rlog::Warn("The point cloud is empty; nothing will be drawn", kBuildLabel);
+        return;
+    }
+
+    const PositionScan scan = ScanPositions(positions);
+    bounds_ = scan.bounds;
+    nonFiniteCount_ = scan.nonFinite;
+    if (nonFiniteCount_ > 0)
+        rlog::Warn(std::to_string(nonFiniteCount_) + " of " + std::to_string(pointCount_) +
+                       " points have a non-finite coordinate and are not drawn",
+                   kBuildLabel);
+
+    plor::ArrayObject& array = gpu_->array;
+    array.SetBuffer(kPositionSlot, CopyBytes(std::as_bytes(positions)),
+                    {plor::Attribute{0, 3, plor::DataType::Float}});
+    hasNormals_ = cloud.HasNormals();
+    if (hasNormals_)
+        array.SetBuffer(kNormalSlot, CopyBytes(std::as_bytes(cloud.GetNormals())),
+                        {plor::Attribute{1, 3, plor::DataType::Float}});
+    array.SetVertexCount(pointCount_);
+}
+
+PointCloudRenderer::~PointCloudRenderer()
+{
+    ReleaseGpuResources();
+}
+
+bool PointCloudRenderer::SetColors(std::span<const tesk::Color3f> colors)
+{
+    if (!AcceptsColors(colors.size(), pointCount_))
+        return false;
+    if (hasColors_)
+        gpu_->array.UpdateBuffer(kColorSlot, CopyBytes(std::as_bytes(colors)));
+    else
+        gpu_->array.SetBuffer(kColorSlot, CopyBytes(std::as_bytes(colors)),
+                              {plor::Attribute{2, 3, plor::DataType::Float}});
+    hasColors_ = true;
+    return true;
+}
+
+bool PointCloudRenderer::SetColors(std::vector<tesk::Color3f>&& colors)
+{
+    if (!AcceptsColors(colors.size(), pointCount_))
+        return false;
+    if (hasColors_)
+        gpu_->array.UpdateBuffer(kColorSlot, std::move(colors));
+    else
+        gpu_->array.SetBuffer(kColorSlot, std::move(colors), {plor::Attribute{2, 3, plor::DataType::Float}});
+    hasColors_ = true;
+    return true;
+}
+
+void PointCloudRenderer::ClearColors()
+{
+    if (!hasColors_)
+        return;
+    gpu_->array.ClearBuffer(kColorSlot);
+    hasColors_ = false;
+}
+
+bool PointCloudRenderer::HasPendingData() const
+{
+    return gpu_->array.HasPendingData();
+}
+
+std::size_t PointCloudRenderer::GetCpuDataBytes() const
+{
+    return gpu_->array.PendingBytes();
+}
+
+bool PointCloudRenderer::IsCompatibileWithStyle(const Style& style) const
+{
+    return dynamic_cast<const PointCloudStyle*>(&style) != nullptr;
+}
+
+void PointCloudRenderer::Render(const RenderContext& context, const Style& baseStyle)
+{
+    const auto* pointStyle = dynamic_cast<const PointCloudStyle*>(&baseStyle);
+    if (!pointStyle || !pointStyle->visible || pointCount_ == 0 || released_ || !context.programs)
+        return;
+    const PointCloudStyle& style = *pointStyle;
+    Gpu& gpu = *gpu_;
+
+    const glm::mat4 model = style.transform.GetMatrix();
+    // The inverse-transpose keeps normals perpendicular under non-uniform scaling.
+    const glm::mat3 normalMatrix = glm::transpose(glm::mat3(style.transform.GetInverseMatrix()));
+    const glm::mat4 viewProjection = context.projection * context.view;
+    const glm::vec3 cameraPosition = glm::vec3(glm::inverse(context.view)[3]);
+    const bool useNormals = hasNormals_ && style.useNormals;
+    const float pixelScale =
+        context.pixelScale > 0.0f && std::isfinite(context.pixelScale) ? context.pixelScale : 1.0f;
+    const float size =
+        std::isfinite(style.pointSize)
+            ? std::clamp(style.pointSize, PointCloudStyle::kMinPointSize, PointCloudStyle::kMaxPointSize)
+            : PointCloudStyle::kMinPointSize;
+
+    if (plor::Program* program = UseProgram(*context.programs, PointsProgramName())) {
+        PointUniforms& u = gpu.points;
+        u.Refresh(*program);
+        const Material& m = style.material;
+        const LightArrays lights = MakeLights(context);
+        glUniformMatrix4fv(u.model, 1, GL_FALSE, glm::value_ptr(model));
+        glUniformMatrix3fv(u.normalMatrix, 1, GL_FALSE, glm::value_ptr(normalMatrix));
+        glUniformMatrix4fv(u.viewProjection, 1, GL_FALSE, glm::value_ptr(viewProjection));
+        glUniformMatrix4fv(u.view, 1, GL_FALSE, glm::value_ptr(context.view));
+        glUniform3f(u.cameraPosition, cameraPosition.x, cameraPosition.y, cameraPosition.z);
+        glUniform1f(u.pointSize, size * pixelScale);
+        glUniform1i(u.hasNormals, useNormals ? 1 : 0);
+        glUniform1i(u.cullBackFacing, style.cullBackFacing ? 1 : 0);
+        glUniform1i(u.hasColors, hasColors_ ? 1 : 0);
+        glUniform1i(u.colorMode, style.colorMode);
+        glUniform3f(u.baseColor, m.color.r, m.color.g, m.color.b);
+        glUniform1f(u.specular, m.specular);
+        glUniform1f(u.shininess, std::clamp(m.shininess, 1.0f, 512.0f));
+        glUniform1i(u.metallic, m.metallic ? 1 : 0);
+        glUniform1i(u.useLighting, m.useLighting ? 1 : 0);
+        glUniform1i(u.lightCount, lights.count);
+        glUniform3fv(u.lightDirection, lights.count, lights.directions);
+        glUniform3fv(u.lightColor, lights.count, lights.colors);
+
+        glEnable(GL_PROGRAM_POINT_SIZE);
+        gpu.array.Draw(plor::PrimitiveType::Points);
+        glDisable(GL_PROGRAM_POINT_SIZE);
+    }
+
+    if (style.showNormals && useNormals) {
+        if (plor::Program* program = UseProgram(*context.programs, NormalsProgramName())) {
+            NormalUniforms& u = gpu.normals;
+            u.Refresh(*program);
+            const float length = std::isfinite(style.normalLength) ? style.normalLength : 0.0f;
+            glUniformMatrix4fv(u.model, 1, GL_FALSE, glm::value_ptr(model));
+            glUniformMatrix3fv(u.normalMatrix, 1, GL_FALSE, glm::value_ptr(normalMatrix));
+            glUniformMatrix4fv(u.viewProjection, 1, GL_FALSE, glm::value_ptr(viewProjection));
+            glUniform3f(u.cameraPosition, cameraPosition.x, cameraPosition.y, cameraPosition.z);
+            glUniform1i(u.cullBackFacing, style.cullBackFacing ? 1 : 0);
+            glUniform1f(u.length, length);
+            glUniform3f(u.color, style.color.r, style.color.g, style.color.b);
+            gpu.array.Draw(plor::PrimitiveType::Points);
+        }
+    }
+}
+
+void PointCloudRenderer::ReleaseGpuResources()
+{
+    if (!gpu_)
+        return;
+    // Whatever was uploaded is gone with the buffers; data still pending goes too, so a
+    // released renderer never draws a partial cloud.
+    if (pointCount_ > 0)
+        released_ = true;
+    gpu_->array.Release();
+    gpu_->points = PointUniforms();
+    gpu_->normals = NormalUniforms();
+    hasColors_ = false;
+}
+
+} // namespace vexa::draw

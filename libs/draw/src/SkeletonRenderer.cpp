@@ -1,0 +1,389 @@
+#include <vexa/draw/SkeletonRenderer.h>
+
+#include <vexa/draw/RenderContext.h>
+
+#include <plor/ArrayObject.h>
+#include <plor/Program.h>
+
+#include <runa/rlog.h>
+
+#include <glbinding/gl/gl.h>
+
+#include <glm/glm.hpp>
+#include <glm/gtc/type_ptr.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <string>
+
+using namespace gl;
+
+namespace vexa::draw {
+
+namespace {
+
+constexpr int kMaxLights = 4;
+constexpr std::size_t kJointFloats = 13;
+constexpr int kJointStride = static_cast<int>(kJointFloats * sizeof(float));
+/// Joint sphere radius per unit of the length of the bone ending in the joint.
+constexpr float kJointRadiusPerLength = 0.07f;
+/// Radius for a skeleton without any bone length to go by (a single joint).
+constexpr float kFallbackRadius = 0.05f;
+constexpr float kMinJointPixels = 6.0f;
+constexpr float kMaxJointPixels = 64.0f;
+
+// Program names live in statics so that looking them up each frame allocates nothing.
+const std::string& OctahedronProgramName()
+{
+    static const std::string name = "skeleton.octahedron";
+    return name;
+}
+const std::string& WiredProgramName()
+{
+    static const std::string name = "skeleton.wired";
+    return name;
+}
+const std::string& StickmanProgramName()
+{
+    static const std::string name = "skeleton.stickman";
+    return name;
+}
+const std::string& JointsProgramName()
+{
+    static const std::string name = "skeleton.joints";
+    return name;
+}
+const std::string& BasisProgramName()
+{
+    static const std::string name = "skeleton.basis";
+    return name;
+}
+
+plor::Program* GetProgram(plor::ProgramList& programs, const std::string& name)
+{
+    if (!programs.Has(name)) {
+        if (&name == &OctahedronProgramName())
+            programs.Add(name, "skeleton/bones.vert", "skeleton/bones.frag", "skeleton/bones.geom")
+                .AddDefine("OCTAHEDRON");
+        else if (&name == &WiredProgramName())
+            programs.Add(name, "skeleton/bones.vert", "skeleton/bones.frag", "skeleton/bones.geom")
+                .AddDefine("WIRED");
+        else if (&name == &StickmanProgramName())
+            programs.Add(name, "skeleton/bones.vert", "skeleton/bones.frag", "skeleton/bones.geom")
+                .AddDefine("STICKMAN");
+        else if (&name == &JointsProgramName())
+            programs.Add(name, "skeleton/joints.vert", "skeleton/joints.frag");
+        else
+            programs.Add(name, "skeleton/bones.vert", "skeleton/bones.frag", "skeleton/basis.geom");
+    }
+    plor::Program* program = programs.Get(name);
+    return program && program->Use() ? program : nullptr;
+}
+
+/// Uniform locations of one of the skeleton programs; names a program lacks stay -1, which
+/// GL ignores.
+struct Uniforms {
+    unsigned int program = 0;
+    GLint model = -1, view = -1, projection = -1, viewProjection = -1, cameraPosition = -1;
+    GLint color = -1, useLighting = -1, lightCount = -1, lightDirection = -1, lightColor = -1;
+    GLint viewportSize = -1, viewportHeight = -1, lineWidth = -1;
+    GLint modelScale = -1, minPointSize = -1, maxPointSize = -1;
+
+    void Refresh(plor::Program& p)
+    {
+        if (p.GetId() == program)
+            return;
+        program = p.GetId();
+        model = p.GetUniformLocation("uModel");
+        view = p.GetUniformLocation("uView");
+        projection = p.GetUniformLocation("uProjection");
+        viewProjection = p.GetUniformLocation("uViewProjection");
+        cameraPosition = p.GetUniformLocation("uCameraPosition");
+        color = p.GetUniformLocation("uColor");
+        useLighting = p.GetUniformLocation("uUseLighting");
+        lightCount = p.GetUniformLocation("uLightCount");
+        lightDirection = p.GetUniformLocation("uLightDirection");
+        lightColor = p.GetUniformLocation("uLightColor");
+        viewportSize = p.GetUniformLocation("uViewportSize");
+        viewportHeight = p.GetUniformLocation("uViewportHeight");
+        lineWidth = p.GetUniformLocation("uLineWidth");
+        modelScale = p.GetUniformLocation("uModelScale");
+        minPointSize = p.GetUniformLocation("uMinPointSize");
+        maxPointSize = p.GetUniformLocation("uMaxPointSize");
+    }
+};
+
+/// Everything of one Render that does not depend on the program.
+struct Frame {
+    glm::mat4 model{1.0f};
+    glm::mat4 view{1.0f};
+    glm::mat4 projection{1.0f};
+    glm::mat4 viewProjection{1.0f};
+    glm::vec3 cameraPosition{0.0f};
+    glm::vec2 viewportSize{1.0f};
+    float pixelScale = 1.0f;
+    float modelScale = 1.0f;
+    int lightCount = 0;
+    float lightDirections[3 * kMaxLights] = {};
+    float lightColors[3 * kMaxLights] = {};
+};
+
+Frame MakeFrame(const RenderContext& context, const SkeletonStyle& style)
+{
+    Frame f;
+    f.model = style.transform.GetMatrix();
+    f.view = context.view;
+    f.projection = context.projection;
+    f.viewProjection = context.projection * context.view;
+    const glm::mat4 cameraToWorld = glm::inverse(context.view);
+    f.cameraPosition = glm::vec3(cameraToWorld[3]);
+    // Joint spheres grow with the model's largest scale, so they never vanish inside bones.
+    const glm::mat3 linear(f.model);
+    f.modelScale = std::max({glm::length(linear[0]), glm::length(linear[1]), glm::length(linear[2])});
+    if (!std::isfinite(f.modelScale))
+        f.modelScale = 1.0f;
+
+    glm::ivec2 size(context.glViewport.z, context.glViewport.w);
+    if (size.x <= 0 || size.y <= 0)
+        size = context.framebufferSize;
+    f.viewportSize = glm::vec2(std::max(size.x, 1), std::max(size.y, 1));
+    f.pixelScale = context.pixelScale > 0.0f ? context.pixelScale : 1.0f;
+
+    for (const Light& light : context.lights) {
+        if (f.lightCount == kMaxLights)
+            break;
+        const glm::vec3 color = glm::vec3(light.color.r, light.color.g, light.color.b) * light.intensity;
+        std::memcpy(&f.lightDirections[3 * f.lightCount], &light.direction, sizeof(glm::vec3));
+        std::memcpy(&f.lightColors[3 * f.lightCount], &color, sizeof(glm::vec3));
+        ++f.lightCount;
+    }
+    if (f.lightCount == 0) {
+        // A scene without lights still shows its skeletons, lit from the eye.
+        const glm::vec3 forward = -glm::vec3(cameraToWorld[2]);
+        const Light headlight;
+        const glm::vec3 color =
+            glm::vec3(headlight.color.r, headlight.color.g, headlight.color.b) * headlight.intensity;
+        std::memcpy(&f.lightDirections[0], &forward, sizeof(glm::vec3));
+        std::memcpy(&f.lightColors[0], &color, sizeof(glm::vec3));
+        f.lightCount = 1;
+    }
+    return f;
+}
+
+void SetCommonUniforms(const Uniforms& u, const Frame& f, const tesk::Color3f& color, bool lit,
+                       float lineWidth)
+{
+    glUniformMatrix4fv(u.model, 1, GL_FALSE, glm::value_ptr(f.model));
+    glUniformMatrix4fv(u.view, 1, GL_FALSE, glm::value_ptr(f.view));
+    glUniformMatrix4fv(u.projection, 1, GL_FALSE, glm::value_ptr(f.projection));
+    glUniformMatrix4fv(u.viewProjection, 1, GL_FALSE, glm::value_ptr(f.viewProjection));
+    glUniform3f(u.cameraPosition, f.cameraPosition.x, f.cameraPosition.y, f.cameraPosition.z);
+    glUniform3f(u.color, color.r, color.g, color.b);
+    glUniform1i(u.useLighting, lit ? 1 : 0);
+    glUniform1i(u.lightCount, f.lightCount);
+    glUniform3fv(u.lightDirection, f.lightCount, f.lightDirections);
+    glUniform3fv(u.lightColor, f.lightCount, f.lightColors);
+    glUniform2f(u.viewportSize, f.viewportSize.x, f.viewportSize.y);
+    glUniform1f(u.viewportHeight, f.viewportSize.y);
+    const float width = lineWidth * f.pixelScale;
+    glUniform1f(u.lineWidth, std::isfinite(width) ? std::max(1.0f, width) : 1.0f);
+    glUniform1f(u.modelScale, f.modelScale);
+    glUniform1f(u.minPointSize, kMinJointPixels * f.pixelScale);
+    glUniform1f(u.maxPointSize, kMaxJointPixels * f.pixelScale);
+}
+
+bool IsFinite(const glm::vec3& v)
+{
+    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
+
+} // namespace
+
+struct SkeletonRenderer::Gpu {
+    plor::ArrayObject array;
+    /// Whether the array holds the joint buffer and the bone indices (else they are set
+    /// afresh, after a release for instance).
+    bool hasBuffers = false;
+    Uniforms octahedron;
+    Uniforms wired;
+    Uniforms stickman;
+    Uniforms joints;
+    Uniforms basis;
+};
+
+SkeletonRenderer::SkeletonRenderer(const tesk::Skeleton& skeleton) : skeleton_(skeleton)
+{
+    Initialize();
+}
+
+SkeletonRenderer::SkeletonRenderer(tesk::Skeleton&& skeleton) : skeleton_(std::move(skeleton))
+{
+    Initialize();
+}
+
+SkeletonRenderer::~SkeletonRenderer() = default;
+
+void SkeletonRenderer::Initialize()
+{
+    const std::span<const tesk::Joint> joints = skeleton_.GetJoints();
+    if (joints.empty())
+        rlog::Warn("The skeleton has no joints; nothing will be drawn",
+                   "vexa::draw::SkeletonRenderer::SkeletonRenderer");
+    boneIndices_.reserve(joints.size() * 2);
+    for (std::size_t i = 0; i < joints.size(); ++i)
+        if (joints[i].parent >= 0)
+            boneIndices_.insert(boneIndices_.end(), {static_cast<std::uint32_t>(joints[i].parent),
+                                                     static_cast<std::uint32_t>(i)});
+    jointData_.assign(joints.size() * kJointFloats, 0.0f);
+    global_.reserve(joints.size());
+    if (!skeleton_.GetRestPose().ComputeGlobal(skeleton_, global_))
+        global_.assign(joints.size(), glm::mat4(1.0f));
+    UpdateJointData();
+}
+
+bool SkeletonRenderer::SetPose(const tesk::SkeletonPose& pose)
+{
+    if (pose.JointCount() != skeleton_.JointCount()) {
+        rlog::Fail("The pose has " + std::to_string(pose.JointCount()) + " joints but the skeleton has " +
+                       std::to_string(skeleton_.JointCount()) + "; keeping the previous pose",
+                   "vexa::draw::SkeletonRenderer::SetPose");
+        return false;
+    }
+    if (!pose.ComputeGlobal(skeleton_, global_))
+        return false;
+    UpdateJointData();
+    return true;
+}
+
+void SkeletonRenderer::UpdateJointData()
+{
+    const std::span<const tesk::Joint> joints = skeleton_.GetJoints();
+    const std::size_t count = std::min(joints.size(), global_.size());
+
+    // Sphere sizes follow the bones, so a hand's joints stay smaller than a hip's; roots,
+    // which end no bone, take the mean bone length.
+    double lengthSum = 0.0;
+    std::size_t lengthCount = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const int parent = joints[i].parent;
+        if (parent < 0)
+            continue;
+        const float length = glm::distance(glm::vec3(global_[i][3]), glm::vec3(global_[parent][3]));
+        if (std::isfinite(length) && length > 0.0f) {
+            lengthSum += length;
+            ++lengthCount;
+        }
+    }
+    const float meanLength =
+        lengthCount > 0 ? static_cast<float>(lengthSum / static_cast<double>(lengthCount)) : 0.0f;
+    const float fallbackRadius = meanLength > 0.0f ? kJointRadiusPerLength * meanLength : kFallbackRadius;
+
+    bounds_.Reset();
+    for (std::size_t i = 0; i < count; ++i) {
+        const glm::mat4& m = global_[i];
+        const glm::vec3 position(m[3]);
+        float radius = fallbackRadius;
+        if (const int parent = joints[i].parent; parent >= 0) {
+            const float length = glm::distance(position, glm::vec3(global_[parent][3]));
+            if (std::isfinite(length) && length > 0.0f)
+                radius = kJointRadiusPerLength * length;
+        }
+        float* out = &jointData_[i * kJointFloats];
+        std::memcpy(out, &position, sizeof(glm::vec3));
+        out[3] = radius;
+        for (int axis = 0; axis < 3; ++axis) {
+            const glm::vec3 direction(m[axis]);
+            std::memcpy(out + 4 + 3 * axis, &direction, sizeof(glm::vec3));
+        }
+        if (IsFinite(position))
+            bounds_.Extend(position);
+    }
+    dataDirty_ = true;
+}
+
+bool SkeletonRenderer::IsCompatibileWithStyle(const Style& style) const
+{
+    return dynamic_cast<const SkeletonStyle*>(&style) != nullptr;
+}
+
+void SkeletonRenderer::ReleaseGpuResources()
+{
+    if (!gpu_)
+        return;
+    gpu_->array.Release();
+    gpu_->hasBuffers = false;
+    // The joint data is still on the CPU: the next Render uploads it again.
+    dataDirty_ = true;
+}
+
+void SkeletonRenderer::Render(const RenderContext& context, const Style& baseStyle)
+{
+    const auto* skeletonStyle = dynamic_cast<const SkeletonStyle*>(&baseStyle);
+    if (!skeletonStyle || !skeletonStyle->visible || !context.programs || jointData_.empty())
+        return;
+    const SkeletonStyle& style = *skeletonStyle;
+
+    if (!gpu_)
+        gpu_ = std::make_unique<Gpu>();
+    Gpu& gpu = *gpu_;
+    if (dataDirty_) {
+        const std::span<const std::byte> bytes = plor::AsBytes(jointData_);
+        if (gpu.hasBuffers) {
+            gpu.array.UpdateBuffer(0, bytes);
+        } else {
+            gpu.array.SetBuffer(0, bytes,
+                                {{0, 3, plor::DataType::Float, false, kJointStride, 0},
+                                 {1, 1, plor::DataType::Float, false, kJointStride, 3 * sizeof(float)},
+                                 {2, 3, plor::DataType::Float, false, kJointStride, 4 * sizeof(float)},
+                                 {3, 3, plor::DataType::Float, false, kJointStride, 7 * sizeof(float)},
+                                 {4, 3, plor::DataType::Float, false, kJointStride, 10 * sizeof(float)}},
+                                plor::BufferUsage::Dynamic);
+            gpu.array.SetIndices(boneIndices_);
+            gpu.array.SetVertexCount(skeleton_.JointCount());
+            gpu.hasBuffers = true;
+        }
+        dataDirty_ = false;
+    }
+
+    const Frame frame = MakeFrame(context, style);
+
+    if (!boneIndices_.empty()) {
+        const std::string* name = &OctahedronProgramName();
+        Uniforms* uniforms = &gpu.octahedron;
+        if (style.renderMode == SkeletonRenderMode::WiredOctahedron) {
+            name = &WiredProgramName();
+            uniforms = &gpu.wired;
+        } else if (style.renderMode == SkeletonRenderMode::Stickman) {
+            name = &StickmanProgramName();
+            uniforms = &gpu.stickman;
+        }
+        if (plor::Program* p = GetProgram(*context.programs, *name)) {
+            uniforms->Refresh(*p);
+            // Only the solid has normals to light; lines keep their plain colour.
+            const bool lit = style.enableLighting && name == &OctahedronProgramName();
+            SetCommonUniforms(*uniforms, frame, style.boneColor, lit, style.lineWidth);
+            gpu.array.DrawElements(plor::PrimitiveType::Lines);
+        }
+    }
+
+    if (style.showJoints) {
+        if (plor::Program* p = GetProgram(*context.programs, JointsProgramName())) {
+            gpu.joints.Refresh(*p);
+            SetCommonUniforms(gpu.joints, frame, style.jointColor, style.enableLighting, style.lineWidth);
+            glEnable(GL_PROGRAM_POINT_SIZE);
+            gpu.array.Draw(plor::PrimitiveType::Points);
+            glDisable(GL_PROGRAM_POINT_SIZE);
+        }
+    }
+
+    if (style.showBasis) {
+        if (plor::Program* p = GetProgram(*context.programs, BasisProgramName())) {
+            gpu.basis.Refresh(*p);
+            SetCommonUniforms(gpu.basis, frame, style.boneColor, false, style.lineWidth);
+            gpu.array.Draw(plor::PrimitiveType::Points);
+        }
+    }
+}
+
+} // namespace vexa::draw

@@ -1,0 +1,243 @@
+// Line graphs: the style's state block, the ranges the renderer derives from its data, and
+// what it draws through a real render system. The drawing tests need a display: run them under
+// `xvfb-run -a -s "-screen 0 1280x1024x24" ctest ...`.
+
+#include "GlTestSupport.h"
+#include "LogCapture.h"
+
+#include <vexa/draw/GraphRenderer.h>
+#include <vexa/draw/GraphStyle.h>
+#include <vexa/draw/RenderSystem.h>
+#include <vexa/draw/Scene.h>
+
+#include <plor/Gl.h>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <memory>
+#include <sstream>
+#include <vector>
+
+using namespace vexa::draw;
+using gl_test_support::GlTest;
+using gl_test_support::Near;
+using gl_test_support::Pixels;
+using gl_test_support::Rgba;
+
+namespace {
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+const Rgba kBackground{0x3D, 0x3D, 0x3D, 255};
+
+TEST(GraphStyleTest, StreamRoundTripAndRejectsDamagedRecords)
+{
+    GraphStyle written;
+    written.lineWidth = 5;
+    written.pointSize = 9;
+    written.lineColor = tesk::Color3f(0.1f, 0.2f, 0.3f);
+    written.pointColor = tesk::Color3f(0.4f, 0.5f, 0.6f);
+    written.visible = false;
+    written.color = tesk::Color3f(0.7f, 0.8f, 0.9f);
+    std::stringstream stream;
+    written.WriteToStream(stream);
+    const std::string bytes = stream.str();
+
+    GraphStyle read;
+    std::istringstream in(bytes);
+    ASSERT_TRUE(read.ReadFromStream(in));
+    EXPECT_EQ(read.lineWidth, 5);
+    EXPECT_EQ(read.pointSize, 9);
+    EXPECT_EQ(read.lineColor, written.lineColor);
+    EXPECT_EQ(read.pointColor, written.pointColor);
+    EXPECT_FALSE(read.visible);
+    EXPECT_EQ(read.color, written.color);
+    EXPECT_EQ(in.peek(), std::char_traits<char>::eof()) << "the whole block is consumed";
+
+    testing_support::LogCapture log;
+    const GraphStyle defaults;
+    GraphStyle kept;
+    for (std::size_t cut : {std::size_t{3}, std::size_t{10}, bytes.size() - 1}) {
+        std::istringstream truncated(bytes.substr(0, cut));
+        EXPECT_FALSE(kept.ReadFromStream(truncated)) << "cut at " << cut;
+    }
+    GraphStyle bad;
+    bad.lineWidth = 0;
+    std::stringstream badStream;
+    bad.WriteToStream(badStream);
+    EXPECT_FALSE(kept.ReadFromStream(badStream));
+    EXPECT_EQ(kept.lineWidth, defaults.lineWidth);
+    EXPECT_EQ(kept.pointSize, defaults.pointSize);
+    EXPECT_EQ(kept.lineColor, defaults.lineColor);
+    EXPECT_EQ(kept.visible, defaults.visible);
+    EXPECT_GE(log.messages.size(), 4u);
+}
+
+TEST(GraphRendererTest, RangesComeFromTheFiniteDataWithoutAContext)
+{
+    const std::size_t pendingBefore = plor::PendingGlDeletes();
+    testing_support::LogCapture log;
+    {
+        GraphRenderer renderer(std::vector<glm::vec2>{{0, 10}, {kNaN, 500}, {10, 30}, {5, std::numeric_limits<float>::infinity()}});
+        EXPECT_EQ(renderer.GetPointCount(), 2u);
+        ASSERT_EQ(log.messages.size(), 1u);
+        EXPECT_EQ(log.messages[0].label, "vexa::draw::GraphRenderer::SetPoints");
+        EXPECT_EQ(renderer.GetDataMin(), glm::vec2(0, 10));
+        EXPECT_EQ(renderer.GetDataMax(), glm::vec2(10, 30));
+        // 5% of the span on both sides.
+        EXPECT_DOUBLE_EQ(renderer.GetRangeMin().x, -0.5);
+        EXPECT_DOUBLE_EQ(renderer.GetRangeMax().x, 10.5);
+        EXPECT_DOUBLE_EQ(renderer.GetRangeMin().y, 9.0);
+        EXPECT_DOUBLE_EQ(renderer.GetRangeMax().y, 31.0);
+        EXPECT_FALSE(renderer.GetBoundingBox().IsValid());
+        EXPECT_EQ(renderer.GetPass(), RenderPass::Screen);
+
+        // A constant series gets one unit around its value, even far from the origin.
+        renderer.SetPoints(std::vector<glm::vec2>{{0, 3}, {1, 3}, {2, 3}});
+        EXPECT_DOUBLE_EQ(renderer.GetRangeMin().y, 2.5);
+        EXPECT_DOUBLE_EQ(renderer.GetRangeMax().y, 3.5);
+        renderer.SetPoints(std::vector<glm::vec2>{{1e20f, 1e20f}});
+        EXPECT_LT(renderer.GetRangeMin().x, 1e20);
+        EXPECT_GT(renderer.GetRangeMax().y, 1e20);
+
+        renderer.SetPoints(std::vector<glm::vec2>{});
+        EXPECT_EQ(renderer.GetPointCount(), 0u);
+        EXPECT_EQ(log.messages.size(), 1u) << "good and empty data log nothing";
+
+        GraphStyle graphStyle;
+        Style plainStyle;
+        EXPECT_TRUE(renderer.IsCompatibileWithStyle(graphStyle));
+        EXPECT_FALSE(renderer.IsCompatibileWithStyle(plainStyle));
+        renderer.SetPoints(std::vector<glm::vec2>{{0, 0}, {1, 1}});
+    }
+    EXPECT_EQ(plor::PendingGlDeletes(), pendingBefore);
+}
+
+bool IsLine(const Rgba& c)
+{
+    return c.g > 180 && c.r < 80 && c.b < 80;
+}
+
+bool IsMarker(const Rgba& c)
+{
+    return c.r > 180 && c.g < 80 && c.b < 80;
+}
+
+class GraphGlTest : public GlTest {
+protected:
+    void SetUp() override
+    {
+        GlTest::SetUp();
+        if (HasFatalFailure())
+            return;
+        system_ = std::make_unique<RenderSystem>();
+        system_->SetAntiAliasingMethod(AntiAliasingMethod::Off);
+        system_->GetTextRenderer().SetFontFile(VEXA_SOURCE_ASSET_DIR "resources/InriaSans-Regular.ttf");
+    }
+
+    void TearDown() override
+    {
+        system_.reset();
+        GlTest::TearDown();
+    }
+
+    Pixels Draw(const std::shared_ptr<GraphRenderer>& renderer, const GraphStyle& style)
+    {
+        auto scene = std::make_shared<Scene>(glm::ivec4(0, 0, kSize, kSize));
+        scene->SetAxesVisible(false);
+        scene->SetGridMode(GridMode::None);
+        EXPECT_NE(scene->AddInstance(renderer, std::make_shared<GraphStyle>(style)), 0);
+        system_->ClearScenes();
+        system_->AddScene(scene);
+        system_->RenderTo(target_);
+        return ReadTarget();
+    }
+
+    static GraphStyle MakeStyle(int lineWidth, int pointSize = 0)
+    {
+        GraphStyle style;
+        style.lineWidth = lineWidth;
+        style.pointSize = pointSize;
+        style.lineColor = tesk::Color3f(0.0f, 1.0f, 0.0f);
+        style.pointColor = tesk::Color3f(1.0f, 0.0f, 0.0f);
+        return style;
+    }
+
+    /// Mean row (from the top) of the line pixels in columns [x0, x1); -1 when there are none.
+    static double MeanLineRow(const Pixels& pixels, int x0, int x1)
+    {
+        double sum = 0.0;
+        int count = 0;
+        for (int y = 0; y < pixels.Height(); ++y)
+            for (int x = x0; x < x1; ++x)
+                if (IsLine(pixels.At(x, y))) {
+                    sum += y;
+                    ++count;
+                }
+        return count > 0 ? sum / count : -1.0;
+    }
+
+    std::unique_ptr<RenderSystem> system_;
+};
+
+TEST_F(GraphGlTest, RisingDataRisesAndWiderLinesCoverMore)
+{
+    std::vector<glm::vec2> rising;
+    for (int i = 0; i <= 20; ++i)
+        rising.emplace_back(static_cast<float>(i), static_cast<float>(i * i));
+    auto renderer = std::make_shared<GraphRenderer>(rising);
+
+    const Pixels thin = Draw(renderer, MakeStyle(1));
+    const double leftRow = MeanLineRow(thin, 0, 30);
+    const double rightRow = MeanLineRow(thin, 98, kSize);
+    ASSERT_GE(leftRow, 0.0) << "no line on the left";
+    ASSERT_GE(rightRow, 0.0) << "no line on the right";
+    EXPECT_GT(leftRow, rightRow + 40.0) << "the line must climb from left to right";
+    // The line stays inside the view with room around it.
+    EXPECT_EQ(thin.Count(IsLine, 0, 0, kSize, 3), 0);
+    EXPECT_EQ(thin.Count(IsLine, 0, kSize - 3, kSize, kSize), 0);
+
+    const int thinCount = thin.Count(IsLine);
+    const int wideCount = Draw(renderer, MakeStyle(6)).Count(IsLine);
+    EXPECT_GT(thinCount, 80);
+    EXPECT_GT(wideCount, 4 * thinCount);
+
+    // The frame (in the style's colour) is drawn around the plot.
+    const Rgba frame = gl_test_support::FromFloat(0.62f, 0.62f, 0.62f);
+    EXPECT_GT(thin.Count([&](const Rgba& c) { return Near(c, frame, 6); }), 200);
+}
+
+TEST_F(GraphGlTest, MarkersFollowThePointSize)
+{
+    auto renderer = std::make_shared<GraphRenderer>(std::vector<glm::vec2>{{0, 0}, {1, 1}, {2, 0}});
+    EXPECT_EQ(Draw(renderer, MakeStyle(1, 0)).Count(IsMarker), 0);
+    const int small = Draw(renderer, MakeStyle(1, 4)).Count(IsMarker);
+    const int large = Draw(renderer, MakeStyle(1, 12)).Count(IsMarker);
+    EXPECT_GT(small, 3 * 6);
+    // Three round markers of diameter 12 cover about 3 * 113 pixels.
+    EXPECT_GT(large, 3 * 90);
+    EXPECT_LT(large, 3 * 150);
+}
+
+TEST_F(GraphGlTest, EmptyAndNonFiniteDataAreSafe)
+{
+    testing_support::LogCapture log;
+    auto renderer = std::make_shared<GraphRenderer>();
+    EXPECT_EQ(Draw(renderer, MakeStyle(3, 5)).CountDifferent(kBackground), 0);
+
+    renderer->SetPoints(std::vector<glm::vec2>{{kNaN, kNaN}, {1, kNaN}});
+    EXPECT_EQ(Draw(renderer, MakeStyle(3, 5)).CountDifferent(kBackground), 0);
+
+    // A gap in the middle still leaves both rising halves and their markers.
+    renderer->SetPoints(std::vector<glm::vec2>{{0, 0}, {1, 1}, {2, kNaN}, {3, 3}, {4, 4}});
+    const Pixels pixels = Draw(renderer, MakeStyle(2, 6));
+    EXPECT_GT(MeanLineRow(pixels, 0, 40), MeanLineRow(pixels, 88, kSize) + 40.0);
+    EXPECT_GT(pixels.Count(IsMarker), 4 * 15);
+    int fromRenderer = 0;
+    for (const auto& m : log.messages)
+        if (m.label.rfind("vexa::draw::GraphRenderer", 0) == 0)
+            ++fromRenderer;
+    EXPECT_EQ(fromRenderer, 2) << "one message per data set with non-finite points";
+}
+
+} // namespace

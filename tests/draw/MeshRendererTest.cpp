@@ -1,0 +1,329 @@
+// Mesh renderer: what a mesh looks like on screen in its colour sources and normal modes,
+// and how broken meshes are handled. The drawing tests need a display: run them under
+// `xvfb-run -a -s "-screen 0 1280x1024x24" ctest ...`.
+
+#include "GlTestSupport.h"
+#include "LogCapture.h"
+
+#include <vexa/draw/GeometryStyle.h>
+#include <vexa/draw/MeshRenderer.h>
+#include <vexa/draw/RenderSystem.h>
+#include <vexa/draw/Scene.h>
+
+#include <plor/Gl.h>
+#include <plor/Texture.h>
+
+#include <tesk/Image.h>
+#include <tesk/Mesh.h>
+
+#include <gtest/gtest.h>
+
+#include <glm/glm.hpp>
+
+#include <filesystem>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+using namespace vexa::draw;
+using gl_test_support::GlTest;
+using gl_test_support::Pixels;
+using gl_test_support::Rgba;
+
+namespace {
+
+const Rgba kBackground{0x3D, 0x3D, 0x3D, 255};
+
+/// The square -1..1 in the XY plane facing +Z, corners counter-clockwise from the bottom
+/// left, as two triangles; UVs 0..`uvScale` with v running up.
+tesk::Mesh MakeQuad(float uvScale = 0.0f)
+{
+    tesk::PointCloud vertices(std::vector<glm::vec3>{{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}});
+    if (uvScale > 0.0f)
+        vertices.SetUVs(std::vector<glm::vec2>{{0, 0}, {uvScale, 0}, {uvScale, uvScale}, {0, uvScale}});
+    return tesk::Mesh(std::move(vertices), {{0, 1, 2}, {0, 2, 3}});
+}
+
+std::shared_ptr<GeometryStyle> UnlitStyle(int colorMode, const tesk::Color3f& color = {0.2f, 0.6f, 0.2f})
+{
+    auto style = std::make_shared<GeometryStyle>();
+    style->colorMode = colorMode;
+    style->material.color = color;
+    style->material.useLighting = false;
+    return style;
+}
+
+bool IsBackground(const Rgba& c)
+{
+    return gl_test_support::Near(c, kBackground, 4);
+}
+
+/// Draws one mesh at a time through a real render system, looking at the origin from +Z so
+/// that the quad above covers the middle of the picture.
+class MeshRendererGlTest : public GlTest {
+protected:
+    void SetUp() override
+    {
+        GlTest::SetUp();
+        system_ = std::make_unique<RenderSystem>();
+        system_->SetAntiAliasingMethod(AntiAliasingMethod::Off);
+        scene_ = std::make_shared<Scene>(glm::ivec4(0, 0, kSize, kSize));
+        scene_->SetAxesVisible(false);
+        scene_->GetCamera()->SetPosition({0.0f, 0.0f, 4.0f});
+        scene_->GetCamera()->LookAt(glm::vec3(0.0f), {0.0f, 1.0f, 0.0f});
+        system_->AddScene(scene_);
+    }
+
+    // Everything holding GL objects goes while its context is still current.
+    void TearDown() override
+    {
+        scene_.reset();
+        system_.reset();
+        GlTest::TearDown();
+    }
+
+    Pixels Draw(const std::shared_ptr<MeshRenderer>& renderer, const std::shared_ptr<GeometryStyle>& style)
+    {
+        while (!scene_->GetInstances().empty())
+            scene_->RemoveInstance(scene_->GetInstances().front().handle);
+        EXPECT_GT(scene_->AddInstance(renderer, style), 0);
+        system_->RenderTo(target_);
+        EXPECT_EQ(plor::GetLastGlError(), "");
+        return ReadTarget();
+    }
+
+    /// Where a world point lands in the picture (x right, y down).
+    glm::ivec2 ToPixel(const glm::vec3& world) const
+    {
+        const glm::vec4 clip =
+            scene_->GetProjectionMatrix() * scene_->GetCamera()->GetViewMatrix() * glm::vec4(world, 1.0f);
+        const glm::vec2 ndc = glm::vec2(clip) / clip.w;
+        return {static_cast<int>((ndc.x * 0.5f + 0.5f) * kSize),
+                static_cast<int>((0.5f - ndc.y * 0.5f) * kSize)};
+    }
+
+    Rgba At(const Pixels& pixels, const glm::vec3& world) const
+    {
+        const glm::ivec2 p = ToPixel(world);
+        return pixels.At(p.x, p.y);
+    }
+
+    std::unique_ptr<RenderSystem> system_;
+    std::shared_ptr<Scene> scene_;
+};
+
+TEST_F(MeshRendererGlTest, LitMeshColoursItsMiddleByItsNormals)
+{
+    auto style = std::make_shared<GeometryStyle>();
+    style->material.color = {1.0f, 0.0f, 0.0f};
+    style->material.specular = 0.0f;
+
+    // Normals computed from the faces face the default key light.
+    const Pixels computed = Draw(std::make_shared<MeshRenderer>(MakeQuad()), style);
+    const Rgba middle = computed.At(kSize / 2, kSize / 2);
+    EXPECT_GT(middle.r, 150) << middle;
+    EXPECT_LT(middle.g, 40) << middle;
+    EXPECT_TRUE(IsBackground(computed.At(2, 2))) << computed.At(2, 2);
+
+    // The mesh's own normals are used: turned away from the lights, only ambient light is left.
+    tesk::Mesh away = MakeQuad();
+    away.GetVertices().SetNormals(std::vector<glm::vec3>(4, glm::vec3(0, 0, -1)));
+    auto awayRenderer = std::make_shared<MeshRenderer>(away);
+    EXPECT_TRUE(awayRenderer->HasMeshNormals());
+    const Rgba dim = Draw(awayRenderer, style).At(kSize / 2, kSize / 2);
+    EXPECT_LT(dim.r, 100) << dim;
+    EXPECT_GT(dim.r, 30) << "never black " << dim;
+
+    // Flat normals come from the faces whatever the mesh says.
+    style->normalsSource = NormalsSource::Flat;
+    const Rgba flat = Draw(awayRenderer, style).At(kSize / 2, kSize / 2);
+    EXPECT_TRUE(gl_test_support::Near(flat, middle, 6)) << flat << " vs " << middle;
+}
+
+TEST_F(MeshRendererGlTest, TexturedQuadShowsTheTextureUpright)
+{
+    // Top row red, bottom row blue.
+    const std::filesystem::path path = std::filesystem::temp_directory_path() / "vexa_mesh_albedo_test.png";
+    const tesk::Image image(2, 2, 3, std::vector<std::uint8_t>{255, 0, 0, 255, 0, 0, 0, 0, 255, 0, 0, 255});
+    ASSERT_TRUE(image.SavePng(path.string()));
+
+    tesk::Mesh mesh = MakeQuad(1.0f);
+    tesk::MaterialModel material("painted");
+    material.SetAlbedoTexture(path.string());
+    mesh.SetMaterial(material);
+    auto renderer = std::make_shared<MeshRenderer>(mesh);
+    ASSERT_TRUE(renderer->HasAlbedoTexturePath());
+
+    auto style = UnlitStyle(ColorMode::Texture);
+    style->albedoTexture = renderer->GetAlbedoTexture();
+    ASSERT_NE(style->albedoTexture, nullptr);
+    EXPECT_EQ(renderer->GetAlbedoTexture(), style->albedoTexture) << "the file is read once";
+    Pixels pixels = Draw(renderer, style);
+    const Rgba top = At(pixels, {0.0f, 0.5f, 0.0f});
+    const Rgba bottom = At(pixels, {0.0f, -0.5f, 0.0f});
+    EXPECT_TRUE(top.r > 200 && top.b < 50) << "top " << top;
+    EXPECT_TRUE(bottom.b > 200 && bottom.r < 50) << "bottom " << bottom;
+
+    // Without a texture in the style, texture mode still shows the mesh's own.
+    style->albedoTexture.reset();
+    pixels = Draw(renderer, style);
+    EXPECT_TRUE(gl_test_support::Near(At(pixels, {0.0f, 0.5f, 0.0f}), top, 4));
+    std::filesystem::remove(path);
+
+    // A missing file is named once in the log and leaves the mesh without a texture.
+    testing_support::LogCapture log;
+    material.SetAlbedoTexture((std::filesystem::temp_directory_path() / "vexa_no_such_albedo.png").string());
+    mesh.SetMaterial(material);
+    auto missing = std::make_shared<MeshRenderer>(mesh);
+    EXPECT_FALSE(missing->LoadAlbedoTexture());
+    EXPECT_EQ(missing->GetAlbedoTexture(), nullptr);
+    pixels = Draw(missing, style);
+    ASSERT_EQ(log.messages.size(), 1u);
+    EXPECT_NE(log.messages[0].message.find("vexa_no_such_albedo.png"), std::string::npos)
+        << log.messages[0].message;
+    EXPECT_FALSE(IsBackground(pixels.At(kSize / 2, kSize / 2))) << "still drawn";
+}
+
+TEST_F(MeshRendererGlTest, CustomColoursLandOnTheirVertices)
+{
+    auto renderer = std::make_shared<MeshRenderer>(MakeQuad());
+    const std::vector<tesk::Color3f> colors = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 1, 0}};
+    ASSERT_TRUE(renderer->SetCustomColors(colors));
+    const Pixels pixels = Draw(renderer, UnlitStyle(ColorMode::PerPoint));
+
+    const Rgba bottomLeft = At(pixels, {-0.9f, -0.9f, 0.0f});
+    const Rgba bottomRight = At(pixels, {0.9f, -0.9f, 0.0f});
+    const Rgba topRight = At(pixels, {0.9f, 0.9f, 0.0f});
+    const Rgba topLeft = At(pixels, {-0.9f, 0.9f, 0.0f});
+    EXPECT_TRUE(bottomLeft.r > 170 && bottomLeft.g < 90 && bottomLeft.b < 90) << bottomLeft;
+    EXPECT_TRUE(bottomRight.g > 170 && bottomRight.r < 90 && bottomRight.b < 90) << bottomRight;
+    EXPECT_TRUE(topRight.b > 170 && topRight.r < 90 && topRight.g < 90) << topRight;
+    EXPECT_TRUE(topLeft.r > 170 && topLeft.g > 170 && topLeft.b < 90) << topLeft;
+
+    testing_support::LogCapture log;
+    EXPECT_FALSE(renderer->SetCustomColors(std::vector<tesk::Color3f>(3)));
+    EXPECT_EQ(log.messages.size(), 1u);
+    EXPECT_TRUE(renderer->HasCustomColors());
+}
+
+TEST_F(MeshRendererGlTest, CheckerNeedsUvs)
+{
+    const auto isLight = [](const Rgba& c) { return c.r > 190 && c.r == c.g && c.g == c.b; };
+    const auto isDark = [](const Rgba& c) { return c.r < 100 && c.r == c.g && c.g == c.b; };
+    auto style = UnlitStyle(ColorMode::Checker);
+
+    auto mapped = std::make_shared<MeshRenderer>(MakeQuad(4.0f));
+    EXPECT_TRUE(mapped->HasUvs());
+    const Pixels checker = Draw(mapped, style);
+    EXPECT_GT(checker.Count(isLight), 500);
+    EXPECT_GT(checker.Count(isDark), 500);
+
+    // Without UVs the checker is not offered: the material colour shows.
+    auto plain = std::make_shared<MeshRenderer>(MakeQuad());
+    EXPECT_FALSE(plain->HasUvs());
+    const Pixels material = Draw(plain, style);
+    EXPECT_EQ(material.Count(isLight), 0);
+    EXPECT_TRUE(gl_test_support::Near(material.At(kSize / 2, kSize / 2),
+                                      gl_test_support::FromFloat(0.2f, 0.6f, 0.2f)))
+        << material.At(kSize / 2, kSize / 2);
+}
+
+TEST_F(MeshRendererGlTest, OutOfRangeFacesAreLeftOutAndTheRestDrawn)
+{
+    tesk::Mesh mesh = MakeQuad();
+    mesh.SetFaces(std::vector<glm::uvec3>{{0, 1, 2}, {0, 2, 7}, {0, 2, 3}, {9, 9, 9}});
+    testing_support::LogCapture log;
+    auto renderer = std::make_shared<MeshRenderer>(mesh);
+    ASSERT_EQ(log.messages.size(), 1u);
+    EXPECT_EQ(log.messages[0].label, "vexa::draw::MeshRenderer::MeshRenderer");
+    EXPECT_NE(log.messages[0].message.find("face 1 (0, 2, 7)"), std::string::npos) << log.messages[0].message;
+    EXPECT_NE(log.messages[0].message.find("2 of 4"), std::string::npos) << log.messages[0].message;
+    EXPECT_EQ(renderer->GetFaceCount(), 2u);
+    EXPECT_EQ(renderer->GetDroppedFaceCount(), 2u);
+
+    const Pixels pixels = Draw(renderer, UnlitStyle(ColorMode::Material));
+    const Rgba green = gl_test_support::FromFloat(0.2f, 0.6f, 0.2f);
+    // Both good triangles: either side of the diagonal.
+    EXPECT_TRUE(gl_test_support::Near(At(pixels, {0.5f, -0.5f, 0.0f}), green));
+    EXPECT_TRUE(gl_test_support::Near(At(pixels, {-0.5f, 0.5f, 0.0f}), green));
+
+    // Only bad faces: what is left is a set of points.
+    mesh.SetFaces(std::vector<glm::uvec3>{{4, 5, 6}});
+    auto pointsOnly = std::make_shared<MeshRenderer>(mesh);
+    EXPECT_EQ(pointsOnly->GetFaceCount(), 0u);
+    EXPECT_GT(Draw(pointsOnly, UnlitStyle(ColorMode::Material)).CountDifferent(kBackground, 4), 0);
+}
+
+TEST_F(MeshRendererGlTest, MeshWithoutFacesIsDrawnAsPointsInEveryMode)
+{
+    const std::vector<glm::vec3> corners = {{-1, -1, 0}, {1, -1, 0}, {0, 1, 0}};
+    auto renderer = std::make_shared<MeshRenderer>(tesk::Mesh(tesk::PointCloud(corners)));
+    auto style = UnlitStyle(ColorMode::Material, {1.0f, 1.0f, 0.0f});
+    style->pointSize = 8.0f;
+    const auto isYellow = [](const Rgba& c) { return c.r > 200 && c.g > 200 && c.b < 80; };
+    for (const int mode : {RenderMode::Points, RenderMode::Wires, RenderMode::PointsAndWires,
+                           RenderMode::Solid, RenderMode::SolidAndWires}) {
+        SCOPED_TRACE("render mode " + std::to_string(mode));
+        style->renderMode = mode;
+        const Pixels pixels = Draw(renderer, style);
+        for (const glm::vec3& corner : corners)
+            EXPECT_TRUE(isYellow(At(pixels, corner))) << At(pixels, corner);
+        // Round dots of about 8 pixels each, nothing in between.
+        EXPECT_GT(pixels.Count(isYellow), 3 * 30);
+        EXPECT_LT(pixels.Count(isYellow), 3 * 80);
+        EXPECT_TRUE(IsBackground(At(pixels, {0.0f, 0.0f, 0.0f})));
+    }
+
+    // Lit points without normals face the viewer instead of going dark.
+    style->material.useLighting = true;
+    style->renderMode = RenderMode::Points;
+    const Rgba lit = At(Draw(renderer, style), corners[2]);
+    EXPECT_GT(lit.r, 150) << lit;
+}
+
+TEST(MeshRendererTest, BuildsWithoutAnyGlContext)
+{
+    const std::size_t pendingBefore = plor::PendingGlDeletes();
+    testing_support::LogCapture log;
+    {
+        const std::filesystem::path path = std::filesystem::temp_directory_path() / "vexa_mesh_nocontext.png";
+        ASSERT_TRUE(tesk::Image(1, 1, 3, std::vector<std::uint8_t>{9, 9, 9}).SavePng(path.string()));
+
+        constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+        tesk::Mesh mesh(
+            tesk::PointCloud(std::vector<glm::vec3>{{0, 0, 0}, {2, 0, 0}, {0, 3, -1}, {kNaN, 50, 50}}),
+            {{0, 1, 2}, {1, 3, 2}});
+        tesk::MaterialModel material;
+        material.SetAlbedo({0.1f, 0.2f, 0.3f});
+        material.SetMetallic(1.0f);
+        material.SetAlbedoTexture(path.string());
+        mesh.SetMaterial(material);
+
+        MeshRenderer renderer(std::move(mesh));
+        EXPECT_EQ(mesh.VertexCount(), 0u) << "the moved-from mesh is emptied";
+        EXPECT_EQ(renderer.GetVertexCount(), 4u);
+        EXPECT_EQ(renderer.GetFaceCount(), 2u);
+        EXPECT_FALSE(renderer.HasUvs());
+        // The NaN vertex stays out of the bounds.
+        EXPECT_EQ(renderer.GetBoundingBox().min, glm::vec3(0, 0, -1));
+        EXPECT_EQ(renderer.GetBoundingBox().max, glm::vec3(2, 3, 0));
+        EXPECT_EQ(renderer.GetSuggestedMaterial().color, tesk::Color3f(0.1f, 0.2f, 0.3f));
+        EXPECT_TRUE(renderer.GetSuggestedMaterial().metallic);
+
+        EXPECT_TRUE(renderer.LoadAlbedoTexture());
+        EXPECT_TRUE(renderer.GetAlbedoTexture()->HasImage());
+        EXPECT_TRUE(renderer.SetCustomColors(std::vector<tesk::Color3f>(4)));
+        renderer.ReleaseGpuResources();
+        std::filesystem::remove(path);
+
+        // An empty mesh is drawn as nothing, with a word in the log.
+        MeshRenderer empty{tesk::Mesh()};
+        EXPECT_EQ(empty.GetVertexCount(), 0u);
+        EXPECT_FALSE(empty.GetBoundingBox().IsValid());
+    }
+    EXPECT_EQ(log.messages.size(), 1u);
+    EXPECT_EQ(plor::PendingGlDeletes(), pendingBefore);
+}
+
+} // namespace

@@ -1,0 +1,442 @@
+// Point cloud renderer and style. The pixel tests draw through a real render system and need a
+// display: run them under `xvfb-run -a -s "-screen 0 1280x1024x24" ctest ...`.
+
+#include <vexa/draw/PointCloudRenderer.h>
+#include <vexa/draw/PointCloudStyle.h>
+#include <vexa/draw/RenderSystem.h>
+#include <vexa/draw/Scene.h>
+
+#include <plor/ArrayObject.h>
+#include <plor/Gl.h>
+
+#include <tesk/ColorMap.h>
+#include <tesk/PointCloud.h>
+
+#include "GlTestSupport.h"
+#include "LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <glm/glm.hpp>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <span>
+#include <sstream>
+#include <string>
+#include <vector>
+
+using namespace vexa::draw;
+using gl_test_support::GlTest;
+using gl_test_support::Near;
+using gl_test_support::Pixels;
+using gl_test_support::Rgba;
+
+namespace {
+
+constexpr const char* kBuildLabel = "vexa::draw::PointCloudRenderer::PointCloudRenderer";
+constexpr const char* kSetColorsLabel = "vexa::draw::PointCloudRenderer::SetColors";
+const Rgba kBackground{0x3D, 0x3D, 0x3D, 255};
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+// The scene camera sits at the origin looking down -Z with a 45 degree field of view, so on
+// the 128-pixel target a point at x = +-1, z = -5 lands about 31 pixels either side of the
+// centre.
+constexpr int kLeftX = 33;
+constexpr int kRightX = 95;
+constexpr int kMidY = 64;
+const glm::vec3 kLeft{-1.0f, 0.0f, -5.0f};
+const glm::vec3 kRight{1.0f, 0.0f, -5.0f};
+
+tesk::PointCloud MakeCloud(std::vector<glm::vec3> positions, std::vector<glm::vec3> normals = {})
+{
+    tesk::PointCloud cloud(std::move(positions));
+    if (!normals.empty())
+        cloud.SetNormals(std::move(normals));
+    return cloud;
+}
+
+std::shared_ptr<PointCloudStyle> FlatStyle(int colorMode = ColorMode::Material)
+{
+    auto style = std::make_shared<PointCloudStyle>();
+    style->pointSize = 10.0f;
+    style->colorMode = colorMode;
+    style->material.color = {1.0f, 1.0f, 0.0f};
+    style->material.useLighting = false;
+    return style;
+}
+
+bool IsRed(const Rgba& c)
+{
+    return c.r > 200 && c.g < 60 && c.b < 60;
+}
+bool IsGreen(const Rgba& c)
+{
+    return c.g > 200 && c.r < 60 && c.b < 60;
+}
+bool IsBackground(const Rgba& c)
+{
+    return Near(c, kBackground, 3);
+}
+bool IsDrawn(const Rgba& c)
+{
+    return !IsBackground(c);
+}
+
+/// A render system with one bare scene over the whole test target and no anti-aliasing, so
+/// pixels are exactly what the renderer drew.
+class PointCloudGlTest : public GlTest {
+protected:
+    void SetUp() override
+    {
+        GlTest::SetUp();
+        system_ = std::make_unique<RenderSystem>();
+        system_->SetAntiAliasingMethod(AntiAliasingMethod::Off);
+        scene_ = std::make_shared<Scene>(glm::ivec4(0, 0, kSize, kSize));
+        scene_->SetAxesVisible(false);
+        scene_->SetGridMode(GridMode::None);
+        system_->AddScene(scene_);
+    }
+
+    // The system's programs and targets go while this test's context is still current: deleted
+    // later, their names would be deleted in the next test's context.
+    void TearDown() override
+    {
+        system_.reset();
+        scene_.reset();
+        GlTest::TearDown();
+    }
+
+    Pixels Draw()
+    {
+        system_->RenderTo(target_);
+        EXPECT_EQ(plor::GetLastGlError(), "");
+        return ReadTarget();
+    }
+
+    std::unique_ptr<RenderSystem> system_;
+    std::shared_ptr<Scene> scene_;
+};
+
+} // namespace
+
+TEST(PointCloudRendererTest, BuildsWithoutContextAndKeepsOnlyFinitePointsInItsBounds)
+{
+    testing_support::LogCapture log;
+    {
+        tesk::PointCloud cloud =
+            MakeCloud({{1, 2, 3}, {kNaN, 0, 0}, {-1, 5, 0}, {0, std::numeric_limits<float>::infinity(), 9}},
+                      {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}, {0, 0, 1}});
+        PointCloudRenderer renderer(cloud);
+        EXPECT_EQ(renderer.GetPointCount(), 4u);
+        EXPECT_EQ(renderer.GetNonFiniteCount(), 2u);
+        EXPECT_TRUE(renderer.HasNormals());
+        EXPECT_EQ(renderer.GetBoundingBox(), geom::Aabb3f(glm::vec3(-1, 2, 0), glm::vec3(1, 5, 3)));
+        // Positions and normals wait on the CPU, copied once.
+        EXPECT_TRUE(renderer.HasPendingData());
+        EXPECT_EQ(renderer.GetCpuDataBytes(), 2 * 4 * sizeof(glm::vec3));
+        EXPECT_TRUE(renderer.SetColors(std::vector<tesk::Color3f>(4, tesk::Color3f(1, 0, 0))));
+        EXPECT_EQ(renderer.GetCpuDataBytes(), 3 * 4 * sizeof(glm::vec3));
+        PointCloudStyle style;
+        EXPECT_TRUE(renderer.IsCompatibileWithStyle(style));
+        EXPECT_FALSE(renderer.IsCompatibileWithStyle(Style()));
+    }
+    EXPECT_TRUE(log.Contains("2 of 4 points have a non-finite coordinate and are not drawn", kBuildLabel));
+    EXPECT_EQ(plor::PendingGlDeletes(), 0u);
+
+    // A finite cloud takes the fast path: extremes in every position of the four-point blocks
+    // and in the tail past the last whole block still count.
+    std::vector<glm::vec3> many(1003, glm::vec3(0.5f));
+    many[1] = {-3.0f, 0.5f, 0.5f};
+    many[502] = {0.5f, 7.0f, -2.0f};
+    many[999] = {0.5f, -4.0f, 0.5f};
+    many[1001] = {9.0f, 0.5f, 6.0f};
+    const PointCloudRenderer finite(MakeCloud(many));
+    EXPECT_EQ(finite.GetNonFiniteCount(), 0u);
+    EXPECT_EQ(finite.GetBoundingBox(), geom::Aabb3f(glm::vec3(-3, -4, -2), glm::vec3(9, 7, 6)));
+    many[1002].y = kNaN;
+    EXPECT_EQ(PointCloudRenderer(MakeCloud(many)).GetNonFiniteCount(), 1u);
+
+    // No point at all, or no finite point: nothing to frame.
+    PointCloudRenderer empty{tesk::PointCloud()};
+    EXPECT_TRUE(log.Contains("The point cloud is empty; nothing will be drawn", kBuildLabel));
+    EXPECT_EQ(empty.GetPointCount(), 0u);
+    EXPECT_TRUE(empty.GetBoundingBox().IsEmpty());
+    EXPECT_FALSE(empty.HasPendingData());
+    PointCloudRenderer allBad(MakeCloud({{kNaN, kNaN, kNaN}}));
+    EXPECT_TRUE(allBad.GetBoundingBox().IsEmpty());
+    EXPECT_EQ(plor::PendingGlDeletes(), 0u);
+}
+
+TEST(PointCloudRendererTest, ColoursOfTheWrongSizeAreRefused)
+{
+    PointCloudRenderer renderer(MakeCloud({{0, 0, 0}, {1, 1, 1}}));
+    testing_support::LogCapture log;
+    const std::vector<tesk::Color3f> three(3, tesk::Color3f(1, 0, 0));
+    EXPECT_FALSE(renderer.SetColors(three));
+    EXPECT_FALSE(renderer.SetColors(std::vector<tesk::Color3f>{}));
+    EXPECT_FALSE(renderer.HasColors());
+    EXPECT_TRUE(log.Contains("Got 3 colours for 2 points; keeping the previous colours", kSetColorsLabel));
+    EXPECT_TRUE(log.Contains("Got 0 colours for 2 points; keeping the previous colours", kSetColorsLabel));
+
+    const std::vector<tesk::Color3f> two(2, tesk::Color3f(0, 1, 0));
+    EXPECT_TRUE(renderer.SetColors(two));
+    EXPECT_FALSE(renderer.SetColors(three));
+    EXPECT_TRUE(renderer.HasColors()) << "a refused set keeps the previous colours";
+    renderer.ClearColors();
+    EXPECT_FALSE(renderer.HasColors());
+    EXPECT_EQ(renderer.GetCpuDataBytes(), 2 * sizeof(glm::vec3));
+
+    PointCloudRenderer empty;
+    EXPECT_FALSE(empty.SetColors(std::vector<tesk::Color3f>{}));
+    EXPECT_TRUE(log.Contains("The point cloud is empty; there is nothing to colour", kSetColorsLabel));
+}
+
+TEST(PointCloudStyleTest, StreamRoundTripAndDamagedBlocks)
+{
+    PointCloudStyle style;
+    EXPECT_FLOAT_EQ(style.normalLength, PointCloudStyle::kDefaultNormalLength);
+    style.pointSize = 7.0f;
+    style.cullBackFacing = true;
+    style.colorMode = ColorMode::Normals;
+    style.useNormals = false;
+    style.showNormals = true;
+    style.normalLength = 0.25f;
+    style.material.color = {0.1f, 0.2f, 0.3f};
+    style.material.shininess = 64.0f;
+    style.visible = false;
+    style.color = {0.9f, 0.8f, 0.7f};
+    std::stringstream stream;
+    style.WriteToStream(stream);
+    const std::string block = stream.str();
+
+    PointCloudStyle read;
+    std::istringstream in(block);
+    ASSERT_TRUE(read.ReadFromStream(in));
+    EXPECT_EQ(read.pointSize, 7.0f);
+    EXPECT_TRUE(read.cullBackFacing);
+    EXPECT_EQ(read.colorMode, ColorMode::Normals);
+    EXPECT_FALSE(read.useNormals);
+    EXPECT_TRUE(read.showNormals);
+    EXPECT_EQ(read.normalLength, 0.25f);
+    EXPECT_EQ(read.material, style.material);
+    EXPECT_FALSE(read.visible);
+    EXPECT_EQ(read.color, style.color);
+    EXPECT_EQ(in.peek(), std::char_traits<char>::eof()) << "the whole block is consumed";
+
+    // Every cut leaves a fresh style untouched.
+    testing_support::LogCapture log;
+    const PointCloudStyle fresh;
+    for (std::size_t length = 0; length < block.size(); ++length) {
+        PointCloudStyle target;
+        std::istringstream cut(block.substr(0, length));
+        EXPECT_FALSE(target.ReadFromStream(cut)) << "cut at " << length;
+        EXPECT_EQ(target.pointSize, fresh.pointSize) << "cut at " << length;
+        EXPECT_EQ(target.colorMode, fresh.colorMode) << "cut at " << length;
+        EXPECT_EQ(target.material, fresh.material) << "cut at " << length;
+        EXPECT_EQ(target.visible, fresh.visible) << "cut at " << length;
+    }
+
+    // A colour mode points cannot draw, or a newer version, is refused too.
+    std::string badMode = block;
+    badMode[4 + 4 + 1] = 6; // colour mode Texture
+    PointCloudStyle target;
+    std::istringstream badModeIn(badMode);
+    EXPECT_FALSE(target.ReadFromStream(badModeIn));
+    EXPECT_EQ(target.colorMode, ColorMode::Material);
+    EXPECT_TRUE(log.Contains("Unknown point colour mode 6; keeping the current values",
+                             "vexa::draw::PointCloudStyle::ReadFromStream"));
+    std::string badVersion = block;
+    badVersion[0] = 2;
+    std::istringstream badVersionIn(badVersion);
+    EXPECT_FALSE(target.ReadFromStream(badVersionIn));
+    EXPECT_EQ(target.pointSize, fresh.pointSize);
+}
+
+TEST_F(PointCloudGlTest, PerPointColoursLandWhereTheirPointsAre)
+{
+    auto renderer = std::make_shared<PointCloudRenderer>(MakeCloud({kLeft, kRight}));
+    ASSERT_TRUE(renderer->SetColors(std::vector<tesk::Color3f>{{1, 0, 0}, {0, 1, 0}}));
+    auto style = FlatStyle(ColorMode::PerPoint);
+    ASSERT_GT(scene_->AddInstance(renderer, style), 0);
+
+    Pixels pixels = Draw();
+    EXPECT_TRUE(IsRed(pixels.At(kLeftX, kMidY))) << pixels.At(kLeftX, kMidY);
+    EXPECT_TRUE(IsGreen(pixels.At(kRightX, kMidY))) << pixels.At(kRightX, kMidY);
+    EXPECT_EQ(pixels.Count(IsRed, 64, 0, kSize, kSize), 0) << "red only on the left";
+    EXPECT_EQ(pixels.Count(IsGreen, 0, 0, 64, kSize), 0) << "green only on the right";
+    // A round sprite of about 10 pixels: more than a 6x6 square, less than its 10x10 box.
+    const int redPixels = pixels.Count(IsRed);
+    EXPECT_GT(redPixels, 50);
+    EXPECT_LE(redPixels, 100);
+    EXPECT_TRUE(IsBackground(pixels.At(kLeftX - 5, kMidY - 5))) << "corner of the sprite is cut away";
+
+    // Colours replaced in place swap the sides; the material mode ignores them.
+    ASSERT_TRUE(renderer->SetColors(std::vector<tesk::Color3f>{{0, 1, 0}, {1, 0, 0}}));
+    pixels = Draw();
+    EXPECT_TRUE(IsGreen(pixels.At(kLeftX, kMidY))) << pixels.At(kLeftX, kMidY);
+    EXPECT_TRUE(IsRed(pixels.At(kRightX, kMidY))) << pixels.At(kRightX, kMidY);
+    style->colorMode = ColorMode::Material;
+    pixels = Draw();
+    EXPECT_TRUE(Near(pixels.At(kLeftX, kMidY), Rgba{255, 255, 0, 255})) << pixels.At(kLeftX, kMidY);
+
+    // A bigger point size covers more pixels.
+    style->pointSize = 20.0f;
+    pixels = Draw();
+    EXPECT_GT(pixels.CountDifferent(kBackground), 4 * redPixels);
+}
+
+TEST_F(PointCloudGlTest, DataMappedThroughAColourMapShowsTheMapsEnds)
+{
+    auto renderer = std::make_shared<PointCloudRenderer>(MakeCloud({kLeft, kRight}));
+    const std::vector<float> values{0.0f, 1.0f};
+    ASSERT_TRUE(renderer->SetColors(tesk::MapValuesToColors(values, tesk::ColorMap::Thermal)));
+    ASSERT_GT(scene_->AddInstance(renderer, FlatStyle(ColorMode::PerPoint)), 0);
+
+    const Pixels pixels = Draw();
+    const std::span<const tesk::Color3f> keys = tesk::ColorMapKeys(tesk::ColorMap::Thermal);
+    const Rgba first = gl_test_support::FromFloat(keys.front().r, keys.front().g, keys.front().b);
+    const Rgba last = gl_test_support::FromFloat(keys.back().r, keys.back().g, keys.back().b);
+    EXPECT_TRUE(Near(pixels.At(kLeftX, kMidY), first)) << pixels.At(kLeftX, kMidY) << " vs " << first;
+    EXPECT_TRUE(Near(pixels.At(kRightX, kMidY), last)) << pixels.At(kRightX, kMidY) << " vs " << last;
+}
+
+TEST_F(PointCloudGlTest, NormalsColourLightAndCullThePoints)
+{
+    // Left faces the camera (+Z), right faces away (-Z).
+    auto renderer = std::make_shared<PointCloudRenderer>(MakeCloud({kLeft, kRight}, {{0, 0, 1}, {0, 0, -1}}));
+    auto style = FlatStyle(ColorMode::Normals);
+    ASSERT_GT(scene_->AddInstance(renderer, style), 0);
+
+    Pixels pixels = Draw();
+    EXPECT_TRUE(Near(pixels.At(kLeftX, kMidY), Rgba{128, 128, 255, 255}, 4)) << pixels.At(kLeftX, kMidY);
+    EXPECT_TRUE(Near(pixels.At(kRightX, kMidY), Rgba{128, 128, 0, 255}, 4)) << pixels.At(kRightX, kMidY);
+
+    // Culling removes the point that faces away, and only that one.
+    style->cullBackFacing = true;
+    pixels = Draw();
+    EXPECT_FALSE(IsBackground(pixels.At(kLeftX, kMidY)));
+    EXPECT_EQ(pixels.Count(IsDrawn, 64, 0, kSize, kSize), 0) << "nothing is left on the right";
+
+    // Without normals in use there is nothing to cull or colour by: both points in the material colour.
+    style->useNormals = false;
+    pixels = Draw();
+    EXPECT_TRUE(Near(pixels.At(kLeftX, kMidY), Rgba{255, 255, 0, 255})) << pixels.At(kLeftX, kMidY);
+    EXPECT_TRUE(Near(pixels.At(kRightX, kMidY), Rgba{255, 255, 0, 255})) << pixels.At(kRightX, kMidY);
+
+    // Lit, a point turned towards the light is brighter than the flat colour's ambient part.
+    style->useNormals = true;
+    style->cullBackFacing = false;
+    style->colorMode = ColorMode::Material;
+    style->material.useLighting = true;
+    style->material.color = {1.0f, 1.0f, 1.0f};
+    style->material.specular = 0.0f;
+    auto headlight = std::make_shared<Light>();
+    headlight->direction = {0.0f, 0.0f, -1.0f};
+    headlight->intensity = 0.5f;
+    scene_->SetLights({headlight});
+    pixels = Draw();
+    // Ambient 0.25 plus half the light head-on: 0.75 of white, on both sides (two-sided).
+    EXPECT_TRUE(Near(pixels.At(kLeftX, kMidY), Rgba{191, 191, 191, 255}, 4)) << pixels.At(kLeftX, kMidY);
+    EXPECT_TRUE(Near(pixels.At(kRightX, kMidY), Rgba{191, 191, 191, 255}, 4)) << pixels.At(kRightX, kMidY);
+}
+
+TEST_F(PointCloudGlTest, NormalLinesAndOrientedDiscs)
+{
+    // A point whose normal points right (+X) shows as a thin disc seen edge-on, and its normal
+    // line runs to the right.
+    auto renderer = std::make_shared<PointCloudRenderer>(MakeCloud({kLeft}, {{1, 0, 0}}));
+    auto style = FlatStyle();
+    style->material.color = {1.0f, 0.0f, 0.0f};
+    style->color = {0.0f, 1.0f, 0.0f};
+    style->normalLength = 1.0f;
+    ASSERT_GT(scene_->AddInstance(renderer, style), 0);
+
+    Pixels pixels = Draw();
+    EXPECT_EQ(pixels.Count(IsGreen), 0);
+    const int edgeOn = pixels.Count(IsRed);
+    EXPECT_GT(edgeOn, 0);
+    EXPECT_TRUE(IsBackground(pixels.At(kLeftX + 4, kMidY))) << "the disc is narrow across";
+    EXPECT_TRUE(IsRed(pixels.At(kLeftX, kMidY - 4))) << "and full height";
+
+    style->showNormals = true;
+    pixels = Draw();
+    // One unit at five units' distance is about 31 pixels to the right.
+    EXPECT_GT(pixels.Count(IsGreen, kLeftX + 6, kMidY - 2, kLeftX + 28, kMidY + 2), 15);
+    EXPECT_EQ(pixels.Count(IsGreen, 0, 0, kLeftX - 2, kSize), 0);
+
+    // Without normals in use the line goes and the disc turns round.
+    style->useNormals = false;
+    pixels = Draw();
+    EXPECT_EQ(pixels.Count(IsGreen), 0);
+    EXPECT_GT(pixels.Count(IsRed), edgeOn * 2);
+}
+
+TEST_F(PointCloudGlTest, EmptyAndNonFiniteCloudsDrawSafely)
+{
+    testing_support::LogCapture log;
+    auto empty = std::make_shared<PointCloudRenderer>(tesk::PointCloud());
+    auto broken = std::make_shared<PointCloudRenderer>(
+        MakeCloud({{kNaN, 0.0f, -5.0f}, kRight, {0.0f, std::numeric_limits<float>::infinity(), -5.0f}},
+                  {{0, 0, 1}, {kNaN, kNaN, kNaN}, {0, 0, 1}}));
+    ASSERT_GT(scene_->AddInstance(empty, FlatStyle()), 0);
+    auto style = FlatStyle();
+    style->showNormals = true;
+    style->material.useLighting = true;
+    ASSERT_GT(scene_->AddInstance(broken, style), 0);
+    EXPECT_TRUE(log.Contains("2 of 3 points have a non-finite coordinate and are not drawn", kBuildLabel));
+
+    const Pixels pixels = Draw();
+    // Only the finite point shows (its broken normal just leaves it unoriented).
+    EXPECT_FALSE(IsBackground(pixels.At(kRightX, kMidY))) << pixels.At(kRightX, kMidY);
+    EXPECT_EQ(pixels.Count(IsDrawn, 0, 0, 80, kSize), 0);
+    EXPECT_LT(pixels.CountDifferent(kBackground), 150);
+}
+
+TEST_F(PointCloudGlTest, CameraMovesUploadNothingAndColoursUploadOnlyTheirBuffer)
+{
+    constexpr std::size_t kCount = 1000;
+    std::vector<glm::vec3> positions(kCount);
+    std::vector<glm::vec3> normals(kCount, glm::vec3(0, 0, 1));
+    for (std::size_t i = 0; i < kCount; ++i)
+        positions[i] = {std::cos(0.1f * static_cast<float>(i)), std::sin(0.1f * static_cast<float>(i)),
+                        -5.0f};
+    auto renderer = std::make_shared<PointCloudRenderer>(MakeCloud(positions, normals));
+    auto style = FlatStyle();
+    ASSERT_GT(scene_->AddInstance(renderer, style), 0);
+
+    const std::uint64_t uploadsBefore = plor::ArrayObject::GetUploadCount();
+    const std::uint64_t bytesBefore = plor::ArrayObject::GetUploadedBytes();
+    Draw();
+    EXPECT_FALSE(renderer->HasPendingData());
+    EXPECT_EQ(renderer->GetCpuDataBytes(), 0u) << "the CPU copy goes once uploaded";
+    EXPECT_EQ(plor::ArrayObject::GetUploadedBytes() - bytesBefore, 2 * kCount * sizeof(glm::vec3));
+
+    const std::uint64_t uploadsAfterFirst = plor::ArrayObject::GetUploadCount();
+    EXPECT_EQ(uploadsAfterFirst - uploadsBefore, 2u) << "positions and normals";
+    scene_->GetCamera()->Pan(0.05f);
+    const Pixels moved = Draw();
+    scene_->GetCamera()->Tilt(0.05f);
+    Draw();
+    EXPECT_EQ(plor::ArrayObject::GetUploadCount(), uploadsAfterFirst) << "a camera move uploads nothing";
+    EXPECT_GT(moved.CountDifferent(kBackground), 0);
+
+    // New colours: one upload of exactly the colour bytes, each time.
+    for (int round = 0; round < 2; ++round) {
+        const std::uint64_t uploads = plor::ArrayObject::GetUploadCount();
+        const std::uint64_t bytes = plor::ArrayObject::GetUploadedBytes();
+        ASSERT_TRUE(renderer->SetColors(std::vector<tesk::Color3f>(kCount, tesk::Color3f(0, 0, 1))));
+        EXPECT_EQ(renderer->GetCpuDataBytes(), kCount * sizeof(tesk::Color3f));
+        Draw();
+        EXPECT_EQ(plor::ArrayObject::GetUploadCount() - uploads, 1u) << "round " << round;
+        EXPECT_EQ(plor::ArrayObject::GetUploadedBytes() - bytes, kCount * sizeof(tesk::Color3f))
+            << "round " << round;
+        EXPECT_EQ(renderer->GetCpuDataBytes(), 0u);
+    }
+
+    // Released, the renderer draws nothing rather than half a cloud.
+    renderer->ReleaseGpuResources();
+    const Pixels released = Draw();
+    EXPECT_EQ(released.CountDifferent(kBackground), 0);
+}

@@ -1,0 +1,323 @@
+// Skeleton style and renderer: the style's state block, the pose's bounds, and what each
+// render mode draws. The drawing tests need a display: run them under
+// `xvfb-run -a -s "-screen 0 1280x1024x24" ctest ...`.
+
+#include "GlTestSupport.h"
+#include "LogCapture.h"
+
+#include <vexa/draw/RenderContext.h>
+#include <vexa/draw/RenderSystem.h>
+#include <vexa/draw/Scene.h>
+#include <vexa/draw/SkeletonRenderer.h>
+#include <vexa/draw/SkeletonStyle.h>
+
+#include <plor/ArrayObject.h>
+#include <plor/Gl.h>
+#include <plor/Program.h>
+
+#include <glbinding/gl/gl.h>
+#include <gtest/gtest.h>
+
+#include <glm/glm.hpp>
+#include <glm/gtc/matrix_transform.hpp>
+#include <glm/gtc/quaternion.hpp>
+
+#include <memory>
+#include <sstream>
+#include <string>
+
+using namespace vexa::draw;
+using gl_test_support::GlTest;
+using gl_test_support::Pixels;
+using gl_test_support::Rgba;
+
+namespace {
+
+const Rgba kBackground{0x3D, 0x3D, 0x3D, 255};
+
+/// A root at (-1, 0, 0) and one child 2 units to its right: a single horizontal bone.
+tesk::Skeleton MakeArm()
+{
+    tesk::Skeleton skeleton;
+    skeleton.AddJoint("shoulder", -1, {-1.0f, 0.0f, 0.0f});
+    skeleton.AddJoint("hand", 0, {2.0f, 0.0f, 0.0f});
+    return skeleton;
+}
+
+std::shared_ptr<SkeletonStyle> RedBones(int mode, bool joints = false)
+{
+    auto style = std::make_shared<SkeletonStyle>();
+    style->renderMode = mode;
+    style->showJoints = joints;
+    style->enableLighting = false;
+    style->boneColor = {1.0f, 0.0f, 0.0f};
+    style->jointColor = {0.0f, 1.0f, 0.0f};
+    return style;
+}
+
+bool IsRed(const Rgba& c)
+{
+    return c.r > 200 && c.g < 60 && c.b < 60;
+}
+
+bool IsGreen(const Rgba& c)
+{
+    return c.g > 200 && c.r < 60 && c.b < 60;
+}
+
+bool IsDrawn(const Rgba& c)
+{
+    return !gl_test_support::Near(c, kBackground, 4);
+}
+
+class SkeletonRendererGlTest : public GlTest {
+protected:
+    void SetUp() override
+    {
+        GlTest::SetUp();
+        system_ = std::make_unique<RenderSystem>();
+        system_->SetAntiAliasingMethod(AntiAliasingMethod::Off);
+        scene_ = std::make_shared<Scene>(glm::ivec4(0, 0, kSize, kSize));
+        scene_->SetAxesVisible(false);
+        scene_->GetCamera()->SetPosition({0.0f, 0.0f, 5.0f});
+        scene_->GetCamera()->LookAt(glm::vec3(0.0f), {0.0f, 1.0f, 0.0f});
+        system_->AddScene(scene_);
+    }
+
+    // Everything holding GL objects goes while its context is still current.
+    void TearDown() override
+    {
+        scene_.reset();
+        system_.reset();
+        GlTest::TearDown();
+    }
+
+    Pixels Draw(const std::shared_ptr<SkeletonRenderer>& renderer,
+                const std::shared_ptr<SkeletonStyle>& style)
+    {
+        while (!scene_->GetInstances().empty())
+            scene_->RemoveInstance(scene_->GetInstances().front().handle);
+        EXPECT_GT(scene_->AddInstance(renderer, style), 0);
+        system_->RenderTo(target_);
+        EXPECT_EQ(plor::GetLastGlError(), "");
+        return ReadTarget();
+    }
+
+    glm::ivec2 ToPixel(const glm::vec3& world) const
+    {
+        const glm::vec4 clip =
+            scene_->GetProjectionMatrix() * scene_->GetCamera()->GetViewMatrix() * glm::vec4(world, 1.0f);
+        const glm::vec2 ndc = glm::vec2(clip) / clip.w;
+        return {static_cast<int>((ndc.x * 0.5f + 0.5f) * kSize),
+                static_cast<int>((0.5f - ndc.y * 0.5f) * kSize)};
+    }
+
+    /// Pixels passing `test` within `radius` pixels of where `world` lands.
+    int CountAround(const Pixels& pixels, const glm::vec3& world, int radius, bool (*test)(const Rgba&)) const
+    {
+        const glm::ivec2 p = ToPixel(world);
+        return pixels.Count(test, p.x - radius, p.y - radius, p.x + radius + 1, p.y + radius + 1);
+    }
+
+    std::unique_ptr<RenderSystem> system_;
+    std::shared_ptr<Scene> scene_;
+};
+
+TEST_F(SkeletonRendererGlTest, StickmanDrawsALineBetweenTheJoints)
+{
+    auto renderer = std::make_shared<SkeletonRenderer>(MakeArm());
+    const Pixels pixels = Draw(renderer, RedBones(SkeletonRenderMode::Stickman));
+
+    // Along the bone, a thin red line; above and below it nothing.
+    for (const float x : {-0.75f, -0.25f, 0.25f, 0.75f}) {
+        EXPECT_GT(CountAround(pixels, {x, 0.0f, 0.0f}, 1, IsRed), 0) << "at x = " << x;
+        EXPECT_EQ(CountAround(pixels, {x, 0.3f, 0.0f}, 2, IsDrawn), 0) << "above x = " << x;
+        EXPECT_EQ(CountAround(pixels, {x, -0.3f, 0.0f}, 2, IsDrawn), 0) << "below x = " << x;
+    }
+    // Nothing past the joints.
+    EXPECT_EQ(CountAround(pixels, {-1.3f, 0.0f, 0.0f}, 2, IsDrawn), 0);
+    EXPECT_EQ(CountAround(pixels, {1.3f, 0.0f, 0.0f}, 2, IsDrawn), 0);
+}
+
+TEST_F(SkeletonRendererGlTest, OctahedronsFillMoreThanWiresAndWiresMoreThanSticks)
+{
+    auto renderer = std::make_shared<SkeletonRenderer>(MakeArm());
+    const int stick = Draw(renderer, RedBones(SkeletonRenderMode::Stickman)).Count(IsDrawn);
+    const Pixels wired = Draw(renderer, RedBones(SkeletonRenderMode::WiredOctahedron));
+    const Pixels solid = Draw(renderer, RedBones(SkeletonRenderMode::Octahedron));
+    EXPECT_GT(wired.Count(IsDrawn), stick + 20);
+    EXPECT_GT(solid.Count(IsDrawn), 2 * stick);
+    EXPECT_GT(solid.Count(IsDrawn), wired.Count(IsDrawn));
+
+    // The solid is widest a fifth along the bone from the parent and closes to points.
+    const glm::ivec2 widest = ToPixel({-0.6f, 0.0f, 0.0f});
+    const glm::ivec2 narrow = ToPixel({0.8f, 0.0f, 0.0f});
+    const int widestColumn = solid.Count(IsRed, widest.x, 0, widest.x + 1, kSize);
+    const int narrowColumn = solid.Count(IsRed, narrow.x, 0, narrow.x + 1, kSize);
+    EXPECT_GT(widestColumn, 2 * narrowColumn) << widestColumn << " vs " << narrowColumn;
+
+    // Lighting shades the faces: no longer one flat colour.
+    auto lit = RedBones(SkeletonRenderMode::Octahedron);
+    lit->enableLighting = true;
+    const Pixels shaded = Draw(renderer, lit);
+    EXPECT_GT(shaded.Count(IsDrawn), 0);
+    EXPECT_LT(shaded.Count(IsRed), shaded.Count(IsDrawn));
+}
+
+TEST_F(SkeletonRendererGlTest, JointsAndAxesShowWhenAskedFor)
+{
+    auto renderer = std::make_shared<SkeletonRenderer>(MakeArm());
+    const Pixels with = Draw(renderer, RedBones(SkeletonRenderMode::Stickman, true));
+    EXPECT_GT(CountAround(with, {-1.0f, 0.0f, 0.0f}, 4, IsGreen), 10);
+    EXPECT_GT(CountAround(with, {1.0f, 0.0f, 0.0f}, 4, IsGreen), 10);
+    const Pixels without = Draw(renderer, RedBones(SkeletonRenderMode::Stickman, false));
+    EXPECT_EQ(without.Count(IsGreen), 0);
+
+    // Axes: the Y axis of the hand points up the screen in green-ish, X along the bone in red.
+    auto basis = RedBones(SkeletonRenderMode::Stickman);
+    basis->boneColor = {1.0f, 1.0f, 1.0f};
+    basis->showBasis = true;
+    const Pixels axes = Draw(renderer, basis);
+    const auto isAxisGreen = [](const Rgba& c) { return c.g > 150 && c.r < 80 && c.b < 80; };
+    const glm::ivec2 above = ToPixel({1.0f, 0.1f, 0.0f});
+    EXPECT_GT(axes.Count(isAxisGreen, above.x - 2, above.y - 2, above.x + 3, above.y + 3), 0);
+    EXPECT_EQ(Draw(renderer, RedBones(SkeletonRenderMode::Stickman)).Count(isAxisGreen), 0);
+}
+
+TEST_F(SkeletonRendererGlTest, SetPoseMovesTheDrawnBoneAndUploadsOnlyOnChange)
+{
+    auto renderer = std::make_shared<SkeletonRenderer>(MakeArm());
+    auto style = RedBones(SkeletonRenderMode::Stickman);
+    EXPECT_GT(CountAround(Draw(renderer, style), {0.5f, 0.0f, 0.0f}, 1, IsRed), 0);
+
+    // A quarter turn of the shoulder about Z swings the hand up to (-1, 2, 0).
+    tesk::SkeletonPose pose = renderer->GetSkeleton().GetRestPose();
+    ASSERT_TRUE(
+        pose.SetJoint(0, {-1.0f, 0.0f, 0.0f}, glm::angleAxis(glm::radians(90.0f), glm::vec3(0, 0, 1))));
+    ASSERT_TRUE(renderer->SetPose(pose));
+    EXPECT_NEAR(glm::distance(glm::vec3(renderer->GetGlobalMatrices()[1][3]), glm::vec3(-1, 2, 0)), 0.0f,
+                1e-5f);
+    const Pixels moved = Draw(renderer, style);
+    EXPECT_EQ(CountAround(moved, {0.5f, 0.0f, 0.0f}, 2, IsRed), 0);
+    EXPECT_GT(CountAround(moved, {-1.0f, 1.0f, 0.0f}, 1, IsRed), 0);
+
+    // A pose of another skeleton is refused and the drawn one stays.
+    testing_support::LogCapture log;
+    EXPECT_FALSE(renderer->SetPose(tesk::SkeletonPose(5)));
+    EXPECT_EQ(log.messages.size(), 1u);
+    EXPECT_NEAR(glm::distance(glm::vec3(renderer->GetGlobalMatrices()[1][3]), glm::vec3(-1, 2, 0)), 0.0f,
+                1e-5f);
+
+    // Straight to the renderer, so nothing else in the frame uploads: a still pose costs no
+    // transfer, a new pose exactly one.
+    plor::ProgramList programs;
+    RenderContext context;
+    context.programs = &programs;
+    context.view = scene_->GetCamera()->GetViewMatrix();
+    context.projection = scene_->GetProjectionMatrix();
+    context.viewProjection = context.projection * context.view;
+    context.glViewport = {0, 0, kSize, kSize};
+    context.framebufferSize = {kSize, kSize};
+    target_.Bind();
+    renderer->Render(context, *style);
+    const std::uint64_t uploads = plor::ArrayObject::GetUploadCount();
+    renderer->Render(context, *style);
+    renderer->Render(context, *style);
+    EXPECT_EQ(plor::ArrayObject::GetUploadCount(), uploads);
+    ASSERT_TRUE(renderer->SetPose(renderer->GetSkeleton().GetRestPose()));
+    renderer->Render(context, *style);
+    EXPECT_EQ(plor::ArrayObject::GetUploadCount(), uploads + 1);
+    programs.ReleaseAll();
+}
+
+TEST(SkeletonRendererTest, BoundsFollowThePoseWithoutAnyGlContext)
+{
+    const std::size_t pendingBefore = plor::PendingGlDeletes();
+    {
+        tesk::Skeleton skeleton;
+        skeleton.AddJoint("hips", -1, {0.0f, 1.0f, 0.0f});
+        skeleton.AddJoint("knee", 0, {0.2f, -0.5f, 0.1f});
+        skeleton.AddJoint("foot", 1, {0.0f, -0.5f, -0.3f});
+        SkeletonRenderer renderer(skeleton);
+        EXPECT_EQ(renderer.GetJointCount(), 3u);
+        EXPECT_EQ(renderer.GetBoneCount(), 2u);
+        geom::TAabb<3, float> box = renderer.GetBoundingBox();
+        ASSERT_TRUE(box.IsValid());
+        EXPECT_NEAR(glm::distance(box.min, glm::vec3(0.0f, 0.0f, -0.2f)), 0.0f, 1e-5f);
+        EXPECT_NEAR(glm::distance(box.max, glm::vec3(0.2f, 1.0f, 0.1f)), 0.0f, 1e-5f);
+
+        // Moving the root moves the box.
+        tesk::SkeletonPose pose = skeleton.GetRestPose();
+        ASSERT_TRUE(pose.SetJoint(0, {10.0f, 1.0f, 0.0f}, glm::quat(1, 0, 0, 0)));
+        ASSERT_TRUE(renderer.SetPose(pose));
+        box = renderer.GetBoundingBox();
+        EXPECT_NEAR(glm::distance(box.min, glm::vec3(10.0f, 0.0f, -0.2f)), 0.0f, 1e-5f);
+
+        SkeletonStyle style;
+        EXPECT_TRUE(renderer.IsCompatibileWithStyle(style));
+        EXPECT_FALSE(renderer.IsCompatibileWithStyle(Style()));
+        renderer.ReleaseGpuResources();
+
+        // A skeleton flat along some axis has no valid box (a camera cannot frame it).
+        EXPECT_FALSE(SkeletonRenderer(MakeArm()).GetBoundingBox().IsValid());
+        testing_support::LogCapture log;
+        EXPECT_FALSE(SkeletonRenderer(tesk::Skeleton()).GetBoundingBox().IsValid());
+        EXPECT_EQ(log.messages.size(), 1u);
+    }
+    EXPECT_EQ(plor::PendingGlDeletes(), pendingBefore);
+}
+
+TEST(SkeletonStyleTest, StreamRoundTripKeepsValuesAndRefusesDamagedBlocks)
+{
+    SkeletonStyle written;
+    written.renderMode = SkeletonRenderMode::Stickman;
+    written.showJoints = false;
+    written.enableLighting = false;
+    written.showBasis = true;
+    written.boneColor = {0.1f, 0.2f, 0.3f};
+    written.jointColor = {0.4f, 0.5f, 0.6f};
+    written.lineWidth = 3.5f;
+    written.visible = false;
+    written.color = {0.7f, 0.8f, 0.9f};
+    std::stringstream stream;
+    written.WriteToStream(stream);
+    const std::string bytes = stream.str();
+
+    SkeletonStyle read;
+    std::istringstream in(bytes);
+    ASSERT_TRUE(read.ReadFromStream(in));
+    EXPECT_EQ(read.renderMode, SkeletonRenderMode::Stickman);
+    EXPECT_FALSE(read.showJoints);
+    EXPECT_FALSE(read.enableLighting);
+    EXPECT_TRUE(read.showBasis);
+    EXPECT_EQ(read.boneColor, written.boneColor);
+    EXPECT_EQ(read.jointColor, written.jointColor);
+    EXPECT_EQ(read.lineWidth, 3.5f);
+    EXPECT_FALSE(read.visible);
+    EXPECT_EQ(read.color, written.color);
+    EXPECT_EQ(in.peek(), std::char_traits<char>::eof()) << "the block is read to its end";
+
+    testing_support::LogCapture log;
+    const SkeletonStyle defaults;
+    SkeletonStyle kept;
+    // Cut anywhere, a block changes nothing.
+    for (std::size_t cut = 0; cut < bytes.size(); cut += 3) {
+        std::istringstream truncated(bytes.substr(0, cut));
+        EXPECT_FALSE(kept.ReadFromStream(truncated)) << "cut at " << cut;
+    }
+    std::string otherVersion = bytes;
+    otherVersion[0] = 7;
+    std::istringstream versioned(otherVersion);
+    EXPECT_FALSE(kept.ReadFromStream(versioned));
+    std::string badMode = bytes;
+    badMode[4] = 3;
+    std::istringstream unknownMode(badMode);
+    EXPECT_FALSE(kept.ReadFromStream(unknownMode));
+    EXPECT_EQ(kept.renderMode, defaults.renderMode);
+    EXPECT_EQ(kept.showJoints, defaults.showJoints);
+    EXPECT_EQ(kept.boneColor, defaults.boneColor);
+    EXPECT_EQ(kept.visible, defaults.visible);
+    EXPECT_GE(log.messages.size(), 2u);
+}
+
+} // namespace

@@ -1,0 +1,238 @@
+#include "GuiTestEnvironment.h"
+
+#include <nubo/GuiSystem.h>
+
+#include <LogCapture.h>
+
+#include <CEGUI/Font.h>
+#include <CEGUI/GUIContext.h>
+#include <CEGUI/widgets/Editbox.h>
+#include <CEGUI/widgets/PushButton.h>
+#include <CEGUI/widgets/Spinner.h>
+#include <gtest/gtest.h>
+
+#define GLFW_INCLUDE_NONE
+#include <GLFW/glfw3.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+using nubo_test::ScopedWindow;
+using testing_support::LogCapture;
+
+void PlaceAt(CEGUI::Window* window, float x, float y, float width, float height)
+{
+    window->setArea(CEGUI::UVector2(CEGUI::UDim(0, x), CEGUI::UDim(0, y)),
+                    CEGUI::USize(CEGUI::UDim(0, width), CEGUI::UDim(0, height)));
+}
+
+std::string Text(const CEGUI::Window* window)
+{
+    return window->getText().c_str(); // UTF-8
+}
+
+TEST(GuiSystem, StartsWithTheSchemeFontAndAFullSizeRoot)
+{
+    nubo::GuiSystem& gui = nubo_test::SharedGui();
+    ASSERT_TRUE(gui.IsInitialized());
+    ASSERT_NE(gui.GetRoot(), nullptr);
+    EXPECT_EQ(gui.GetRoot()->getName(), "root");
+    EXPECT_EQ(gui.GetContext()->getRootWindow(), gui.GetRoot());
+    EXPECT_EQ(gui.GetRoot()->getPixelSize(), CEGUI::Sizef(1280.0f, 800.0f));
+    ASSERT_NE(gui.GetContext()->getDefaultFont(), nullptr);
+    EXPECT_EQ(gui.GetContext()->getDefaultFont()->getName(), "InriaSans-10-Normal");
+    EXPECT_EQ(nubo::GetResourceDirectory(), nubo_test::kResourceDirectory);
+}
+
+TEST(GuiSystem, ClickOnAButtonIsUsedAndClicksIt)
+{
+    nubo::GuiSystem& gui = nubo_test::SharedGui();
+    ScopedWindow button("DarkVexa/PushButton");
+    PlaceAt(button.get(), 100, 100, 120, 26);
+    int clicks = 0;
+    button->subscribeEvent(CEGUI::PushButton::EventClicked, [&clicks](const CEGUI::EventArgs&) {
+        ++clicks;
+        return true;
+    });
+
+    EXPECT_TRUE(gui.InjectMouseMove(150.0f, 110.0f));
+    EXPECT_TRUE(gui.IsMouseOverGui());
+    EXPECT_TRUE(gui.InjectMouseDown(plor::MouseButton::Left));
+    EXPECT_TRUE(gui.InjectMouseUp(plor::MouseButton::Left));
+    EXPECT_EQ(clicks, 1);
+
+    // Over the empty background the 3D views get everything.
+    EXPECT_FALSE(gui.InjectMouseMove(600.0f, 500.0f));
+    EXPECT_FALSE(gui.IsMouseOverGui());
+    EXPECT_FALSE(gui.InjectMouseDown(plor::MouseButton::Left));
+    EXPECT_FALSE(gui.InjectMouseUp(plor::MouseButton::Left));
+    EXPECT_FALSE(gui.InjectMouseDown(plor::MouseButton::Right));
+    EXPECT_FALSE(gui.InjectMouseUp(plor::MouseButton::Right));
+    EXPECT_EQ(clicks, 1);
+
+    // A press that starts on the button and ends outside is no click.
+    gui.InjectMouseMove(150.0f, 110.0f);
+    gui.InjectMouseDown(plor::MouseButton::Left);
+    gui.InjectMouseMove(600.0f, 500.0f);
+    gui.InjectMouseUp(plor::MouseButton::Left);
+    EXPECT_EQ(clicks, 1);
+}
+
+TEST(GuiSystem, TypedCharactersAndKeysEditTheFocusedEditbox)
+{
+    nubo::GuiSystem& gui = nubo_test::SharedGui();
+    ScopedWindow edit("DarkVexa/Editbox");
+    PlaceAt(edit.get(), 300, 300, 200, 24);
+    gui.InjectMouseMove(310.0f, 310.0f);
+    gui.InjectMouseDown(plor::MouseButton::Left);
+    gui.InjectMouseUp(plor::MouseButton::Left);
+    ASSERT_TRUE(edit->isActive());
+
+    for (unsigned int c : {'a', 'b', 'c'})
+        EXPECT_TRUE(gui.InjectChar(c));
+    EXPECT_EQ(edit->getText(), "abc");
+    EXPECT_TRUE(gui.InjectKeyDown(GLFW_KEY_BACKSPACE));
+    gui.InjectKeyUp(GLFW_KEY_BACKSPACE);
+    EXPECT_EQ(edit->getText(), "ab");
+    gui.InjectKeyDown(GLFW_KEY_HOME);
+    gui.InjectKeyUp(GLFW_KEY_HOME);
+    gui.InjectChar(0x00E9); // é
+    EXPECT_EQ(Text(edit.get()), "\xC3\xA9" "ab");
+    gui.InjectKeyDown(GLFW_KEY_DELETE);
+    gui.InjectKeyUp(GLFW_KEY_DELETE);
+    EXPECT_EQ(Text(edit.get()), "\xC3\xA9" "b");
+    gui.InjectKeyDown(GLFW_KEY_END);
+    gui.InjectKeyUp(GLFW_KEY_END);
+    gui.InjectKeyDown(GLFW_KEY_LEFT_SHIFT);
+    gui.InjectKeyDown(GLFW_KEY_LEFT);
+    gui.InjectKeyUp(GLFW_KEY_LEFT);
+    gui.InjectKeyUp(GLFW_KEY_LEFT_SHIFT);
+    EXPECT_EQ(static_cast<CEGUI::Editbox*>(edit.get())->getSelectionLength(), 1u) << "shift extends the selection";
+
+    EXPECT_FALSE(gui.InjectKeyDown(GLFW_KEY_UNKNOWN));
+    EXPECT_FALSE(gui.InjectKeyDown(100000));
+
+    // With the focus on the background, keys (Tab for the layout chooser) are the host's.
+    gui.InjectMouseMove(900.0f, 700.0f);
+    gui.InjectMouseDown(plor::MouseButton::Left);
+    gui.InjectMouseUp(plor::MouseButton::Left);
+    EXPECT_FALSE(edit->isActive());
+    EXPECT_FALSE(gui.InjectKeyDown(GLFW_KEY_TAB));
+    EXPECT_FALSE(gui.InjectKeyUp(GLFW_KEY_TAB));
+    EXPECT_FALSE(gui.InjectChar('q'));
+    EXPECT_EQ(Text(edit.get()), "\xC3\xA9" "b");
+}
+
+TEST(GuiSystem, SpinnersValidateTypedText)
+{
+    nubo::GuiSystem& gui = nubo_test::SharedGui();
+    // CEGUI itself brings no regular expressions; a spinner cannot exist without them.
+    ScopedWindow holder("DarkVexa/Spinner");
+    auto* spinner = holder.As<CEGUI::Spinner>();
+    ASSERT_NE(spinner, nullptr);
+    PlaceAt(spinner, 300, 400, 120, 24);
+    spinner->setTextInputMode(CEGUI::Spinner::Integer);
+    spinner->setMaximumValue(1000.0);
+    spinner->setCurrentValue(0.0);
+
+    gui.InjectMouseMove(310.0f, 412.0f);
+    gui.InjectMouseDown(plor::MouseButton::Left);
+    gui.InjectMouseUp(plor::MouseButton::Left);
+    ASSERT_TRUE(spinner->getChild("__auto_editbox__")->isActive());
+    gui.InjectKeyDown(GLFW_KEY_END);
+    gui.InjectKeyUp(GLFW_KEY_END);
+    for (unsigned int c : {'7', 'x', '.', '5'})
+        gui.InjectChar(c);
+    EXPECT_EQ(spinner->getCurrentValue(), 75.0) << "letters and a decimal point are refused";
+    EXPECT_EQ(Text(spinner->getChild("__auto_editbox__")), "75");
+
+    spinner->setTextInputMode(CEGUI::Spinner::FloatingPoint);
+    gui.InjectKeyDown(GLFW_KEY_END);
+    gui.InjectKeyUp(GLFW_KEY_END);
+    for (unsigned int c : {'.', '2', '5'})
+        gui.InjectChar(c);
+    EXPECT_DOUBLE_EQ(spinner->getCurrentValue(), 75.25);
+}
+
+TEST(GuiSystem, DirtyUntilDrawn)
+{
+    nubo::GuiSystem& gui = nubo_test::SharedGui();
+    gui.Draw();
+    EXPECT_FALSE(gui.IsDirty());
+    gui.MarkDirty();
+    EXPECT_TRUE(gui.IsDirty());
+    gui.Draw();
+    EXPECT_FALSE(gui.IsDirty());
+
+    ScopedWindow label("DarkVexa/Label");
+    gui.Draw();
+    label->setText("changed");
+    EXPECT_TRUE(gui.IsDirty());
+    gui.Draw();
+}
+
+TEST(GuiSystem, DisplaySizeFollowsTheFramebufferButNotAnIconifiedOne)
+{
+    nubo::GuiSystem& gui = nubo_test::SharedGui();
+    gui.NotifyDisplaySizeChanged(800, 600);
+    EXPECT_EQ(gui.GetRoot()->getPixelSize(), CEGUI::Sizef(800.0f, 600.0f));
+    gui.NotifyDisplaySizeChanged(0, 0);
+    EXPECT_EQ(gui.GetRoot()->getPixelSize(), CEGUI::Sizef(800.0f, 600.0f));
+    gui.NotifyDisplaySizeChanged(1280, 800);
+    EXPECT_EQ(gui.GetRoot()->getPixelSize(), CEGUI::Sizef(1280.0f, 800.0f));
+}
+
+TEST(GuiSystem, MissingSchemeOrSecondSystemFailsWithoutDisturbingTheRunningOne)
+{
+    LogCapture log;
+    nubo::GuiSystem other;
+    EXPECT_FALSE(other.InitializeHeadless("/nonexistent/resources"));
+    EXPECT_TRUE(log.Contains("GUI scheme file not found: /nonexistent/resources/DarkVexa.scheme",
+                             "nubo::GuiSystem::InitializeHeadless"));
+    EXPECT_FALSE(other.IsInitialized());
+
+    EXPECT_FALSE(other.InitializeHeadless(nubo_test::kResourceDirectory));
+    EXPECT_TRUE(log.Contains("Another GUI system is running; CEGUI allows only one per process",
+                             "nubo::GuiSystem::InitializeHeadless"));
+    EXPECT_FALSE(other.Initialize(nullptr, nubo_test::kResourceDirectory));
+    EXPECT_EQ(other.GetRoot(), nullptr);
+    EXPECT_FALSE(other.InjectMouseDown(plor::MouseButton::Left));
+    other.Draw();
+
+    nubo::GuiSystem& gui = nubo_test::SharedGui();
+    EXPECT_FALSE(gui.InitializeHeadless(nubo_test::kResourceDirectory));
+    EXPECT_TRUE(gui.IsInitialized());
+    EXPECT_NE(gui.GetRoot(), nullptr);
+}
+
+TEST(GuiSystem, BrokenSchemeFailsCleanlyAndAllowsANewStart)
+{
+    namespace fs = std::filesystem;
+    const fs::path directory = fs::temp_directory_path() / "nubo_broken_scheme";
+    fs::create_directories(directory);
+    std::ofstream(directory / "DarkVexa.scheme") << R"(<?xml version="1.0" ?>
+<GUIScheme version="5" name="DarkVexa">
+    <LookNFeel filename="Missing.looknfeel" />
+</GUIScheme>
+)";
+    nubo::GuiSystem& gui = nubo_test::SharedGui();
+    gui.Terminate();
+    EXPECT_EQ(nubo::GetResourceDirectory(), "");
+    {
+        LogCapture log;
+        EXPECT_FALSE(gui.InitializeHeadless(directory.string()));
+        bool named = false;
+        for (const auto& message : log.messages)
+            named |= message.level == rlog::Level::Failure && message.label == "nubo::GuiSystem::InitializeHeadless" &&
+                     message.message.find("Missing.looknfeel") != std::string::npos;
+        EXPECT_TRUE(named) << "the failure names the file CEGUI could not read";
+        EXPECT_FALSE(gui.IsInitialized());
+    }
+    fs::remove_all(directory);
+    ASSERT_TRUE(nubo_test::RestartSharedGui()) << "a failed start leaves nothing of CEGUI behind";
+    EXPECT_NE(gui.GetRoot(), nullptr);
+}
+
+} // namespace

@@ -1,0 +1,55 @@
+#include "GuiTestEnvironment.h"
+
+#include <nubo/Placement.h>
+
+#include <LogCapture.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using nubo_test::ScopedWindow;
+
+TEST(Placement, PositionAndSizeCombineRelativeAndPixelParts)
+{
+    ScopedWindow window("DefaultWindow");
+    nubo::SetPosition(window.get(), 0.5f, -12.0f, 0.0f, 24.0f);
+    nubo::SetSize(window.get(), 1.0f, -20.0f, 0.0f, 26.0f);
+    EXPECT_EQ(window->getPosition(), CEGUI::UVector2(CEGUI::UDim(0.5f, -12.0f), CEGUI::UDim(0.0f, 24.0f)));
+    EXPECT_EQ(window->getSize(), CEGUI::USize(CEGUI::UDim(1.0f, -20.0f), CEGUI::UDim(0.0f, 26.0f)));
+
+    testing_support::LogCapture log;
+    nubo::SetPosition(nullptr, 0, 0, 0, 0);
+    nubo::SetSize(nullptr, 0, 0, 0, 0);
+    EXPECT_EQ(log.messages.size(), 2u);
+}
+
+TEST(Placement, ThemesRecolourButtonsAndDefaultRestoresTheLook)
+{
+    ScopedWindow fresh("DarkVexa/PushButton");
+    ScopedWindow button("DarkVexa/PushButton");
+    const char* names[] = {"NormalColour", "HoverColour", "PushedColour", "TextColour"};
+
+    nubo::SetTheme(nubo::PushButtonTheme::Accent, button.get());
+    EXPECT_EQ(button->getProperty("NormalColour"), "FF4A90D9");
+    nubo::SetTheme(nubo::PushButtonTheme::Positive, button.get());
+    EXPECT_EQ(button->getProperty("HoverColour"), "FF11B252");
+    EXPECT_EQ(button->getProperty("PushedColour"), "FF16DF67");
+    nubo::SetTheme(nubo::PushButtonTheme::Flat, button.get());
+    EXPECT_EQ(button->getProperty("NormalColour"), "00000000");
+
+    nubo::SetTheme(nubo::PushButtonTheme::Default, button.get());
+    for (const char* name : names)
+        EXPECT_EQ(button->getProperty(name), fresh->getProperty(name)) << name;
+
+    // Not a button: left alone, silently.
+    testing_support::LogCapture log;
+    ScopedWindow label("DarkVexa/Label");
+    const CEGUI::String before = label->getProperty("TextColour");
+    nubo::SetTheme(nubo::PushButtonTheme::Danger, label.get());
+    nubo::SetTheme(nubo::PushButtonTheme::Danger, nullptr);
+    EXPECT_EQ(label->getProperty("TextColour"), before);
+    EXPECT_TRUE(log.messages.empty());
+}
+
+} // namespace

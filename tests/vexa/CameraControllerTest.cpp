@@ -1,0 +1,343 @@
+#include <vexa/CameraController.h>
+
+#include <vexa/Camera.h>
+
+#include <vexa/draw/Scene.h>
+
+#include "LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <glm/glm.hpp>
+
+#include <limits>
+#include <memory>
+#include <optional>
+#include <set>
+#include <vector>
+
+using vexa::Camera;
+using vexa::CameraController;
+
+namespace {
+
+constexpr unsigned int kLeft = CEGUI::LeftMouse;
+constexpr unsigned int kRight = CEGUI::RightMouse;
+constexpr unsigned int kShift = CEGUI::Shift;
+constexpr unsigned int kControl = CEGUI::Control;
+constexpr unsigned int kMiddle = CEGUI::MiddleMouse;
+
+void ExpectSameView(const Camera& actual, const Camera& expected, float tolerance = 1e-5f)
+{
+    const glm::mat4 a = actual.GetViewMatrix();
+    const glm::mat4 e = expected.GetViewMatrix();
+    for (int c = 0; c < 4; ++c)
+        for (int r = 0; r < 4; ++r)
+            EXPECT_NEAR(a[c][r], e[c][r], tolerance) << "column " << c << " row " << r;
+    EXPECT_NEAR(glm::length(actual.GetTarget() - expected.GetTarget()), 0.0f, tolerance);
+}
+
+// Four view areas side by side, 100 x 100 pixels each, with distinct views.
+class CameraControllerTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        for (int i = 0; i < 4; ++i) {
+            scenes.push_back(std::make_shared<vexa::draw::Scene>(glm::ivec4(100 * i, 0, 100 * (i + 1), 100)));
+            cameras.push_back(std::make_shared<Camera>(scenes.back().get()));
+            cameras.back()->SetTarget(glm::vec3(0.1f * static_cast<float>(i), 0.0f, 0.0f));
+            controller.AddScene(scenes.back(), cameras.back());
+        }
+        controller.SetViewChangedCallback([this] { ++redraws; });
+    }
+
+    // An unattached camera with the same viewport and view as area `index`.
+    std::unique_ptr<Camera> Reference(unsigned int index)
+    {
+        referenceScenes.push_back(std::make_unique<vexa::draw::Scene>(scenes[index]->GetViewport()));
+        auto camera = std::make_unique<Camera>(referenceScenes.back().get());
+        camera->CopyView(*cameras[index]);
+        return camera;
+    }
+
+    std::vector<glm::mat4> Views() const
+    {
+        std::vector<glm::mat4> views;
+        for (const auto& camera : cameras)
+            views.push_back(camera->GetViewMatrix());
+        return views;
+    }
+
+    std::vector<std::shared_ptr<vexa::draw::Scene>> scenes;
+    std::vector<std::shared_ptr<Camera>> cameras;
+    std::vector<std::unique_ptr<vexa::draw::Scene>> referenceScenes;
+    CameraController controller;
+    int redraws = 0;
+};
+
+} // namespace
+
+TEST_F(CameraControllerTest, FindsTheViewAreaUnderTheTruncatedMousePosition)
+{
+    EXPECT_EQ(controller.GetSceneCount(), 4u);
+    controller.InjectMouseMove(99.9, 50.0);
+    EXPECT_EQ(controller.GetSceneUnderMouse(), 0);
+    controller.InjectMouseMove(100.0, 99.9);
+    EXPECT_EQ(controller.GetSceneUnderMouse(), 1);
+    controller.InjectMouseMove(-0.5, 50.0); // truncates to 0
+    EXPECT_EQ(controller.GetSceneUnderMouse(), 0);
+    controller.InjectMouseMove(-1.0, 50.0);
+    EXPECT_EQ(controller.GetSceneUnderMouse(), -1);
+    controller.InjectMouseMove(250.0, 100.0); // bottom edge is exclusive
+    EXPECT_EQ(controller.GetSceneUnderMouse(), -1);
+    controller.InjectMouseMove(400.0, 10.0);
+    EXPECT_EQ(controller.GetSceneUnderMouse(), -1);
+
+    // Overlapping areas: the first added wins.
+    scenes[2]->SetViewport(glm::ivec4(0, 0, 300, 100));
+    controller.InjectMouseMove(250.0, 10.0);
+    EXPECT_EQ(controller.GetSceneUnderMouse(), 2);
+    controller.InjectMouseMove(50.0, 10.0);
+    EXPECT_EQ(controller.GetSceneUnderMouse(), 0);
+}
+
+TEST_F(CameraControllerTest, PressStartsOnlyTheExactBindingsOverAViewArea)
+{
+    // Outside every area nothing starts and later moves change no camera.
+    controller.InjectMouseMove(450.0, 50.0);
+    controller.ActivateSceneUnderMouse(CEGUI::LeftButton, kLeft);
+    EXPECT_EQ(controller.GetDragMode(), CameraController::kDragNone);
+    const auto views = Views();
+    controller.InjectMouseMove(380.0, 20.0);
+    EXPECT_EQ(Views(), views);
+    EXPECT_FALSE(controller.DeactivateArea().has_value());
+
+    struct Case {
+        CEGUI::MouseButton button;
+        unsigned int mask;
+        std::uint32_t mode;
+    };
+    const Case cases[] = {
+        {CEGUI::LeftButton, kLeft, CameraController::kDragRotate},
+        {CEGUI::MiddleButton, kMiddle, CameraController::kDragMove},
+        {CEGUI::LeftButton, kLeft | kControl, CameraController::kDragRoll},
+        {CEGUI::RightButton, kRight, CameraController::kDragDolly},
+        {CEGUI::LeftButton, kLeft | kShift, CameraController::kDragNone},
+        {CEGUI::LeftButton, kLeft | kRight, CameraController::kDragNone}, // another button held
+        {CEGUI::RightButton, kRight | kControl, CameraController::kDragNone},
+        {CEGUI::MiddleButton, kLeft, CameraController::kDragNone},
+        {CEGUI::X1Button, CEGUI::X1Mouse, CameraController::kDragNone},
+    };
+    controller.InjectMouseMove(250.0, 50.0);
+    for (const Case& c : cases) {
+        controller.ActivateSceneUnderMouse(c.button, c.mask);
+        EXPECT_EQ(controller.GetDragMode(), c.mode) << "button " << c.button << " mask " << c.mask;
+        const std::optional<unsigned int> ended = controller.DeactivateArea();
+        EXPECT_EQ(ended.has_value(), c.mode != CameraController::kDragNone);
+        if (ended) {
+            EXPECT_EQ(*ended, 2u);
+        }
+        EXPECT_FALSE(controller.GetActiveIndex().has_value());
+    }
+
+    // A drag in progress is not replaced by another press.
+    controller.ActivateSceneUnderMouse(CEGUI::LeftButton, kLeft);
+    controller.InjectMouseMove(50.0, 50.0);
+    controller.ActivateSceneUnderMouse(CEGUI::RightButton, kRight);
+    EXPECT_EQ(controller.GetDragMode(), CameraController::kDragRotate);
+    EXPECT_EQ(controller.GetActiveIndex(), std::optional<unsigned int>(2u));
+    EXPECT_EQ(controller.DeactivateArea(), std::optional<unsigned int>(2u));
+
+    // While the GUI holds the mouse firmly, no drag starts.
+    controller.SetMouseCaptureLevel(2);
+    controller.ActivateSceneUnderMouse(CEGUI::LeftButton, kLeft);
+    EXPECT_EQ(controller.GetDragMode(), CameraController::kDragNone);
+    controller.SetMouseCaptureLevel(1);
+    controller.ActivateSceneUnderMouse(CEGUI::LeftButton, kLeft);
+    EXPECT_EQ(controller.GetDragMode(), CameraController::kDragRotate);
+    EXPECT_EQ(controller.GetActiveIndex(), std::optional<unsigned int>(0u));
+}
+
+TEST_F(CameraControllerTest, DragSteersOnlyTheActiveCameraAndOnlyRotationIsScaled)
+{
+    controller.SetMouseSensitivity(1.0f); // factor 1.8
+    const auto rotated = Reference(1);
+    rotated->ScreenRotate(1.8f * glm::vec2(150.0f, 50.0f), 1.8f * glm::vec2(160.0f, 55.0f));
+    rotated->ScreenRotate(1.8f * glm::vec2(160.0f, 55.0f), 1.8f * glm::vec2(215.0f, 40.0f));
+
+    const auto views = Views();
+    controller.InjectMouseMove(150.0, 50.0);
+    controller.ActivateSceneUnderMouse(CEGUI::LeftButton, kLeft);
+    redraws = 0;
+    controller.InjectMouseMove(160.0, 55.0);
+    controller.InjectMouseMove(215.0, 40.0); // over area 2 now, but the drag belongs to area 1
+    EXPECT_GT(redraws, 0);
+    ExpectSameView(*cameras[1], *rotated);
+    EXPECT_EQ(cameras[0]->GetViewMatrix(), views[0]);
+    EXPECT_EQ(cameras[2]->GetViewMatrix(), views[2]);
+    EXPECT_EQ(controller.DeactivateArea(), std::optional<unsigned int>(1u));
+    const glm::mat4 afterDrag = cameras[1]->GetViewMatrix();
+    controller.InjectMouseMove(190.0, 10.0);
+    EXPECT_EQ(cameras[1]->GetViewMatrix(), afterDrag);
+
+    // Pan, dolly and roll take the raw pixels.
+    const auto moved = Reference(3);
+    moved->ScreenMove(glm::vec2(350.0f, 50.0f), glm::vec2(330.0f, 70.0f));
+    controller.InjectMouseMove(350.0, 50.0);
+    controller.ActivateSceneUnderMouse(CEGUI::MiddleButton, kMiddle);
+    controller.InjectMouseMove(330.0, 70.0);
+    controller.DeactivateArea();
+    ExpectSameView(*cameras[3], *moved);
+
+    const auto dollied = Reference(3);
+    dollied->ScreenDolly(glm::vec2(330.0f, 70.0f), glm::vec2(330.0f, 40.0f));
+    controller.ActivateSceneUnderMouse(CEGUI::RightButton, kRight);
+    controller.InjectMouseMove(330.0, 40.0);
+    controller.DeactivateArea();
+    ExpectSameView(*cameras[3], *dollied);
+
+    const auto rolled = Reference(3);
+    rolled->ScreenRoll(glm::vec2(330.0f, 40.0f), glm::vec2(370.0f, 60.0f));
+    controller.ActivateSceneUnderMouse(CEGUI::LeftButton, kLeft | kControl);
+    controller.InjectMouseMove(370.0, 60.0);
+    controller.DeactivateArea();
+    ExpectSameView(*cameras[3], *rolled);
+
+    // Roll does nothing on a camera kept upright.
+    cameras[3]->SetFixedRotationEnabled(true);
+    const glm::mat4 upright = cameras[3]->GetViewMatrix();
+    controller.ActivateSceneUnderMouse(CEGUI::LeftButton, kLeft | kControl);
+    EXPECT_EQ(controller.GetDragMode(), CameraController::kDragRoll);
+    controller.InjectMouseMove(330.0, 10.0);
+    controller.DeactivateArea();
+    EXPECT_EQ(cameras[3]->GetViewMatrix(), upright);
+}
+
+TEST_F(CameraControllerTest, WheelZoomsTheCameraUnderTheMouseWhenIdle)
+{
+    const float distance = glm::length(cameras[2]->GetPosition() - cameras[2]->GetTarget());
+    controller.InjectMouseMove(210.0, 90.0);
+    EXPECT_EQ(controller.ZoomSceneUnderMouse(2.0f), std::optional<unsigned int>(2u));
+    EXPECT_NEAR(glm::length(cameras[2]->GetPosition() - cameras[2]->GetTarget()), 0.8f * distance, 1e-5f);
+    EXPECT_EQ(controller.ZoomSceneUnderMouse(-1.0f), std::optional<unsigned int>(2u));
+    EXPECT_NEAR(glm::length(cameras[2]->GetPosition() - cameras[2]->GetTarget()), 0.88f * distance, 1e-5f);
+
+    controller.ActivateSceneUnderMouse(CEGUI::LeftButton, kLeft);
+    const auto views = Views();
+    EXPECT_FALSE(controller.ZoomSceneUnderMouse(1.0f).has_value());
+    EXPECT_EQ(Views(), views);
+    controller.DeactivateArea();
+
+    controller.InjectMouseMove(500.0, 50.0);
+    EXPECT_FALSE(controller.ZoomSceneUnderMouse(1.0f).has_value());
+    EXPECT_EQ(Views(), views);
+}
+
+TEST_F(CameraControllerTest, SensitivityMapsOntoTheRotationFactor)
+{
+    EXPECT_NEAR(controller.GetCameraSensitivity(), 0.5f, 1e-6f);
+    controller.SetMouseSensitivity(0.0f);
+    EXPECT_NEAR(controller.GetCameraSensitivity(), 0.0f, 1e-6f);
+    controller.SetMouseSensitivity(0.3f);
+    const float sensitivity = controller.GetCameraSensitivity();
+    EXPECT_NEAR(sensitivity, 0.3f, 1e-6f);
+    controller.SetMouseSensitivity(sensitivity);
+    EXPECT_NEAR(controller.GetCameraSensitivity(), sensitivity, 1e-6f);
+
+    testing_support::LogCapture log;
+    controller.SetMouseSensitivity(std::numeric_limits<float>::quiet_NaN());
+    EXPECT_EQ(log.messages.size(), 1u);
+    EXPECT_NEAR(controller.GetCameraSensitivity(), sensitivity, 1e-6f);
+
+    // Sensitivity 0 rotates at a fifth of the pixel motion.
+    controller.SetMouseSensitivity(0.0f);
+    const auto slow = Reference(0);
+    slow->ScreenRotate(0.2f * glm::vec2(20.0f, 20.0f), 0.2f * glm::vec2(80.0f, 30.0f));
+    controller.InjectMouseMove(20.0, 20.0);
+    controller.ActivateSceneUnderMouse(CEGUI::LeftButton, kLeft);
+    controller.InjectMouseMove(80.0, 30.0);
+    ExpectSameView(*cameras[0], *slow);
+}
+
+TEST_F(CameraControllerTest, GroupedCamerasFollowOnceAndStopWhenUngrouped)
+{
+    controller.SetCameraGroup({0, 2});
+    ExpectSameView(*cameras[2], *cameras[0]); // brought in step with the smallest index
+    EXPECT_EQ(controller.GetCameraGroup(), (std::set<unsigned int>{0, 2}));
+
+    // A camera outside the group moves alone.
+    const auto views = Views();
+    cameras[1]->Zoom(0.5f);
+    EXPECT_EQ(cameras[0]->GetViewMatrix(), views[0]);
+    EXPECT_EQ(cameras[2]->GetViewMatrix(), views[2]);
+
+    // Dragging a member carries the others along, target and fixed rotation included.
+    cameras[2]->SetFixedRotationAxis(glm::vec3(0.0f, 0.0f, 1.0f));
+    cameras[2]->SetFixedRotationEnabled(true);
+    controller.InjectMouseMove(250.0, 50.0);
+    controller.ActivateSceneUnderMouse(CEGUI::MiddleButton, kMiddle);
+    controller.InjectMouseMove(270.0, 40.0);
+    controller.DeactivateArea();
+    ExpectSameView(*cameras[0], *cameras[2], 0.0f);
+    EXPECT_TRUE(cameras[0]->IsFixedRotationEnabled());
+    EXPECT_EQ(cameras[0]->GetFixedRotationAxis(), glm::vec3(0.0f, 0.0f, 1.0f));
+    EXPECT_EQ(cameras[3]->GetViewMatrix(), views[3]);
+
+    // Joining takes the smallest member's view at once.
+    controller.SetCameraGroup({3, 1});
+    ExpectSameView(*cameras[3], *cameras[1], 0.0f);
+
+    // Three cameras: one change reaches each member exactly once.
+    controller.SetCameraGroup({0, 1, 2});
+    redraws = 0;
+    cameras[1]->Zoom(0.25f); // a single change of camera 1
+    EXPECT_EQ(redraws, 3);
+    ExpectSameView(*cameras[0], *cameras[1], 0.0f);
+    ExpectSameView(*cameras[2], *cameras[1], 0.0f);
+
+    // Out of the group, cameras go their own way again.
+    controller.SetCameraGroup({});
+    const glm::mat4 first = cameras[0]->GetViewMatrix();
+    cameras[2]->Zoom(0.5f);
+    EXPECT_EQ(cameras[0]->GetViewMatrix(), first);
+
+    // Members without a view area are skipped (and reported) instead of crashing.
+    testing_support::LogCapture log;
+    controller.SetCameraGroup({2, 9});
+    EXPECT_EQ(log.messages.size(), 1u);
+    cameras[2]->Zoom(0.5f);
+}
+
+TEST_F(CameraControllerTest, RemovedAreasStopReportingAndEndTheirDrag)
+{
+    controller.SetCameraGroup({0, 3});
+    controller.InjectMouseMove(350.0, 50.0);
+    controller.ActivateSceneUnderMouse(CEGUI::LeftButton, kLeft);
+    EXPECT_EQ(controller.GetActiveIndex(), std::optional<unsigned int>(3u));
+
+    controller.RemoveScenes(1);
+    EXPECT_EQ(controller.GetSceneCount(), 3u);
+    EXPECT_EQ(controller.GetDragMode(), CameraController::kDragNone);
+    EXPECT_FALSE(controller.GetActiveIndex().has_value());
+    EXPECT_FALSE(controller.DeactivateArea().has_value());
+
+    redraws = 0;
+    const glm::mat4 first = cameras[0]->GetViewMatrix();
+    cameras[3]->Zoom(0.5f); // the removed area's camera is no longer watched
+    EXPECT_EQ(redraws, 0);
+    EXPECT_EQ(cameras[0]->GetViewMatrix(), first);
+
+    testing_support::LogCapture log;
+    controller.RemoveScenes(5);
+    EXPECT_EQ(controller.GetSceneCount(), 0u);
+    EXPECT_EQ(log.messages.size(), 1u);
+    cameras[0]->Zoom(0.5f);
+    EXPECT_EQ(redraws, 0);
+
+    controller.AddScene(nullptr, cameras[0]);
+    EXPECT_EQ(controller.GetSceneCount(), 0u);
+    controller.AddScene(scenes[1], cameras[1]);
+    EXPECT_EQ(controller.GetSceneCount(), 1u);
+    controller.InjectMouseMove(150.0, 50.0);
+    EXPECT_EQ(controller.ZoomSceneUnderMouse(1.0f), std::optional<unsigned int>(0u));
+}

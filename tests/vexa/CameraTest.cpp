@@ -1,0 +1,425 @@
+#include <vexa/Camera.h>
+
+#include <vexa/draw/Scene.h>
+#include <vexa/draw/VisualCamera.h>
+
+#include "LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <glm/glm.hpp>
+#include <glm/gtc/quaternion.hpp>
+
+#include <cmath>
+#include <sstream>
+#include <string>
+
+using vexa::Camera;
+
+namespace {
+
+constexpr float kEps = 1e-5f;
+
+void ExpectNear(const glm::vec3& actual, const glm::vec3& expected, float tolerance = kEps)
+{
+    EXPECT_NEAR(actual.x, expected.x, tolerance);
+    EXPECT_NEAR(actual.y, expected.y, tolerance);
+    EXPECT_NEAR(actual.z, expected.z, tolerance);
+}
+
+// Window pixel (origin top-left, y down) at which `point` appears.
+glm::vec2 Project(const vexa::draw::Scene& scene, const Camera& camera, const glm::vec3& point)
+{
+    const glm::vec4 clip = scene.GetProjectionMatrix() * camera.GetViewMatrix() * glm::vec4(point, 1.0f);
+    const glm::vec2 ndc = glm::vec2(clip) / clip.w;
+    const glm::ivec4& viewport = scene.GetViewport();
+    const float width = static_cast<float>(viewport.z - viewport.x);
+    const float height = static_cast<float>(viewport.w - viewport.y);
+    return glm::vec2(static_cast<float>(viewport.x) + (ndc.x + 1.0f) * 0.5f * width,
+                     static_cast<float>(viewport.y) + (1.0f - ndc.y) * 0.5f * height);
+}
+
+// Angle of the view above the plane perpendicular to `axis`.
+float Elevation(const Camera& camera, const glm::vec3& axis)
+{
+    return std::asin(glm::dot(camera.GetForward(), axis));
+}
+
+} // namespace
+
+TEST(CameraTest, StartsResetAndCopiesSteerTheSameVisualCamera)
+{
+    vexa::draw::Scene scene(glm::ivec4(0, 0, 800, 600));
+    Camera camera(&scene);
+    EXPECT_EQ(camera.GetPosition(), glm::vec3(2.0f));
+    EXPECT_EQ(camera.GetTarget(), glm::vec3(0.0f));
+    ExpectNear(camera.GetForward(), glm::normalize(glm::vec3(-1.0f)));
+    EXPECT_NEAR(camera.GetRight().y, 0.0f, kEps); // upright about +y
+    EXPECT_GT(camera.GetUp().y, 0.0f);
+    EXPECT_FALSE(camera.IsFixedRotationEnabled());
+    EXPECT_EQ(camera.GetFixedRotationAxis(), glm::vec3(0.0f, 1.0f, 0.0f));
+    EXPECT_EQ(camera.GetVisualCamera(), scene.GetCamera());
+
+    Camera copy(camera);
+    copy.SetTarget(glm::vec3(1.0f, 0.0f, 0.0f));
+    ExpectNear(scene.GetCamera()->GetForward(), glm::normalize(glm::vec3(-1.0f, -2.0f, -2.0f)));
+    EXPECT_EQ(camera.GetTarget(), glm::vec3(0.0f)); // the target is the copy's own
+
+    camera.SetFixedRotationEnabled(true);
+    camera.SetPosition(glm::vec3(0.0f, 0.0f, 5.0f));
+    camera.Reset();
+    EXPECT_EQ(camera.GetPosition(), glm::vec3(2.0f));
+    EXPECT_FALSE(camera.IsFixedRotationEnabled());
+
+    testing_support::LogCapture log;
+    Camera detached(nullptr);
+    EXPECT_FALSE(log.messages.empty());
+    detached.Zoom(0.5f);
+    EXPECT_NEAR(glm::length(detached.GetPosition()), std::sqrt(3.0f), kEps);
+}
+
+TEST(CameraTest, FixedRotationAxisIgnoresZeroAndKeepsTheCameraUpright)
+{
+    vexa::draw::Scene scene(glm::ivec4(0, 0, 800, 600));
+    Camera camera(&scene);
+    camera.SetFixedRotationAxis(glm::vec3(0.0f));
+    EXPECT_EQ(camera.GetFixedRotationAxis(), glm::vec3(0.0f, 1.0f, 0.0f));
+    camera.SetFixedRotationAxis(glm::vec3(3e-4f, 0.0f, 0.0f)); // squared length below the limit
+    EXPECT_EQ(camera.GetFixedRotationAxis(), glm::vec3(0.0f, 1.0f, 0.0f));
+    camera.SetFixedRotationAxis(glm::vec3(0.0f, 0.0f, 5.0f));
+    EXPECT_EQ(camera.GetFixedRotationAxis(), glm::vec3(0.0f, 0.0f, 1.0f));
+    // Off: the axis does not touch the view.
+    ExpectNear(camera.GetRight(), glm::normalize(glm::vec3(1.0f, 0.0f, -1.0f)));
+
+    camera.SetFixedRotationEnabled(true);
+    EXPECT_TRUE(camera.IsFixedRotationEnabled());
+    EXPECT_NEAR(glm::dot(camera.GetRight(), glm::vec3(0.0f, 0.0f, 1.0f)), 0.0f, kEps);
+    EXPECT_GT(camera.GetUp().z, 0.0f);
+
+    // Rolled while off, straightened when switched on; switching on again changes nothing.
+    camera.SetFixedRotationEnabled(false);
+    camera.AlignUp(glm::vec3(1.0f, 0.0f, 0.0f));
+    EXPECT_GT(std::abs(glm::dot(camera.GetRight(), glm::vec3(0.0f, 0.0f, 1.0f))), 0.1f);
+    camera.SetFixedRotationEnabled(true);
+    EXPECT_NEAR(glm::dot(camera.GetRight(), glm::vec3(0.0f, 0.0f, 1.0f)), 0.0f, kEps);
+    const glm::mat4 upright = camera.GetViewMatrix();
+    camera.SetFixedRotationEnabled(true);
+    EXPECT_EQ(camera.GetViewMatrix(), upright);
+}
+
+TEST(CameraTest, ZoomMovesTowardsTheTargetButNeverOntoIt)
+{
+    vexa::draw::Scene scene(glm::ivec4(0, 0, 800, 600));
+    Camera camera(&scene);
+    camera.SetTarget(glm::vec3(1.0f, 0.0f, 0.0f));
+    const glm::vec3 forward = camera.GetForward();
+    const float distance = glm::length(camera.GetPosition() - camera.GetTarget());
+
+    camera.Zoom(0.5f);
+    EXPECT_NEAR(glm::length(camera.GetPosition() - camera.GetTarget()), 0.5f * distance, kEps);
+    ExpectNear(camera.GetForward(), forward);
+    camera.Zoom(-1.0f); // negative moves away
+    EXPECT_NEAR(glm::length(camera.GetPosition() - camera.GetTarget()), distance, kEps);
+
+    camera.Zoom(1.0f);
+    EXPECT_NEAR(glm::length(camera.GetPosition() - camera.GetTarget()), 0.0002f, 1e-7f);
+    camera.Zoom(0.5f);
+    EXPECT_NEAR(glm::length(camera.GetPosition() - camera.GetTarget()), 0.0002f, 1e-7f);
+    camera.Zoom(-1.0f);
+    camera.Zoom(7.0f);
+    EXPECT_NEAR(glm::length(camera.GetPosition() - camera.GetTarget()), 0.0002f, 1e-7f);
+    ExpectNear(camera.GetForward(), forward, 1e-3f);
+}
+
+TEST(CameraTest, ScreenRotateOrbitsTheTarget)
+{
+    vexa::draw::Scene scene(glm::ivec4(0, 0, 800, 600));
+    Camera camera(&scene);
+    camera.SetTarget(glm::vec3(0.5f, 0.0f, 0.0f));
+    const float distance = glm::length(camera.GetPosition() - camera.GetTarget());
+    const glm::vec3 right = camera.GetRight();
+    const glm::vec3 before = camera.GetPosition();
+
+    // Dragging right swings the camera to its left round the target.
+    camera.ScreenRotate(glm::vec2(100.0f, 100.0f), glm::vec2(140.0f, 110.0f));
+    EXPECT_LT(glm::dot(camera.GetPosition() - before, right), 0.0f);
+    EXPECT_NEAR(glm::length(camera.GetPosition() - camera.GetTarget()), distance, kEps);
+    ExpectNear(camera.GetForward(), glm::normalize(camera.GetTarget() - camera.GetPosition()));
+    EXPECT_EQ(camera.GetTarget(), glm::vec3(0.5f, 0.0f, 0.0f));
+
+    // With fixed rotation a horizontal drag turns about the axis by 0.005 rad per pixel.
+    camera.SetPose(Camera::Pose(glm::vec3(0.0f), glm::vec3(2.0f), glm::vec3(0.0f, 1.0f, 0.0f)));
+    camera.SetFixedRotationEnabled(true);
+    camera.ScreenRotate(glm::vec2(0.0f), glm::vec2(100.0f, 0.0f));
+    ExpectNear(camera.GetPosition(), glm::angleAxis(-0.5f, glm::vec3(0.0f, 1.0f, 0.0f)) * glm::vec3(2.0f), 1e-4f);
+}
+
+TEST(CameraTest, FixedRotationStopsShortOfThePoleButKeepsTurningHorizontally)
+{
+    vexa::draw::Scene scene(glm::ivec4(0, 0, 800, 600));
+    Camera camera(&scene);
+    const glm::vec3 axis(0.0f, 1.0f, 0.0f);
+    camera.SetFixedRotationEnabled(true);
+    const float distance = glm::length(camera.GetPosition());
+
+    for (int i = 0; i < 100; ++i)
+        camera.ScreenRotate(glm::vec2(0.0f, 0.0f), glm::vec2(0.0f, -10.0f)); // upwards, 0.05 rad each
+    const float elevation = Elevation(camera, axis);
+    EXPECT_GT(elevation, 1.5f);
+    EXPECT_LE(elevation, 1.5607964f);
+    EXPECT_NEAR(glm::dot(camera.GetRight(), axis), 0.0f, kEps);
+
+    const glm::vec3 beforeTurn = camera.GetPosition();
+    camera.ScreenRotate(glm::vec2(0.0f, 0.0f), glm::vec2(50.0f, -10.0f));
+    EXPECT_GT(glm::length(camera.GetPosition() - beforeTurn), 1e-4f);
+    EXPECT_NEAR(Elevation(camera, axis), elevation, 1e-4f);
+    EXPECT_NEAR(glm::length(camera.GetPosition()), distance, 1e-4f); // after 101 orbits
+
+    for (int i = 0; i < 100; ++i)
+        camera.ScreenRotate(glm::vec2(0.0f, 0.0f), glm::vec2(0.0f, 10.0f));
+    EXPECT_LT(Elevation(camera, axis), -1.5f);
+    EXPECT_GE(Elevation(camera, axis), -1.5607964f);
+
+    // Roll would break the upright view, so it is refused.
+    const glm::mat4 view = camera.GetViewMatrix();
+    camera.ScreenRoll(glm::vec2(500.0f, 300.0f), glm::vec2(400.0f, 400.0f));
+    EXPECT_EQ(camera.GetViewMatrix(), view);
+}
+
+TEST(CameraTest, ScreenRollFollowsThePointerRoundTheViewportCentre)
+{
+    // Odd sizes: the centre is the integer mean (400, 300), so a quarter turn round it is exact.
+    vexa::draw::Scene scene(glm::ivec4(0, 0, 801, 601));
+    Camera camera(&scene);
+    const glm::vec3 right = camera.GetRight();
+    const glm::vec3 up = camera.GetUp();
+    const glm::vec3 forward = camera.GetForward();
+
+    // Right of the centre to below it: clockwise on screen, the up vector turns to the left.
+    camera.ScreenRoll(glm::vec2(500.0f, 300.0f), glm::vec2(400.0f, 400.0f));
+    ExpectNear(camera.GetUp(), -right);
+    ExpectNear(camera.GetRight(), up);
+    ExpectNear(camera.GetForward(), forward);
+
+    camera.ScreenRoll(glm::vec2(400.0f, 400.0f), glm::vec2(500.0f, 300.0f));
+    ExpectNear(camera.GetUp(), up);
+
+    const glm::mat4 view = camera.GetViewMatrix();
+    camera.ScreenRoll(glm::vec2(400.0f, 300.0f), glm::vec2(500.0f, 300.0f)); // from the centre: no angle
+    EXPECT_EQ(camera.GetViewMatrix(), view);
+}
+
+TEST(CameraTest, ScreenMoveKeepsTheTargetUnderThePointer)
+{
+    // A view area that does not start at the window's corner; the second pass has a near plane
+    // 100 times closer, which magnifies any rounding in the pan.
+    for (const float nearPlane : {0.001f, 1e-5f}) {
+        SCOPED_TRACE(nearPlane);
+        vexa::draw::Scene scene(glm::ivec4(300, 50, 1100, 650));
+        scene.SetNearFar(nearPlane, 1000.0f);
+        Camera camera(&scene);
+        camera.SetTarget(glm::vec3(0.3f, -0.2f, 0.1f));
+        const glm::vec3 oldTarget = camera.GetTarget();
+        const glm::vec3 oldForward = camera.GetForward();
+
+        const glm::vec2 from = Project(scene, camera, oldTarget);
+        EXPECT_NEAR(from.x, 700.0f, 1e-2f);
+        EXPECT_NEAR(from.y, 350.0f, 1e-2f);
+        const glm::vec2 to = from + glm::vec2(37.0f, -21.0f);
+        camera.ScreenMove(from, to);
+
+        const glm::vec2 seen = Project(scene, camera, oldTarget);
+        EXPECT_NEAR(seen.x, to.x, 1e-2f);
+        EXPECT_NEAR(seen.y, to.y, 1e-2f);
+        ExpectNear(camera.GetForward(), oldForward);
+        // The target moved with the camera, so it is still in the middle of the view.
+        const glm::vec2 centre = Project(scene, camera, camera.GetTarget());
+        EXPECT_NEAR(centre.x, 700.0f, 1e-2f);
+        EXPECT_NEAR(centre.y, 350.0f, 1e-2f);
+    }
+}
+
+TEST(CameraTest, ScreenDollyMovesCameraAndTargetTogether)
+{
+    vexa::draw::Scene scene(glm::ivec4(0, 0, 800, 600));
+    Camera camera(&scene);
+    const float distance = glm::length(camera.GetPosition());
+    const glm::vec3 forward = camera.GetForward();
+
+    // 100 pixels upwards: forward by 10 % of the distance.
+    camera.ScreenDolly(glm::vec2(10.0f, 300.0f), glm::vec2(90.0f, 200.0f));
+    ExpectNear(camera.GetTarget(), 0.1f * distance * forward);
+    ExpectNear(camera.GetPosition(), glm::vec3(2.0f) + 0.1f * distance * forward);
+    ExpectNear(camera.GetForward(), forward);
+
+    camera.ScreenDolly(glm::vec2(0.0f, 200.0f), glm::vec2(0.0f, 300.0f));
+    ExpectNear(camera.GetTarget(), glm::vec3(0.0f));
+}
+
+TEST(CameraTest, PosesCopiesAndFrustum)
+{
+    const Camera::Pose zero;
+    EXPECT_EQ(zero.target, glm::vec3(0.0f));
+    EXPECT_EQ(zero.position, glm::vec3(0.0f));
+    EXPECT_EQ(zero.up, glm::vec3(0.0f));
+
+    vexa::draw::Scene scene(glm::ivec4(0, 0, 800, 400));
+    scene.SetNearFar(0.5f, 50.0f);
+    Camera camera(&scene);
+    camera.SetFixedRotationEnabled(true);
+    const Camera::Pose pose(glm::vec3(1.0f, 2.0f, 3.0f), glm::vec3(1.0f, 2.0f, 8.0f), glm::vec3(1.0f, 1.0f, 0.0f));
+    camera.SetPose(pose);
+    EXPECT_FALSE(camera.IsFixedRotationEnabled());
+    EXPECT_EQ(camera.GetTarget(), pose.target);
+    EXPECT_EQ(camera.GetPosition(), pose.position);
+    const glm::mat4 expected = pose.GetViewMatrix();
+    const glm::mat4 actual = camera.GetViewMatrix();
+    for (int c = 0; c < 4; ++c)
+        for (int r = 0; r < 4; ++r)
+            EXPECT_NEAR(actual[c][r], expected[c][r], kEps);
+    const Camera::Pose back = camera.GetPose();
+    EXPECT_EQ(back.target, pose.target);
+    ExpectNear(back.up, glm::normalize(glm::vec3(1.0f, 1.0f, 0.0f)));
+
+    const tesk::Frustum frustum = camera.ComputeViewFrustum();
+    EXPECT_EQ(frustum.position, pose.position);
+    ExpectNear(frustum.direction, glm::vec3(0.0f, 0.0f, -1.0f));
+    ExpectNear(frustum.up, back.up);
+    EXPECT_EQ(frustum.nearDistance, 0.5f);
+    EXPECT_EQ(frustum.farDistance, 50.0f);
+    EXPECT_EQ(frustum.fovY, scene.GetFovY());
+    EXPECT_EQ(frustum.fovX, scene.GetFovX());
+    EXPECT_GT(frustum.fovX, frustum.fovY);
+
+    vexa::draw::Scene otherScene(glm::ivec4(0, 0, 800, 400));
+    Camera other(&otherScene);
+    other.SetFixedRotationAxis(glm::vec3(0.0f, 0.0f, 1.0f));
+    other.SetFixedRotationEnabled(true);
+    camera.CopyView(other);
+    EXPECT_EQ(camera.GetViewMatrix(), other.GetViewMatrix());
+    EXPECT_EQ(camera.GetTarget(), other.GetTarget());
+    EXPECT_TRUE(camera.IsFixedRotationEnabled());
+    EXPECT_EQ(camera.GetFixedRotationAxis(), glm::vec3(0.0f, 0.0f, 1.0f));
+}
+
+TEST(CameraTest, ChangeSubscriptionSeesTheUpdatedTarget)
+{
+    vexa::draw::Scene scene(glm::ivec4(0, 0, 800, 600));
+    Camera camera(&scene);
+    int calls = 0;
+    glm::vec3 seenTarget(0.0f);
+    const int id = camera.SubscribeChange([&] {
+        ++calls;
+        seenTarget = camera.GetTarget();
+    });
+    EXPECT_GT(id, 0);
+    camera.ScreenDolly(glm::vec2(0.0f, 100.0f), glm::vec2(0.0f, 0.0f));
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(seenTarget, camera.GetTarget());
+    camera.ScreenMove(glm::vec2(400.0f, 300.0f), glm::vec2(420.0f, 300.0f));
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(seenTarget, camera.GetTarget());
+
+    camera.UnsubscribeChange(id);
+    camera.Zoom(0.5f);
+    EXPECT_EQ(calls, 2);
+}
+
+TEST(CameraTest, InterpolateIsLinearWithSphericalUp)
+{
+    const Camera::Pose a(glm::vec3(0.0f), glm::vec3(0.0f, 0.0f, 10.0f), glm::vec3(0.0f, 1.0f, 0.0f));
+    const Camera::Pose b(glm::vec3(2.0f, 4.0f, 6.0f), glm::vec3(10.0f, 0.0f, 10.0f), glm::vec3(1.0f, 0.0f, 0.0f));
+
+    const Camera::Pose start = vexa::Interpolate(a, b, 0.0f);
+    EXPECT_EQ(start.target, a.target);
+    EXPECT_EQ(start.position, a.position);
+    ExpectNear(start.up, a.up);
+
+    const Camera::Pose middle = vexa::Interpolate(a, b, 0.5f);
+    ExpectNear(middle.target, glm::vec3(1.0f, 2.0f, 3.0f));
+    ExpectNear(middle.position, glm::vec3(5.0f, 0.0f, 10.0f));
+    ExpectNear(middle.up, glm::vec3(std::sqrt(0.5f), std::sqrt(0.5f), 0.0f));
+
+    ExpectNear(vexa::Interpolate(a, b, 1.0f).up, b.up);
+
+    // Equal ups (within a float epsilon) are passed through untouched, even when not unit length.
+    Camera::Pose c = a;
+    c.up = glm::vec3(0.0f, 0.25f, 0.0f);
+    Camera::Pose d = b;
+    d.up = glm::vec3(0.0f, 0.25f + 1e-7f, 0.0f);
+    ASSERT_NE(c.up, d.up);
+    EXPECT_EQ(vexa::Interpolate(c, d, 0.3f).up, c.up);
+
+    // Opposite ups have no arc; the result stays finite.
+    d.up = glm::vec3(0.0f, -1.0f, 0.0f);
+    c.up = glm::vec3(0.0f, 1.0f, 0.0f);
+    const glm::vec3 flipped = vexa::Interpolate(c, d, 0.25f).up;
+    EXPECT_TRUE(std::isfinite(flipped.x) && std::isfinite(flipped.y) && std::isfinite(flipped.z));
+}
+
+TEST(CameraTest, InterpolateCubicRunsFromTheSecondToTheThirdPose)
+{
+    auto pose = [](float x) {
+        return Camera::Pose(glm::vec3(x, 0.0f, 0.0f), glm::vec3(0.0f, x, 0.0f), glm::vec3(0.0f, 0.0f, x));
+    };
+    const Camera::Pose p0 = pose(0.0f);
+    const Camera::Pose p1 = pose(0.0f);
+    const Camera::Pose p2 = pose(1.0f);
+    const Camera::Pose p3 = pose(3.0f);
+
+    const Camera::Pose start = vexa::InterpolateCubic(p0, p1, p2, p3, 0.0f);
+    EXPECT_EQ(start.target, p1.target);
+    EXPECT_EQ(start.position, p1.position);
+    EXPECT_EQ(start.up, p1.up);
+    const Camera::Pose end = vexa::InterpolateCubic(p0, p1, p2, p3, 1.0f);
+    ExpectNear(end.target, p2.target);
+    ExpectNear(end.position, p2.position);
+    ExpectNear(end.up, p2.up);
+
+    // 0.5 (1.125 p2 - 0.125 p3) at t = 0.5.
+    const Camera::Pose middle = vexa::InterpolateCubic(p0, p1, p2, p3, 0.5f);
+    EXPECT_NEAR(middle.target.x, 0.375f, kEps);
+    EXPECT_NEAR(middle.position.y, 0.375f, kEps);
+    EXPECT_NEAR(middle.up.z, 0.375f, kEps);
+}
+
+TEST(CameraTest, StreamRoundTripAndBrokenRecords)
+{
+    vexa::draw::Scene scene(glm::ivec4(0, 0, 800, 600));
+    Camera camera(&scene);
+    camera.SetPose(Camera::Pose(glm::vec3(1.0f, 0.0f, -1.0f), glm::vec3(3.0f, 4.0f, 5.0f), glm::vec3(1.0f, 0.0f, 0.0f)));
+    camera.SetFixedRotationAxis(glm::vec3(0.0f, 0.0f, 2.0f));
+
+    std::stringstream stream;
+    ASSERT_TRUE(camera.WriteToStream(stream));
+    std::string bytes = stream.str();
+    ASSERT_EQ(bytes.size(), 32u + 12u + 1u + 12u);
+    EXPECT_EQ(bytes[44], '\0'); // fixed rotation flag
+
+    // Flip the flag in the record: it is restored as stored, without straightening the view.
+    bytes[44] = '\1';
+    vexa::draw::Scene otherScene(glm::ivec4(0, 0, 800, 600));
+    Camera restored(&otherScene);
+    std::istringstream in(bytes);
+    ASSERT_TRUE(restored.ReadFromStream(in));
+    EXPECT_EQ(restored.GetTarget(), camera.GetTarget());
+    EXPECT_EQ(restored.GetPosition(), camera.GetPosition());
+    EXPECT_EQ(restored.GetViewMatrix(), camera.GetViewMatrix());
+    EXPECT_TRUE(restored.IsFixedRotationEnabled());
+    EXPECT_EQ(restored.GetFixedRotationAxis(), glm::vec3(0.0f, 0.0f, 1.0f));
+
+    // A truncated record changes nothing, not even the view stored before the cut.
+    Camera untouched(&otherScene);
+    untouched.Reset();
+    testing_support::LogCapture log;
+    std::istringstream cut(bytes.substr(0, 50));
+    EXPECT_FALSE(untouched.ReadFromStream(cut));
+    EXPECT_FALSE(log.messages.empty());
+    EXPECT_EQ(untouched.GetPosition(), glm::vec3(2.0f));
+    EXPECT_EQ(untouched.GetTarget(), glm::vec3(0.0f));
+    EXPECT_FALSE(untouched.IsFixedRotationEnabled());
+
+    std::istringstream empty("");
+    EXPECT_FALSE(untouched.ReadFromStream(empty));
+    EXPECT_EQ(untouched.GetPosition(), glm::vec3(2.0f));
+}

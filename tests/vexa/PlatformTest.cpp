@@ -1,0 +1,162 @@
+#include "core/Platform.h"
+
+#include "LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <random>
+#include <regex>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+using namespace vexa;
+namespace fs = std::filesystem;
+
+namespace {
+
+class PlatformTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        root_ = (fs::temp_directory_path() /
+                 ("vexa_platform_" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) +
+                  "_" + std::to_string(std::random_device{}())))
+                    .string();
+        fs::create_directories(root_);
+    }
+    void TearDown() override
+    {
+        std::error_code ignored;
+        fs::remove_all(root_, ignored);
+    }
+
+    std::string root_;
+};
+
+} // namespace
+
+TEST_F(PlatformTest, IntermediateDirectoryGetsOneSlashAndIsCreatedOneLevelDeep)
+{
+    std::string directory;
+    EXPECT_TRUE(NormalizeIntermediateDirectory(root_ + "/state", directory));
+    EXPECT_EQ(directory, root_ + "/state/");
+    EXPECT_TRUE(fs::is_directory(root_ + "/state"));
+
+    EXPECT_TRUE(NormalizeIntermediateDirectory(root_ + "/kept/", directory));
+    EXPECT_EQ(directory, root_ + "/kept/");
+
+    // A backslash is not a separator for this directory: the slash goes after it.
+    EXPECT_TRUE(NormalizeIntermediateDirectory(root_ + "/win\\", directory));
+    EXPECT_EQ(directory, root_ + "/win\\/");
+
+    // Only the last level is created; the path is still taken.
+    EXPECT_FALSE(NormalizeIntermediateDirectory(root_ + "/a/b", directory));
+    EXPECT_EQ(directory, root_ + "/a/b/");
+    EXPECT_FALSE(fs::exists(root_ + "/a"));
+
+    // Never the file-system root.
+    EXPECT_FALSE(NormalizeIntermediateDirectory("", directory));
+    EXPECT_EQ(directory, "");
+}
+
+TEST_F(PlatformTest, AssetDirectoryMustExistAndKeepsATrailingSeparator)
+{
+    std::string directory;
+    EXPECT_TRUE(NormalizeAssetDirectory(root_, directory));
+    EXPECT_EQ(directory, root_ + "/");
+    EXPECT_TRUE(NormalizeAssetDirectory(root_ + "/", directory));
+    EXPECT_EQ(directory, root_ + "/");
+    fs::create_directory(root_ + "/assets\\");
+    EXPECT_TRUE(NormalizeAssetDirectory(root_ + "/assets\\", directory));
+    EXPECT_EQ(directory, root_ + "/assets\\");
+
+    testing_support::LogCapture log;
+    const std::string missing = root_ + "/missing";
+    EXPECT_FALSE(NormalizeAssetDirectory(missing, directory));
+    EXPECT_EQ(directory, root_ + "/assets\\") << "the previous directory stays";
+    ASSERT_EQ(log.messages.size(), 1u);
+    EXPECT_EQ(log.messages[0].level, rlog::Level::Warning);
+    EXPECT_TRUE(log.Contains("Specified asset directory does not exist. Assets will not be loaded. \nPath: " + missing,
+                             "vexa::SetAssetDirectory"));
+}
+
+TEST_F(PlatformTest, MessageBoxesAreLoggedAndGoToTheReplaceableHandler)
+{
+    using Call = std::tuple<std::string, std::string, MessageIcon>;
+    std::vector<Call> calls;
+    const MessageBoxHandler previous = SetMessageBoxHandler(
+        [&calls](const std::string& caption, const std::string& text, MessageIcon icon) {
+            calls.emplace_back(caption, text, icon);
+        });
+    testing_support::LogCapture log;
+    ShowMessageBox(kInitializationErrorCaption, kAssetDirectoryInvalidText, MessageIcon::Error);
+    ShowMessageBox(kGpuWarningCaption, "driver", MessageIcon::Warning);
+    EXPECT_EQ(calls, (std::vector<Call>{{"VEXA Initialization Error", "Asset directory is invalid.", MessageIcon::Error},
+                                        {"VEXA GPU Warning", "driver", MessageIcon::Warning}}));
+    ASSERT_EQ(log.messages.size(), 2u);
+    EXPECT_EQ(log.messages[0].level, rlog::Level::Failure);
+    EXPECT_EQ(log.messages[1].level, rlog::Level::Warning);
+    EXPECT_TRUE(log.Contains("Asset directory is invalid.", "vexa::MessageBox"));
+
+    // An empty handler brings back the default, which writes to standard error.
+    SetMessageBoxHandler({});
+    ::testing::internal::CaptureStderr();
+    ShowMessageBox(kInitializationCaption, kLookParseErrorText, MessageIcon::Warning);
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "VEXA Initialization: Errors occurred when parsing look json. See log for more info.\n");
+    EXPECT_EQ(calls.size(), 2u);
+    SetMessageBoxHandler(previous);
+
+    EXPECT_EQ(GetWindowHandle(), nullptr);
+}
+
+TEST_F(PlatformTest, TicksAreMonotonicHundredNanoseconds)
+{
+    const std::uint64_t first = GetTicks();
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    const std::uint64_t second = GetTicks();
+    EXPECT_GE(second - first, 20u * kTicksPerSecond / 1000);
+    EXPECT_LT(second - first, 10u * kTicksPerSecond) << "ticks are not 100 ns";
+    std::uint64_t previous = second;
+    for (int i = 0; i < 1000; ++i) {
+        const std::uint64_t now = GetTicks();
+        ASSERT_GE(now, previous);
+        previous = now;
+    }
+}
+
+TEST_F(PlatformTest, GpuWarningTextNamesWhatWasFound)
+{
+    EXPECT_EQ(ComposeGpuWarning("NVIDIA Corporation", "GeForce", "4.6.0 NVIDIA 550.54", {4, 6, 0}), "");
+    EXPECT_EQ(ComposeGpuWarning("NVIDIA Corporation", "GeForce", "4.5.0", {4, 5, 0}),
+              "OpenGl version on your system is lower then the recommended version 4.6.0.\n\nDetected:\n"
+              "NVIDIA Corporation\nGeForce\nOpenGl version 4.5.0");
+    EXPECT_EQ(ComposeGpuWarning("Mesa", "llvmpipe", "4.5 (Core Profile) Mesa 24.0", {4, 5, 0}),
+              "Graphics card vendor is not supported. Errors may occur.\n"
+              "OpenGl version on your system is lower then the recommended version 4.6.0.\n\nDetected:\n"
+              "Mesa\nllvmpipe\nOpenGl version 4.5 (Core Profile) Mesa 24.0");
+    EXPECT_EQ(ComposeGpuWarning("Mesa", "llvmpipe", "5.0", {5, 0, 0}),
+              "Graphics card vendor is not supported. Errors may occur.\n\nDetected:\nMesa\nllvmpipe\nOpenGl version 5.0");
+}
+
+TEST_F(PlatformTest, ScreenshotPathsCarryATimestampAndCreateTheFolder)
+{
+    const std::string folder = root_ + "/shots";
+    const std::string first = MakeScreenshotPath(folder);
+    EXPECT_TRUE(fs::is_directory(folder));
+    const std::regex pattern(std::regex_replace(folder + "/", std::regex(R"([.^$|()\[\]{}*+?\\])"), R"(\$&)") +
+                             R"(Screenshot-\d{8}-\d{6}-\d{3}\.png)");
+    EXPECT_TRUE(std::regex_match(first, pattern)) << first;
+
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    const std::string second = MakeScreenshotPath(folder + "/", "Shot");
+    EXPECT_EQ(second.rfind(folder + "/Shot-", 0), 0u) << second;
+    EXPECT_NE(second.substr(second.size() - 8), first.substr(first.size() - 8)) << "milliseconds tell shots apart";
+
+    EXPECT_EQ(std::string(kScreenshotDirectory), "./screenshots/");
+    EXPECT_EQ(std::string(kScreenshotBaseName), "Screenshot");
+}

@@ -1,0 +1,397 @@
+#include "core/GeneralOptions.h"
+
+#include "LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#if __has_include(<plor/Window.h>)
+#include "core/WindowManager.h"
+#define VEXA_TEST_WINDOW_MANAGER 1
+#endif
+
+using namespace vexa;
+namespace fs = std::filesystem;
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+class SettingsFilesTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        root_ = fs::temp_directory_path() /
+                ("vexa_settings_" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()) +
+                 "_" + std::to_string(std::random_device{}()));
+        fs::create_directories(root_);
+        directory_ = root_.string() + "/";
+    }
+    void TearDown() override
+    {
+        std::error_code ignored;
+        fs::remove_all(root_, ignored);
+    }
+
+    void WriteFile(const std::string& name, const Bytes& bytes) const
+    {
+        std::ofstream out(directory_ + name, std::ios::binary | std::ios::trunc);
+        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    }
+    Bytes ReadFile(const std::string& name) const
+    {
+        std::ifstream in(directory_ + name, std::ios::binary);
+        return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    }
+
+    fs::path root_;
+    std::string directory_;
+};
+
+void AppendU32(Bytes& bytes, std::uint32_t value)
+{
+    for (int i = 0; i < 4; ++i)
+        bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+}
+
+void AppendFloat(Bytes& bytes, float value)
+{
+    std::uint32_t bits = 0;
+    std::memcpy(&bits, &value, sizeof(bits));
+    AppendU32(bytes, bits);
+}
+
+/// Everything a rejected file must leave alone, compared as one value.
+struct OptionsState {
+    int antiAliasing;
+    bool white;
+    float stored;
+    bool optimized;
+    bool shortcuts;
+    std::uint8_t layout;
+    bool dirty;
+    bool operator==(const OptionsState&) const = default;
+};
+
+OptionsState StateOf(const GeneralOptions& options)
+{
+    return {options.GetAntiAliasing(),      options.IsWhiteBackground(), options.GetStoredSensitivity(),
+            options.IsOptimizedRendering(), options.IsShortcutsEnabled(), options.GetViewLayout(),
+            options.IsDirty()};
+}
+
+/// Counts hook calls, so a rejected file is seen to apply nothing.
+struct HookLog {
+    std::vector<int> antiAliasing;
+    std::vector<tesk::Color3b> backgrounds;
+    std::vector<float> sensitivities;
+
+    GeneralOptions::Hooks Hooks()
+    {
+        return {[this](int method) { antiAliasing.push_back(method); },
+                [this](const tesk::Color3b& color) { backgrounds.push_back(color); },
+                [this](float sensitivity) { sensitivities.push_back(sensitivity); }};
+    }
+    std::size_t Calls() const { return antiAliasing.size() + backgrounds.size() + sensitivities.size(); }
+};
+
+/// Feeds `bytes` as the storage's file and checks that it is rejected with exactly one
+/// warning that names the file.
+template <class Storage, class State>
+void ExpectRejected(const std::string& directory, const Bytes& bytes, Storage& storage,
+                    const std::function<State(const Storage&)>& stateOf, const std::string& what)
+{
+    SCOPED_TRACE(what);
+    {
+        std::ofstream out(storage.GetFilePath(directory), std::ios::binary | std::ios::trunc);
+        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    }
+    const State before = stateOf(storage);
+    testing_support::LogCapture log;
+    EXPECT_FALSE(storage.Load(directory));
+    EXPECT_TRUE(stateOf(storage) == before);
+    ASSERT_EQ(log.messages.size(), 1u);
+    EXPECT_EQ(log.messages[0].level, rlog::Level::Warning);
+    EXPECT_EQ(log.messages[0].label, "vexa::FileStorage::Load");
+    EXPECT_NE(log.messages[0].message.find(storage.GetFilePath(directory)), std::string::npos)
+        << log.messages[0].message;
+}
+
+} // namespace
+
+#ifdef VEXA_TEST_WINDOW_MANAGER
+
+namespace {
+
+Bytes WindowFile(std::uint32_t version, int x, int y, int width, int height, std::uint8_t maximized)
+{
+    Bytes bytes;
+    AppendU32(bytes, version);
+    for (int value : {x, y, width, height})
+        AppendU32(bytes, static_cast<std::uint32_t>(value));
+    bytes.insert(bytes.end(), {maximized, 0, 0, 0});
+    return bytes;
+}
+
+WindowManager::Placement PlacementOf(const WindowManager& manager)
+{
+    return manager.GetPlacement();
+}
+
+} // namespace
+
+TEST_F(SettingsFilesTest, WindowPlacementFollowsEventsAndRoundTripsAsTwentyBytes)
+{
+    WindowManager manager;
+    EXPECT_EQ(manager.GetPlacement(), (WindowManager::Placement{100, 100, 1600, 700, false}));
+    EXPECT_EQ(manager.GetWindowParams().caption, "PLOR Window");
+    EXPECT_FALSE(manager.IsDirty());
+
+    manager.OnWindowMoved(-30, 45);
+    EXPECT_TRUE(manager.IsDirty());
+    EXPECT_FALSE(manager.FileExists(directory_)) << "moving only marks the placement for the next save";
+    manager.OnWindowResized(1280, 720);
+    manager.OnWindowResized(0, 0); // iconified on some window systems: the size is kept
+    EXPECT_EQ(manager.GetPlacement(), (WindowManager::Placement{-30, 45, 1280, 720, false}));
+
+    ASSERT_TRUE(manager.Save(directory_));
+    EXPECT_FALSE(manager.IsDirty());
+    EXPECT_EQ(ReadFile("window.bin"), WindowFile(1, -30, 45, 1280, 720, 0));
+    const Bytes expectedHead = {0x01, 0x00, 0x00, 0x00, 0xE2, 0xFF, 0xFF, 0xFF, 0x2D, 0x00, 0x00, 0x00};
+    EXPECT_TRUE(std::equal(expectedHead.begin(), expectedHead.end(), ReadFile("window.bin").begin()));
+
+    WindowManager restored;
+    ASSERT_TRUE(restored.Load(directory_));
+    EXPECT_EQ(restored.GetPlacement(), manager.GetPlacement());
+    const plor::WindowParams& params = restored.GetWindowParams();
+    EXPECT_EQ(params.width, 1280);
+    EXPECT_EQ(params.height, 720);
+    EXPECT_EQ(params.positionX, -30);
+    EXPECT_EQ(params.positionY, 45);
+    EXPECT_FALSE(params.maximized);
+    EXPECT_FALSE(restored.IsDirty());
+
+    WriteFile("window.bin", WindowFile(1, 5, 6, 800, 600, 1));
+    ASSERT_TRUE(restored.Load(directory_));
+    EXPECT_TRUE(restored.GetWindowParams().maximized);
+    EXPECT_TRUE(restored.GetPlacement().maximized);
+}
+
+TEST_F(SettingsFilesTest, WindowFileWithoutAUsableSizeIsIgnored)
+{
+    WindowManager manager;
+    // What the look asked for stays when the file is refused.
+    manager.GetWindowParams().width = 1024;
+    manager.GetWindowParams().height = 768;
+    const std::function<WindowManager::Placement(const WindowManager&)> stateOf = PlacementOf;
+    ExpectRejected(directory_, WindowFile(1, 10, 10, 800, 0, 0), manager, stateOf, "height 0");
+    ExpectRejected(directory_, WindowFile(1, 10, 10, 0, 600, 0), manager, stateOf, "width 0");
+    ExpectRejected(directory_, WindowFile(1, 10, 10, -800, 600, 0), manager, stateOf, "negative width");
+    ExpectRejected(directory_, WindowFile(1, 10, 10, 800, 600, 7), manager, stateOf, "maximised not a bool");
+    EXPECT_EQ(manager.GetWindowParams().width, 1024);
+    EXPECT_EQ(manager.GetWindowParams().height, 768);
+
+    manager.CopyPlacementFromParams();
+    EXPECT_EQ(manager.GetPlacement(), (WindowManager::Placement{100, 100, 1024, 768, false}));
+}
+
+TEST_F(SettingsFilesTest, DamagedWindowFilesKeepTheDefaults)
+{
+    const Bytes valid = WindowFile(1, 1, 2, 300, 400, 0);
+    WindowManager manager;
+    const std::function<WindowManager::Placement(const WindowManager&)> stateOf = PlacementOf;
+    for (std::size_t length = 0; length < valid.size(); ++length)
+        ExpectRejected(directory_, Bytes(valid.begin(), valid.begin() + static_cast<std::ptrdiff_t>(length)),
+                       manager, stateOf, "truncated to " + std::to_string(length));
+    ExpectRejected(directory_, WindowFile(2, 1, 2, 300, 400, 0), manager, stateOf, "another format version");
+    EXPECT_EQ(manager.GetPlacement(), WindowManager::Placement{});
+    EXPECT_EQ(manager.GetWindowParams().width, 640);
+
+    // Garbage behind a matching version word: whatever is accepted must be a usable size.
+    std::mt19937 random(7);
+    for (int round = 0; round < 100; ++round) {
+        Bytes bytes;
+        AppendU32(bytes, 1);
+        const std::size_t length = random() % 40;
+        for (std::size_t i = 0; i < length; ++i)
+            bytes.push_back(static_cast<std::uint8_t>(random()));
+        WriteFile("window.bin", bytes);
+        testing_support::LogCapture log;
+        if (manager.Load(directory_)) {
+            EXPECT_GT(manager.GetPlacement().width, 0);
+            EXPECT_GT(manager.GetPlacement().height, 0);
+        }
+    }
+}
+
+#endif // VEXA_TEST_WINDOW_MANAGER
+
+TEST_F(SettingsFilesTest, OptionsDefaultsAndExactFileLayout)
+{
+    GeneralOptions options;
+    EXPECT_EQ(options.GetAntiAliasing(), 2);
+    EXPECT_FALSE(options.IsWhiteBackground());
+    EXPECT_EQ(options.GetBackgroundColor(), tesk::Color3b(0x3D, 0x3D, 0x3D));
+    EXPECT_FLOAT_EQ(options.GetSensitivity(), 1.0f);
+    EXPECT_TRUE(options.IsOptimizedRendering());
+    EXPECT_TRUE(options.IsShortcutsEnabled());
+    EXPECT_EQ(options.GetViewLayout(), 0);
+    EXPECT_FALSE(options.IsDirty());
+
+    options.SetAntiAliasing(5);
+    options.SetWhiteBackground(true);
+    options.SetStoredSensitivity(0.25f);
+    options.SetOptimizedRendering(false);
+    options.SetShortcutsEnabled(false);
+    options.SetViewLayout(3);
+    EXPECT_EQ(options.GetDisplayedBackgroundColor(), tesk::Color3b(255, 255, 255));
+    ASSERT_TRUE(options.Save(directory_));
+    EXPECT_EQ(ReadFile("options.bin"),
+              (Bytes{0x02, 0x00, 0x00, 0x00, 0x05, 0x01, 0x00, 0x00, 0x80, 0x3E, 0x00, 0x00, 0x03}));
+
+    // Reading applies the effects through the hooks, the sensitivity already converted.
+    GeneralOptions restored;
+    HookLog hooks;
+    restored.SetHooks(hooks.Hooks());
+    ASSERT_TRUE(restored.Load(directory_));
+    EXPECT_EQ(hooks.antiAliasing, std::vector<int>{5});
+    EXPECT_EQ(hooks.backgrounds, std::vector<tesk::Color3b>{tesk::Color3b(255, 255, 255)});
+    EXPECT_EQ(hooks.sensitivities, std::vector<float>{0.25f * 1.5999999f + 0.2f});
+    EXPECT_EQ(StateOf(restored), (OptionsState{5, true, 0.25f, false, false, 3, true}));
+    EXPECT_EQ(restored.GetBackgroundColor(), tesk::Color3b(0x3D, 0x3D, 0x3D));
+}
+
+TEST_F(SettingsFilesTest, OptionsDirtyRules)
+{
+    GeneralOptions options;
+    HookLog hooks;
+    options.SetHooks(hooks.Hooks());
+    options.SetOptimizedRendering(true);
+    options.SetShortcutsEnabled(true);
+    options.SetWhiteBackground(false);
+    EXPECT_FALSE(options.IsDirty()) << "setting a switch to its current value is no change";
+    EXPECT_TRUE(hooks.backgrounds.empty());
+
+    // The look's background is not stored in options.bin and is shown only without white.
+    options.SetBackgroundColor(tesk::Color3b(1, 2, 3));
+    EXPECT_FALSE(options.IsDirty());
+    EXPECT_EQ(hooks.backgrounds.back(), tesk::Color3b(1, 2, 3));
+    options.SetWhiteBackground(true);
+    EXPECT_TRUE(options.IsDirty());
+    options.SetBackgroundColor(tesk::Color3b(4, 5, 6));
+    EXPECT_EQ(hooks.backgrounds.back(), tesk::Color3b(255, 255, 255));
+    options.SetWhiteBackground(false);
+    EXPECT_EQ(hooks.backgrounds.back(), tesk::Color3b(4, 5, 6));
+
+    // A file that only repeats the current values still dirties the options: the
+    // anti-aliasing method and the sensitivity count as changed on every read.
+    GeneralOptions defaults;
+    ASSERT_TRUE(defaults.Save(directory_));
+    GeneralOptions reread;
+    ASSERT_TRUE(reread.Load(directory_));
+    EXPECT_TRUE(reread.IsDirty());
+    EXPECT_EQ(StateOf(reread), (OptionsState{2, false, GeneralOptions::ToStoredSensitivity(1.0f), true, true, 0, true}));
+
+    testing_support::LogCapture log;
+    options.SetDirty(false);
+    options.SetAntiAliasing(6);
+    options.SetViewLayout(5);
+    options.SetStoredSensitivity(std::numeric_limits<float>::quiet_NaN());
+    EXPECT_EQ(log.messages.size(), 3u);
+    EXPECT_FALSE(options.IsDirty());
+    options.SetStoredSensitivity(3.0f);
+    EXPECT_EQ(options.GetStoredSensitivity(), 1.0f);
+    EXPECT_FLOAT_EQ(hooks.sensitivities.back(), 1.8f);
+}
+
+TEST_F(SettingsFilesTest, DamagedOptionsFilesKeepEveryValue)
+{
+    Bytes valid;
+    AppendU32(valid, 2);
+    valid.insert(valid.end(), {0x05, 0x01});
+    AppendFloat(valid, 0.75f);
+    valid.insert(valid.end(), {0x00, 0x00, 0x04});
+
+    GeneralOptions options;
+    HookLog hooks;
+    options.SetHooks(hooks.Hooks());
+    const std::function<OptionsState(const GeneralOptions&)> stateOf = StateOf;
+    for (std::size_t length = 0; length < valid.size(); ++length)
+        ExpectRejected(directory_, Bytes(valid.begin(), valid.begin() + static_cast<std::ptrdiff_t>(length)),
+                       options, stateOf, "truncated to " + std::to_string(length));
+
+    Bytes version1 = valid;
+    version1[0] = 1;
+    ExpectRejected(directory_, version1, options, stateOf, "format version 1");
+    Bytes badLayout = valid;
+    badLayout.back() = 5;
+    ExpectRejected(directory_, badLayout, options, stateOf, "view layout 5");
+    Bytes badMethod = valid;
+    badMethod[4] = 6;
+    ExpectRejected(directory_, badMethod, options, stateOf, "anti-aliasing method 6");
+    Bytes nanSensitivity;
+    AppendU32(nanSensitivity, 2);
+    nanSensitivity.insert(nanSensitivity.end(), {0x02, 0x00});
+    AppendFloat(nanSensitivity, std::numeric_limits<float>::quiet_NaN());
+    nanSensitivity.insert(nanSensitivity.end(), {0x01, 0x01, 0x00});
+    ExpectRejected(directory_, nanSensitivity, options, stateOf, "sensitivity NaN");
+    EXPECT_EQ(hooks.Calls(), 0u) << "a refused file applies nothing";
+    EXPECT_EQ(StateOf(options), StateOf(GeneralOptions{}));
+
+    std::mt19937 random(11);
+    for (int round = 0; round < 100; ++round) {
+        Bytes bytes;
+        if (round % 2 == 0)
+            AppendU32(bytes, 2);
+        const std::size_t length = random() % 24;
+        for (std::size_t i = 0; i < length; ++i)
+            bytes.push_back(static_cast<std::uint8_t>(random()));
+        WriteFile("options.bin", bytes);
+        testing_support::LogCapture log;
+        GeneralOptions fresh;
+        if (fresh.Load(directory_)) {
+            EXPECT_LT(fresh.GetAntiAliasing(), GeneralOptions::kAntiAliasingMethodCount);
+            EXPECT_LT(fresh.GetViewLayout(), GeneralOptions::kViewLayoutCount);
+            EXPECT_GE(fresh.GetStoredSensitivity(), 0.0f);
+            EXPECT_LE(fresh.GetStoredSensitivity(), 1.0f);
+        } else {
+            EXPECT_EQ(StateOf(fresh), StateOf(GeneralOptions{}));
+        }
+    }
+}
+
+TEST_F(SettingsFilesTest, MissingAndUnwritableFiles)
+{
+    GeneralOptions options;
+    testing_support::LogCapture log;
+    EXPECT_FALSE(options.FileExists(directory_));
+    EXPECT_FALSE(options.Load(directory_));
+    EXPECT_TRUE(log.messages.empty()) << "a first run is not worth a message";
+
+    options.SetViewLayout(2);
+    const std::string missing = directory_ + "no/such/directory/";
+    EXPECT_FALSE(options.Save(missing));
+    EXPECT_FALSE(options.IsDirty());
+    EXPECT_FALSE(fs::exists(missing));
+    EXPECT_TRUE(log.messages.empty());
+
+    // A save replaces the file as a whole and leaves nothing beside it.
+    ASSERT_TRUE(options.Save(directory_));
+    options.SetViewLayout(4);
+    ASSERT_TRUE(options.Save(directory_));
+    EXPECT_EQ(std::distance(fs::directory_iterator(root_), fs::directory_iterator()), 1);
+    GeneralOptions reread;
+    ASSERT_TRUE(reread.Load(directory_));
+    EXPECT_EQ(reread.GetViewLayout(), 4);
+}
