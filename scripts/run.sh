@@ -12,7 +12,13 @@ cmake --build "$BUILD_DIR" -j"$(nproc)"
 
 VIEWER="$BUILD_DIR/bin/vexa-viewer"
 if [ ! -x "$VIEWER" ]; then
-  echo "run: the viewer program is not written yet; the libraries are built in $BUILD_DIR (run scripts/test.sh for the tests)."
+  # Until the viewer exists, show what the drawing and GUI libraries draw.
+  mkdir -p screenshots
+  RUN=()
+  if [ -z "${DISPLAY:-}" ]; then RUN=(xvfb-run -a -s "-screen 0 1920x1600x24"); fi
+  "${RUN[@]}" "$BUILD_DIR/bin/vexa-draw-gallery" --out "$(pwd)/screenshots/draw-gallery.png"
+  "${RUN[@]}" "$BUILD_DIR/bin/vexa-gui-gallery" --out "$(pwd)/screenshots/gui-gallery.png"
+  echo "run: the viewer program is not written yet; the drawing and GUI galleries are in $(pwd)/screenshots/"
   exit 0
 fi
 

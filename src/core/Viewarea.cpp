@@ -1,0 +1,275 @@
+#include "core/Viewarea.h"
+
+#include "core/EngineServices.h"
+#include "core/Notifications.h"
+#include "scene/GadgetManager.h"
+
+#include <vexa/Gadget.h>
+
+#include <vexa/draw/Scene.h>
+
+#include <runa/rlog.h>
+
+#include <CEGUI/CEGUI.h>
+
+#include <exception>
+
+namespace vexa {
+
+Viewarea::Viewarea(unsigned int id)
+    : id_(id)
+{
+    gadgetManager_ = std::make_unique<GadgetManager>(this);
+}
+
+namespace {
+
+constexpr const char* kLayoutFile = "ViewArea.layout";
+
+CEGUI::UDim ToUDim(const CompositeFloat& value)
+{
+    return CEGUI::UDim(value.relative, value.pixels);
+}
+
+} // namespace
+
+Viewarea::Viewarea(unsigned int id, CEGUI::Window* parent)
+    : id_(id)
+{
+    try
+    {
+        window_ = CEGUI::WindowManager::getSingleton().loadLayoutFromFile(kLayoutFile);
+        // Sibling names must be unique for CEGUI's name paths.
+        window_->setName("viewarea" + CEGUI::PropertyHelper<std::uint32_t>::toString(id));
+        renderCanvas_ = window_->getChild("render_canvas");
+        if (parent != nullptr)
+            parent->addChild(window_);
+        window_->getChild("btn_toggle_sidebar")
+            ->subscribeEvent(CEGUI::PushButton::EventClicked, [this](const CEGUI::EventArgs&) {
+                SetSidebarVisible(!sidebarVisible_);
+                return true;
+            });
+        sidebarVisible_ = window_->getChild("sidebar")->isVisible();
+        sidebarToggleShown_ = true;
+    }
+    catch (const std::exception& e)
+    {
+        rlog::Fail(std::string("Can not build the view area from resources/") + kLayoutFile + ": " + e.what(),
+                   "vexa::Viewarea::Viewarea");
+        if (window_ != nullptr)
+            CEGUI::WindowManager::getSingleton().destroyWindow(window_);
+        window_ = nullptr;
+        renderCanvas_ = nullptr;
+    }
+    gadgetManager_ = std::make_unique<GadgetManager>(this);
+}
+
+Viewarea::~Viewarea()
+{
+    GetNotifications().Unsubscribe(this);
+    gadgetManager_.reset();
+    if (window_ != nullptr)
+        CEGUI::WindowManager::getSingleton().destroyWindow(window_);
+}
+
+CEGUI::Window* Viewarea::GetChild(const char* name) const
+{
+    if (window_ == nullptr)
+        return nullptr;
+    return window_->getChild(name);
+}
+
+void Viewarea::ApplyLook(const ViewareaLook& look)
+{
+    look_ = look;
+    GetNotifications().Unsubscribe(this);
+    GetNotifications().Subscribe(this, kResourceAdded,
+                                 [this](const void* data) { OnResourceAdded(*static_cast<const ResourceId*>(data)); });
+    GetNotifications().Subscribe(this, kResourceGadgetsReset,
+                                 [this](const void* data) { OnResourceReset(*static_cast<const ResourceId*>(data)); });
+    GetNotifications().Subscribe(this, kResourceRemoved,
+                                 [this](const void* data) { OnResourceRemoved(*static_cast<const ResourceId*>(data)); });
+
+    SetAxesVisible(look.axes);
+    GetScene()->SetGridMode(static_cast<int>(look.gridMode));
+    GetScene()->SetGridUnits(look.gridUnits);
+    GetScene()->SetNearFar(look.nearPlane, look.farPlane);
+
+    if (window_ == nullptr)
+    {
+        sidebarVisible_ = look.sidebarEnabled && look.sidebarVisible;
+        sidebarToggleShown_ = look.sidebarEnabled;
+        return;
+    }
+    window_->setPosition(CEGUI::UVector2(ToUDim(look.position.x), ToUDim(look.position.y)));
+    window_->setSize(CEGUI::USize(ToUDim(look.size.width), ToUDim(look.size.height)));
+
+    CEGUI::Window* toggle = window_->getChild("btn_toggle_sidebar");
+    if (look.sidebarEnabled)
+    {
+        ChangeSidebarVisibility(look.sidebarVisible);
+        toggle->setVisible(true);
+        sidebarToggleShown_ = true;
+    }
+    else
+    {
+        ChangeSidebarVisibility(false);
+        toggle->setVisible(false);
+        sidebarToggleShown_ = false;
+    }
+
+    window_->getChild("sidebar/toolbar/btn_camera_animator")->setVisible(look.cameraAnimatorEnabled);
+    window_->getChild("sidebar/toolbar/btn_settings")->setVisible(look.settingsEnabled);
+    const bool toolbar = look.cameraAnimatorEnabled || look.settingsEnabled;
+    window_->getChild("sidebar/toolbar")->setVisible(toolbar);
+    // Without the toolbar the panels move up into its place.
+    CEGUI::Window* scroll = window_->getChild("sidebar/scroll_panel");
+    const float top = toolbar ? window_->getChild("sidebar/toolbar")->getHeight().d_offset : 0.0f;
+    scroll->setArea(CEGUI::URect(CEGUI::UDim(0, 0), CEGUI::UDim(0, top), CEGUI::UDim(1, 0), CEGUI::UDim(1, 0)));
+    gadgetManager_->UpdateViewport();
+    GetEngineServices().RequestRedraw();
+}
+
+bool Viewarea::ShowsResource(const ResourceId& id) const
+{
+    if (look_.resourceLooks.empty())
+        return true;
+    for (const ResourceLook& rule : look_.resourceLooks)
+        if (rule.id == id)
+            return true;
+    return false;
+}
+
+bool Viewarea::Contains(float x, float y) const
+{
+    if (window_ == nullptr)
+        return false;
+    return window_->getUnclippedOuterRect().get().isPointInRect(CEGUI::Vector2f(x, y));
+}
+
+void Viewarea::SetSidebarVisible(bool visible)
+{
+    if (!look_.sidebarEnabled && visible)
+        return;
+    ChangeSidebarVisibility(visible);
+}
+
+void Viewarea::SetSidebarVisibilityCallback(std::function<void(bool)> callback)
+{
+    sidebarCallback_ = std::move(callback);
+}
+
+void Viewarea::ChangeSidebarVisibility(bool visible)
+{
+    const bool changed = visible != sidebarVisible_;
+    sidebarVisible_ = visible;
+    if (window_ != nullptr)
+    {
+        window_->getChild("sidebar")->setVisible(visible);
+        // The arrow points where the sidebar goes when clicked.
+        window_->getChild("btn_toggle_sidebar")
+            ->setProperty("Glyph", visible ? "Icons16px/right" : "Icons16px/left");
+        window_->getChild("btn_toggle_sidebar")->setProperty("TooltipText", visible ? "Hide the sidebar" : "Show the sidebar");
+        // Keep the toggle beside the sidebar, or at the window's edge without it.
+        const float right = visible ? -276.0f : -6.0f;
+        window_->getChild("btn_toggle_sidebar")
+            ->setArea(CEGUI::URect(CEGUI::UDim(1, right - 20.0f), CEGUI::UDim(0, 6), CEGUI::UDim(1, right), CEGUI::UDim(0, 26)));
+    }
+    if (changed)
+    {
+        GetEngineServices().RequestRedraw();
+        if (sidebarCallback_)
+            sidebarCallback_(visible);
+    }
+}
+
+void Viewarea::OnResourceAdded(const ResourceId& id)
+{
+    if (ShowsResource(id) && !gadgetManager_->HasGadget(id))
+        gadgetManager_->Create(id);
+}
+
+void Viewarea::OnResourceReset(const ResourceId& id)
+{
+    if (!gadgetManager_->HasGadget(id))
+        return;
+    gadgetManager_->Remove(id);
+    gadgetManager_->Create(id);
+    GetEngineServices().RequestRedraw();
+}
+
+void Viewarea::OnResourceRemoved(const ResourceId& id)
+{
+    if (!gadgetManager_->HasGadget(id))
+        return;
+    gadgetManager_->Remove(id);
+    GetEngineServices().RequestRedraw();
+}
+
+Camera* Viewarea::GetCamera() const
+{
+    return gadgetManager_->GetCamera().get();
+}
+
+draw::Scene* Viewarea::GetScene() const
+{
+    return gadgetManager_->GetScene().get();
+}
+
+int Viewarea::AddRenderer(const ResourceId& id, const std::shared_ptr<draw::Renderer>& renderer,
+                          const std::shared_ptr<draw::Style>& style, unsigned char flags)
+{
+    return gadgetManager_->AddRenderer(id, renderer, style, flags);
+}
+
+void Viewarea::RemoveRenderer(const ResourceId& id, int handle)
+{
+    gadgetManager_->RemoveRenderer(id, handle);
+}
+
+bool Viewarea::IsAxesVisible() const
+{
+    return GetScene()->IsAxesVisible();
+}
+
+void Viewarea::SetAxesVisible(bool visible)
+{
+    GetScene()->SetAxesVisible(visible);
+}
+
+EventStatus Viewarea::KeyPressed(Key key, const ModKeys& mods)
+{
+    return gadgetManager_->Route([&](Gadget& g, EventStatus s) { return g.KeyPressed(key, mods, s); });
+}
+
+EventStatus Viewarea::KeyReleased(Key key, const ModKeys& mods)
+{
+    return gadgetManager_->Route([&](Gadget& g, EventStatus s) { return g.KeyReleased(key, mods, s); });
+}
+
+EventStatus Viewarea::MouseButtonPressed(MouseButton button, const ModKeys& mods)
+{
+    return gadgetManager_->Route([&](Gadget& g, EventStatus s) { return g.MouseButtonPressed(button, mods, s); });
+}
+
+EventStatus Viewarea::MouseButtonReleased(MouseButton button, const ModKeys& mods)
+{
+    return gadgetManager_->Route([&](Gadget& g, EventStatus s) { return g.MouseButtonReleased(button, mods, s); });
+}
+
+EventStatus Viewarea::MouseWheel(float delta)
+{
+    return gadgetManager_->Route([&](Gadget& g, EventStatus s) { return g.MouseWheel(delta, s); });
+}
+
+EventStatus Viewarea::MouseMoved(float x, float y)
+{
+    return gadgetManager_->Route([&](Gadget& g, EventStatus s) { return g.MouseMoved(x, y, s); });
+}
+
+EventStatus Viewarea::ViewResized(unsigned int width, unsigned int height)
+{
+    return gadgetManager_->Route([&](Gadget& g, EventStatus s) { return g.ViewResized(width, height, s); });
+}
+
+} // namespace vexa

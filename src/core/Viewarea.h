@@ -1,0 +1,101 @@
+#pragma once
+// One rectangular part of the window with its own scene, camera, gadgets and sidebar. Input
+// that the engine routes here is passed along the gadgets in id order.
+//
+// Which resources a view area shows: with no "units" rules in its look, every registered
+// resource; with rules, exactly the resources they name. The sidebar floats over the right edge
+// of the render canvas, so hiding it never changes the scene's viewport.
+
+#include <vexa/Input.h>
+#include <vexa/ResourceId.h>
+
+#include "core/Looks.h"
+
+#include <functional>
+
+#include <memory>
+
+namespace CEGUI {
+class Window;
+}
+
+namespace vexa {
+
+class Camera;
+class GadgetManager;
+namespace draw {
+class Renderer;
+class Scene;
+class Style;
+} // namespace draw
+
+class Viewarea {
+public:
+    /// A view area without windows: scene, camera and gadgets only.
+    explicit Viewarea(unsigned int id);
+    /// A view area built from "ViewArea.layout" under `parent` (the GUI must be running).
+    /// Logs and stays without windows when the layout cannot be loaded.
+    Viewarea(unsigned int id, CEGUI::Window* parent);
+    virtual ~Viewarea();
+    Viewarea(const Viewarea&) = delete;
+    Viewarea& operator=(const Viewarea&) = delete;
+
+    unsigned int GetId() const { return id_; }
+    /// The area window and its "render_canvas" child; null for a view area without windows.
+    CEGUI::Window* GetWindow() const { return window_; }
+    CEGUI::Window* GetRenderCanvas() const { return renderCanvas_; }
+
+    GadgetManager& GetGadgetManager() { return *gadgetManager_; }
+    const GadgetManager& GetGadgetManager() const { return *gadgetManager_; }
+    Camera* GetCamera() const;
+    draw::Scene* GetScene() const;
+
+    /// The scene registry: instances added here are recorded under the gadget's id.
+    int AddRenderer(const ResourceId& id, const std::shared_ptr<draw::Renderer>& renderer,
+                    const std::shared_ptr<draw::Style>& style, unsigned char flags);
+    void RemoveRenderer(const ResourceId& id, int handle);
+
+    /// Places and configures the area and subscribes to resource notifications 0, 1 and 2.
+    void ApplyLook(const ViewareaLook& look);
+    const ViewareaLook& GetLook() const { return look_; }
+    /// Whether the look's rules let this view area show the resource.
+    bool ShowsResource(const ResourceId& id) const;
+    /// Whether a cursor position (window pixels) lies inside the area.
+    bool Contains(float x, float y) const;
+
+    bool IsSidebarVisible() const { return sidebarVisible_; }
+    /// Shows or hides the sidebar (only while the look enables it) and flips the toggle glyph.
+    void SetSidebarVisible(bool visible);
+    bool IsSidebarToggleShown() const { return sidebarToggleShown_; }
+    /// Called with the new state whenever the sidebar's visibility changes.
+    void SetSidebarVisibilityCallback(std::function<void(bool)> callback);
+    CEGUI::Window* GetChild(const char* name) const;
+
+    bool IsAxesVisible() const;
+    void SetAxesVisible(bool visible);
+
+    virtual EventStatus KeyPressed(Key key, const ModKeys& mods);
+    virtual EventStatus KeyReleased(Key key, const ModKeys& mods);
+    virtual EventStatus MouseButtonPressed(MouseButton button, const ModKeys& mods);
+    virtual EventStatus MouseButtonReleased(MouseButton button, const ModKeys& mods);
+    virtual EventStatus MouseWheel(float delta);
+    virtual EventStatus MouseMoved(float x, float y);
+    virtual EventStatus ViewResized(unsigned int width, unsigned int height);
+
+private:
+    void OnResourceAdded(const ResourceId& id);
+    void OnResourceReset(const ResourceId& id);
+    void OnResourceRemoved(const ResourceId& id);
+    void ChangeSidebarVisibility(bool visible);
+
+    unsigned int id_;
+    ViewareaLook look_;
+    bool sidebarVisible_ = false;
+    bool sidebarToggleShown_ = false;
+    std::function<void(bool)> sidebarCallback_;
+    CEGUI::Window* window_ = nullptr;
+    CEGUI::Window* renderCanvas_ = nullptr;
+    std::unique_ptr<GadgetManager> gadgetManager_;
+};
+
+} // namespace vexa

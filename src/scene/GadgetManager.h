@@ -1,0 +1,87 @@
+#pragma once
+// Everything drawn in one view area: its scene, its camera and the gadgets of the resources it
+// shows, keyed by ResourceId, plus the scene instances each gadget added.
+
+#include <vexa/Input.h>
+#include <vexa/ResourceId.h>
+
+#include <CEGUI/Event.h>
+
+#include <map>
+#include <memory>
+#include <set>
+#include <vector>
+
+namespace CEGUI {
+class EventArgs;
+class Window;
+} // namespace CEGUI
+
+namespace vexa {
+
+class Camera;
+class Gadget;
+class Viewarea;
+namespace draw {
+class Renderer;
+class Scene;
+class Style;
+} // namespace draw
+
+class GadgetManager {
+public:
+    /// Creates the scene and camera and registers them with the engine's render system and
+    /// camera controller (when it has them). With a view area that has windows, the scene's
+    /// viewport follows its render canvas.
+    explicit GadgetManager(Viewarea* viewarea);
+    /// Terminates every gadget in key order.
+    ~GadgetManager();
+    GadgetManager(const GadgetManager&) = delete;
+    GadgetManager& operator=(const GadgetManager&) = delete;
+
+    /// Throws std::out_of_range when no gadget is stored under `id`.
+    const std::shared_ptr<Gadget>& GetGadget(const ResourceId& id) const;
+    bool HasGadget(const ResourceId& id) const;
+    /// Makes the gadget of the registered resource `id` in this view area; false (logged when
+    /// the resource returns none) when nothing was made.
+    bool Create(const ResourceId& id);
+    /// Terminates the gadget, takes its instances out of the scene and forgets it.
+    void Remove(const ResourceId& id);
+    const std::map<ResourceId, std::shared_ptr<Gadget>>& GetGadgets() const { return gadgets_; }
+
+    /// The scene instances are recorded per gadget so that removing a gadget cleans the scene.
+    int AddRenderer(const ResourceId& id, const std::shared_ptr<draw::Renderer>& renderer,
+                    const std::shared_ptr<draw::Style>& style, unsigned char flags);
+    void RemoveRenderer(const ResourceId& id, int handle);
+    const std::set<int>& GetRendererHandles(const ResourceId& id) const;
+
+    const std::shared_ptr<draw::Scene>& GetScene() const { return scene_; }
+    const std::shared_ptr<Camera>& GetCamera() const { return camera_; }
+
+    /// Routes an event along the gadgets in key order; each gets the status of the previous.
+    template <typename Call> EventStatus Route(Call&& call)
+    {
+        EventStatus status = EventStatus::NotConsumed;
+        for (auto& [gadgetId, gadget] : gadgets_)
+            status = call(*gadget, status);
+        return status;
+    }
+
+    /// Brings the scene's viewport in line with the render canvas's pixel rectangle.
+    void UpdateViewport();
+
+private:
+    bool OnWindowChanged(const CEGUI::EventArgs& args);
+
+    ResourceId id_;
+    Viewarea* viewarea_;
+    CEGUI::Window* renderCanvas_;
+    std::shared_ptr<draw::Scene> scene_;
+    std::shared_ptr<Camera> camera_;
+    std::map<ResourceId, std::shared_ptr<Gadget>> gadgets_;
+    std::map<ResourceId, std::set<int>> handles_;
+    int cameraSubscription_ = 0;
+    std::vector<CEGUI::Event::Connection> connections_;
+};
+
+} // namespace vexa

@@ -1,0 +1,281 @@
+#include <vexa/Gadget.h>
+#include <vexa/Resource.h>
+
+#include "core/Notifications.h"
+#include "core/Viewarea.h"
+#include "scene/GadgetManager.h"
+
+#include <vexa/draw/GeometryRenderer.h>
+#include <vexa/draw/GeometryStyle.h>
+#include <vexa/draw/Scene.h>
+
+#include "FakeEngine.h"
+#include "LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <vector>
+
+namespace {
+
+using testing_support::FakeEngine;
+using testing_support::LogCapture;
+
+// A gadget with its own versioned record after the base record, as content gadgets write.
+class CountingGadget final : public vexa::Gadget {
+public:
+    explicit CountingGadget(const vexa::Resource* resource, bool callBaseInitialize = true)
+        : Gadget(resource)
+        , callBaseInitialize_(callBaseInitialize)
+    {
+    }
+
+    void Initialize() override
+    {
+        LoadState();
+        if (callBaseInitialize_)
+            Gadget::Initialize();
+        handle = AddRenderer(std::make_shared<vexa::draw::GeometryRenderer>(vexa::draw::GeometryName::Box),
+                             std::make_shared<vexa::draw::GeometryStyle>(), 0);
+    }
+
+    void Terminate() override
+    {
+        ++terminated;
+        Gadget::Terminate();
+    }
+
+    vexa::EventStatus KeyPressed(vexa::Key key, const vexa::ModKeys&, vexa::EventStatus status) override
+    {
+        seenStatus.push_back(status);
+        return key == vexa::Key::A ? vexa::EventStatus::Consumed : status;
+    }
+
+    using Gadget::LoadState;
+
+    std::uint32_t value = 7;
+    bool loaded = false;
+    int handle = -1;
+    int terminated = 0;
+    std::vector<vexa::EventStatus> seenStatus;
+
+protected:
+    bool ReadFromStream(std::istream& stream) override
+    {
+        if (!Gadget::ReadFromStream(stream) || !ReadStateVersion(stream, 3))
+            return false;
+        std::uint32_t v = 0;
+        if (!stream.read(reinterpret_cast<char*>(&v), sizeof v))
+            return false;
+        value = v;
+        loaded = true;
+        return true;
+    }
+    void WriteToStream(std::ostream& stream) const override
+    {
+        Gadget::WriteToStream(stream);
+        WriteStateVersion(stream, 3);
+        stream.write(reinterpret_cast<const char*>(&value), sizeof value);
+    }
+
+private:
+    bool callBaseInitialize_;
+};
+
+class FakeResource final : public vexa::Resource {
+public:
+    FakeResource(const std::string& name, const std::string& type, bool makesGadget = true)
+        : Resource(name, type)
+        , makesGadget_(makesGadget)
+    {
+    }
+    std::shared_ptr<vexa::Gadget> CreateGadget() override
+    {
+        if (!makesGadget_)
+            return nullptr;
+        return std::make_shared<CountingGadget>(this);
+    }
+
+private:
+    bool makesGadget_;
+};
+
+std::vector<unsigned char> ReadBytes(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+TEST(Gadget, ForgottenBaseInitializeWarnsOnEveryGuardedCallAndAddsNothing)
+{
+    FakeEngine engine;
+    auto resource = std::make_shared<FakeResource>("clouds/a", "PointCloudResource");
+    vexa::Viewarea viewarea(2);
+    CountingGadget gadget(resource.get(), false);
+    gadget.SetViewarea(&viewarea);
+
+    LogCapture log;
+    gadget.Initialize();
+    EXPECT_EQ(gadget.handle, 0);
+    EXPECT_EQ(viewarea.GetScene()->GetInstanceCount(), 0u);
+    const std::string expected = "PointCloudResource:clouds/a - Can not execute function \"Gadget::AddRenderer\" "
+                                 "before Gadget is initialized.\nDid you forget to call Initialize for super class "
+                                 "at the start of your method?";
+    EXPECT_TRUE(log.Contains(expected, "vexa::Gadget::TestInitialization"));
+
+    // No once-only latch: each guarded call warns again.
+    EXPECT_FALSE(gadget.SaveState());
+    gadget.RemoveRenderer(1);
+    ASSERT_EQ(log.messages.size(), 3u);
+    EXPECT_NE(log.messages[1].message.find("\"Gadget::SaveState\""), std::string::npos);
+    EXPECT_NE(log.messages[2].message.find("\"Gadget::RemoveRenderer\""), std::string::npos);
+}
+
+TEST(Gadget, RenderersGoThroughTheViewareaAndAreRecordedUnderTheGadgetId)
+{
+    FakeEngine engine;
+    auto resource = std::make_shared<FakeResource>("a", "PointCloudResource");
+    vexa::Viewarea viewarea(0);
+    CountingGadget gadget(resource.get());
+    gadget.SetViewarea(&viewarea);
+    gadget.Initialize();
+
+    ASSERT_GT(gadget.handle, 0);
+    EXPECT_EQ(viewarea.GetScene()->GetInstanceCount(), 1u);
+    EXPECT_EQ(viewarea.GetGadgetManager().GetRendererHandles(resource->id), std::set<int>{gadget.handle});
+
+    gadget.RemoveRenderer(gadget.handle);
+    EXPECT_EQ(viewarea.GetScene()->GetInstanceCount(), 0u);
+    EXPECT_TRUE(viewarea.GetGadgetManager().GetRendererHandles(resource->id).empty());
+    EXPECT_GT(engine.redrawRequests, 0);
+}
+
+TEST(Gadget, StateFileIsNamedByTypeAndViewareaAndStartsWithTheBaseRecord)
+{
+    FakeEngine engine;
+    auto resource = std::make_shared<FakeResource>("a", "PointCloudResource");
+    vexa::Viewarea viewarea(12);
+    const std::string path = engine.GetIntermediateDirectory() + "PointCloudResourceState12.bin";
+
+    {
+        CountingGadget gadget(resource.get());
+        gadget.SetViewarea(&viewarea);
+        // Never loaded: nothing is written even after initialisation.
+        gadget.Gadget::Initialize();
+        EXPECT_FALSE(gadget.SaveState());
+        EXPECT_FALSE(std::filesystem::exists(path));
+    }
+
+    CountingGadget writer(resource.get());
+    writer.SetViewarea(&viewarea);
+    writer.Initialize();
+    EXPECT_FALSE(writer.loaded);
+    writer.value = 0x01020304;
+    ASSERT_TRUE(writer.SaveState());
+    EXPECT_EQ(ReadBytes(path), (std::vector<unsigned char>{0, 0, 0, 0, 3, 0, 0, 0, 4, 3, 2, 1}));
+
+    // Another resource of the same type in the same view area starts from these settings.
+    auto other = std::make_shared<FakeResource>("b", "PointCloudResource");
+    CountingGadget reader(other.get());
+    reader.SetViewarea(&viewarea);
+    reader.Initialize();
+    EXPECT_TRUE(reader.loaded);
+    EXPECT_EQ(reader.value, 0x01020304u);
+}
+
+TEST(Gadget, ForeignOrTruncatedStateFilesKeepDefaults)
+{
+    FakeEngine engine;
+    auto resource = std::make_shared<FakeResource>("a", "MeshResource");
+    vexa::Viewarea viewarea(0);
+    const std::string path = engine.GetIntermediateDirectory() + "MeshResourceState0.bin";
+    const std::vector<std::vector<char>> garbage = {
+        {1, 0, 0, 0, 3, 0, 0, 0, 9, 9, 9, 9}, // non-zero base record
+        {0, 0, 0, 0, 4, 0, 0, 0, 9, 9, 9, 9}, // other subclass version
+        {0, 0, 0, 0, 3, 0},                   // truncated
+        {},
+    };
+    for (const auto& bytes : garbage)
+    {
+        std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        CountingGadget gadget(resource.get());
+        gadget.SetViewarea(&viewarea);
+        gadget.Initialize();
+        EXPECT_FALSE(gadget.loaded);
+        EXPECT_EQ(gadget.value, 7u);
+    }
+}
+
+TEST(Gadget, GuiChangeSavesOnlyGadgetsOfExactlyThatResource)
+{
+    FakeEngine engine;
+    auto a = std::make_shared<FakeResource>("a", "PointCloudResource");
+    auto b = std::make_shared<FakeResource>("b", "PointCloudResource");
+    vexa::Viewarea viewarea(0);
+    const std::string path = engine.GetIntermediateDirectory() + "PointCloudResourceState0.bin";
+
+    CountingGadget gadgetA(a.get());
+    CountingGadget gadgetB(b.get());
+    for (CountingGadget* g : {&gadgetA, &gadgetB})
+    {
+        g->SetViewarea(&viewarea);
+        g->Initialize();
+    }
+    gadgetA.value = 11;
+    gadgetB.value = 22;
+
+    const vexa::ResourceId changed("a", "PointCloudResource");
+    vexa::GetNotifications().Notify(vexa::kResourceGuiChanged, &changed);
+    std::vector<unsigned char> bytes = ReadBytes(path);
+    ASSERT_EQ(bytes.size(), 12u);
+    EXPECT_EQ(bytes[8], 11);
+
+    // Terminated gadgets no longer listen.
+    gadgetA.Terminate();
+    gadgetA.value = 33;
+    vexa::GetNotifications().Notify(vexa::kResourceGuiChanged, &changed);
+    EXPECT_EQ(ReadBytes(path)[8], 11);
+}
+
+TEST(Gadget, UnwritableStateFileReturnsFalseQuietly)
+{
+    FakeEngine engine;
+    auto resource = std::make_shared<FakeResource>("a", "PointCloudResource");
+    vexa::Viewarea viewarea(0);
+    // A directory where the file should be cannot be opened for writing.
+    std::filesystem::create_directories(engine.GetIntermediateDirectory() + "PointCloudResourceState0.bin");
+    CountingGadget gadget(resource.get());
+    gadget.SetViewarea(&viewarea);
+    gadget.Initialize();
+    LogCapture log;
+    EXPECT_FALSE(gadget.SaveState());
+    EXPECT_TRUE(log.messages.empty());
+}
+
+TEST(Resource, ResetGadgetsNotifiesOnlyWhenRegistered)
+{
+    FakeEngine engine;
+    auto cloud = std::make_shared<FakeResource>("x", "PointCloudResource");
+    auto mesh = std::make_shared<FakeResource>("x", "MeshResource");
+    std::vector<std::string> notified;
+    int owner = 0;
+    vexa::GetNotifications().Subscribe(&owner, vexa::kResourceGadgetsReset, [&](const void* data) {
+        notified.push_back(static_cast<const vexa::ResourceId*>(data)->ToString());
+    });
+
+    cloud->ResetGadgets();
+    EXPECT_TRUE(notified.empty());
+
+    engine.Register(cloud);
+    engine.Register(mesh);
+    EXPECT_EQ(engine.resources.size(), 2u);
+    cloud->ResetGadgets();
+    EXPECT_EQ(notified, std::vector<std::string>{"PointCloudResource:x"});
+    vexa::GetNotifications().Unsubscribe(&owner);
+}
+
+} // namespace
