@@ -13,6 +13,7 @@
 #include <vexa/Camera.h>
 #include <vexa/CameraController.h>
 #include <vexa/GuiGenerator.h>
+#include <vexa/Lifecycle.h>
 #include <vexa/gui/Elements.h>
 #endif
 

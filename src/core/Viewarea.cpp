@@ -2,6 +2,7 @@
 
 #include "core/EngineServices.h"
 #include "core/Notifications.h"
+#include "gui/Sidebar.h"
 #include "scene/GadgetManager.h"
 
 #include <vexa/Gadget.h>
@@ -51,6 +52,12 @@ Viewarea::Viewarea(unsigned int id, CEGUI::Window* parent)
             });
         sidebarVisible_ = window_->getChild("sidebar")->isVisible();
         sidebarToggleShown_ = true;
+        sidebar_ = std::make_unique<Sidebar>(*this, window_->getChild("sidebar"));
+        sidebar_->SetVisibilityCallback([this](bool shown) {
+            sidebarVisible_ = shown;
+            if (sidebarCallback_)
+                sidebarCallback_(shown);
+        });
     }
     catch (const std::exception& e)
     {
@@ -58,6 +65,7 @@ Viewarea::Viewarea(unsigned int id, CEGUI::Window* parent)
                    "vexa::Viewarea::Viewarea");
         if (window_ != nullptr)
             CEGUI::WindowManager::getSingleton().destroyWindow(window_);
+        sidebar_.reset();
         window_ = nullptr;
         renderCanvas_ = nullptr;
     }
@@ -67,6 +75,8 @@ Viewarea::Viewarea(unsigned int id, CEGUI::Window* parent)
 Viewarea::~Viewarea()
 {
     GetNotifications().Unsubscribe(this);
+    // The panels live in the area's windows and watch the gadgets: they go first.
+    sidebar_.reset();
     gadgetManager_.reset();
     if (window_ != nullptr)
         CEGUI::WindowManager::getSingleton().destroyWindow(window_);
@@ -118,8 +128,8 @@ void Viewarea::ApplyLook(const ViewareaLook& look)
         sidebarToggleShown_ = false;
     }
 
-    window_->getChild("sidebar/toolbar/btn_camera_animator")->setVisible(look.cameraAnimatorEnabled);
-    window_->getChild("sidebar/toolbar/btn_settings")->setVisible(look.settingsEnabled);
+    window_->getChild("sidebar/toolbar/toggle_video")->setVisible(look.cameraAnimatorEnabled);
+    window_->getChild("sidebar/toolbar/toggle_options")->setVisible(look.settingsEnabled);
     const bool toolbar = look.cameraAnimatorEnabled || look.settingsEnabled;
     window_->getChild("sidebar/toolbar")->setVisible(toolbar);
     // Without the toolbar the panels move up into its place.
@@ -165,7 +175,6 @@ void Viewarea::ChangeSidebarVisibility(bool visible)
     sidebarVisible_ = visible;
     if (window_ != nullptr)
     {
-        window_->getChild("sidebar")->setVisible(visible);
         // The arrow points where the sidebar goes when clicked.
         window_->getChild("btn_toggle_sidebar")
             ->setProperty("Glyph", visible ? "Icons16px/right" : "Icons16px/left");
@@ -175,8 +184,18 @@ void Viewarea::ChangeSidebarVisibility(bool visible)
         window_->getChild("btn_toggle_sidebar")
             ->setArea(CEGUI::URect(CEGUI::UDim(1, right - 20.0f), CEGUI::UDim(0, 6), CEGUI::UDim(1, right), CEGUI::UDim(0, 26)));
     }
-    if (changed)
+    if (sidebar_ != nullptr)
     {
+        // The sidebar reports the change through the callback installed at construction.
+        const bool wasVisible = sidebar_->IsVisible();
+        sidebar_->SetVisible(visible);
+        if (wasVisible != visible)
+            GetEngineServices().RequestRedraw();
+    }
+    else if (changed)
+    {
+        if (window_ != nullptr)
+            window_->getChild("sidebar")->setVisible(visible);
         GetEngineServices().RequestRedraw();
         if (sidebarCallback_)
             sidebarCallback_(visible);
@@ -204,6 +223,18 @@ void Viewarea::OnResourceRemoved(const ResourceId& id)
         return;
     gadgetManager_->Remove(id);
     GetEngineServices().RequestRedraw();
+}
+
+void Viewarea::OnGadgetCreated(const ResourceId& id)
+{
+    if (sidebar_ != nullptr && gadgetManager_ != nullptr && gadgetManager_->HasGadget(id))
+        sidebar_->AddResourcePanel(*gadgetManager_->GetGadget(id));
+}
+
+void Viewarea::OnGadgetRemoved(const ResourceId& id)
+{
+    if (sidebar_ != nullptr)
+        sidebar_->RemoveResourcePanel(id);
 }
 
 Camera* Viewarea::GetCamera() const

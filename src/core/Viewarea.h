@@ -23,6 +23,7 @@ namespace vexa {
 
 class Camera;
 class GadgetManager;
+class Sidebar;
 namespace draw {
 class Renderer;
 class Scene;
@@ -70,6 +71,12 @@ public:
     /// Called with the new state whenever the sidebar's visibility changes.
     void SetSidebarVisibilityCallback(std::function<void(bool)> callback);
     CEGUI::Window* GetChild(const char* name) const;
+    /// The panels column; null for a view area without windows.
+    Sidebar* GetSidebar() const { return sidebar_.get(); }
+
+    /// Called by the gadget manager: the gadget's panel comes and goes with the gadget.
+    void OnGadgetCreated(const ResourceId& id);
+    void OnGadgetRemoved(const ResourceId& id);
 
     bool IsAxesVisible() const;
     void SetAxesVisible(bool visible);
@@ -96,6 +103,7 @@ private:
     CEGUI::Window* window_ = nullptr;
     CEGUI::Window* renderCanvas_ = nullptr;
     std::unique_ptr<GadgetManager> gadgetManager_;
+    std::unique_ptr<Sidebar> sidebar_;
 };
 
 } // namespace vexa

@@ -96,6 +96,8 @@ bool GadgetManager::Create(const ResourceId& id)
     gadget->SetViewarea(viewarea_);
     gadgets_[id] = gadget;
     gadget->Initialize();
+    if (viewarea_ != nullptr)
+        viewarea_->OnGadgetCreated(id);
     const ResourceId notified = id;
     GetNotifications().Notify(kGadgetCreated, &notified);
     return true;
@@ -107,6 +109,9 @@ void GadgetManager::Remove(const ResourceId& id)
     if (it == gadgets_.end())
         return;
     std::shared_ptr<Gadget> gadget = it->second;
+    // The panel's rows point into the gadget's fields: drop them before the gadget goes.
+    if (viewarea_ != nullptr)
+        viewarea_->OnGadgetRemoved(id);
     gadget->Terminate();
     auto handles = handles_.find(id);
     if (handles != handles_.end())

@@ -113,8 +113,8 @@ TEST(Viewarea, SidebarAndToolbarFollowTheLook)
     look.settingsEnabled = true;
     area.ApplyLook(look);
     EXPECT_TRUE(area.GetChild("sidebar/toolbar")->isVisible());
-    EXPECT_FALSE(area.GetChild("sidebar/toolbar/btn_camera_animator")->isVisible());
-    EXPECT_TRUE(area.GetChild("sidebar/toolbar/btn_settings")->isVisible());
+    EXPECT_FALSE(area.GetChild("sidebar/toolbar/toggle_video")->isVisible());
+    EXPECT_TRUE(area.GetChild("sidebar/toolbar/toggle_options")->isVisible());
 }
 
 TEST(Viewarea, ResourceNotificationsCreateRebuildAndRemoveGadgets)

@@ -1,0 +1,119 @@
+#pragma once
+// The single object behind the public functions: it owns the window, the GUI, the render
+// system, the view areas and the resources, starts them in a fixed order, runs one main-loop
+// step per vexa::Update, routes the window's input and draws a frame only when something
+// changed (unless optimised rendering is switched off).
+
+#include "core/EngineServices.h"
+#include "core/GeneralOptions.h"
+#include "core/Looks.h"
+#include "core/WindowManager.h"
+
+#include <vexa/Input.h>
+#include <vexa/ResourceId.h>
+
+#include <plor/WindowEventObserver.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace plor {
+class Window;
+}
+
+namespace vexa {
+
+class Resource;
+class Viewarea;
+class CameraController;
+
+class Engine : public plor::WindowEventObserver, public EngineServices {
+public:
+    using FileDropCallback = std::function<void(const std::vector<std::string>&)>;
+    using KeyCallback = std::function<void(const Key&, const ModKeys&)>;
+
+    Engine();
+    ~Engine() override;
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
+
+    /// Starts everything; false when the asset directory is missing or the window could not
+    /// be created. An empty look file means the built-in look.
+    bool Initialize(const std::string& lookFile);
+    void Update();
+    void Render();
+    void CheckGpuVersion();
+
+    /// Returns whether the directory exists now.
+    bool SetIntermediateDirectory(const std::string& path);
+    bool SetAssetDirectory(const std::string& path);
+    const std::string& GetAssetDirectory() const;
+
+    bool IsOpen() const;
+    bool IsInitialized() const;
+
+    /// Appends the resource, or replaces the one with the same id in place; raises resource
+    /// added (0) or gadgets reset (1).
+    void AddResource(const std::shared_ptr<Resource>& resource);
+    void RemoveAllResources();
+    void RemoveResourcesWithPrefix(const std::string& prefix);
+    const std::vector<std::shared_ptr<Resource>>& GetResources() const;
+
+    void SetFileDropCallback(FileDropCallback callback) { fileDropCallback_ = std::move(callback); }
+    void SetKeyUpCallback(KeyCallback callback) { keyUpCallback_ = std::move(callback); }
+    void SetKeyDownCallback(KeyCallback callback) { keyDownCallback_ = std::move(callback); }
+
+    const std::vector<std::unique_ptr<Viewarea>>& GetViewareas() const;
+    /// Releases every view area (and their scenes and gadgets).
+    void ClearViewareas();
+    /// Replaces the view areas by ones built from `looks` (one full-window area when empty).
+    void SetViewareas(const std::vector<ViewareaLook>& looks);
+
+    GeneralOptions& GetOptions();
+    WindowManager& GetWindowManager();
+    const std::shared_ptr<plor::Window>& GetWindow() const;
+    bool IsRedrawRequested() const;
+    bool IsLayoutChooserShown() const;
+
+    /// The view areas of layout 1..4 ("Single View", "Dual Split", "B Split", "Quad Split").
+    static std::vector<ViewareaLook> MakeLayout(std::uint8_t layout);
+
+    // EngineServices
+    void RequestRedraw() override;
+    const std::string& GetIntermediateDirectory() const override;
+    std::shared_ptr<Resource> FindResource(const ResourceId& id) const override;
+    draw::RenderSystem* GetRenderSystem() override;
+    CameraController* GetCameraController() override;
+    std::vector<std::shared_ptr<draw::Light>> GetLights() const override;
+
+    // plor::WindowEventObserver
+    void OnMouseMove(float x, float y) override;
+    void OnMouseDown(plor::MouseButton button, const plor::Modifiers& mods) override;
+    void OnMouseUp(plor::MouseButton button, const plor::Modifiers& mods) override;
+    void OnMouseWheel(float dx, float dy) override;
+    void OnKeyDown(int key, const plor::Modifiers& mods, bool repeat) override;
+    void OnKeyUp(int key, const plor::Modifiers& mods) override;
+    void OnChar(unsigned int codepoint) override;
+    void OnFilesDropped(const std::vector<std::string>& paths) override;
+    void OnWindowRefresh() override {}
+    void OnFramebufferResized(int width, int height) override;
+
+    void ToggleLayoutChooser();
+
+private:
+    struct Impl;
+
+    Viewarea* ViewareaUnderCursor() const;
+    void BuildSeparatorLines();
+    void ApplyLayout(std::uint8_t layout);
+
+    FileDropCallback fileDropCallback_;
+    KeyCallback keyUpCallback_;
+    KeyCallback keyDownCallback_;
+    std::unique_ptr<Impl> impl_;
+};
+
+} // namespace vexa

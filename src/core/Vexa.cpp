@@ -1,0 +1,189 @@
+#include <vexa/Lifecycle.h>
+#include <vexa/Resource.h>
+
+#include "core/Engine.h"
+#include "core/Platform.h"
+#include "core/Viewarea.h"
+#include "scene/GadgetManager.h"
+
+#include <runa/rlog.h>
+
+#include <memory>
+#include <mutex>
+#include <stdexcept>
+
+namespace vexa {
+
+namespace {
+
+std::unique_ptr<Engine>& EngineSlot()
+{
+    static std::unique_ptr<Engine> engine;
+    return engine;
+}
+
+// Not cleared by Terminate: the windowing and GUI singletons do not come back cleanly, so a
+// second start in one process is refused rather than half-working.
+bool& InitializedFlag()
+{
+    static bool initialized = false;
+    return initialized;
+}
+
+Engine& GetEngine()
+{
+    auto& slot = EngineSlot();
+    if (!slot)
+        slot = std::make_unique<Engine>();
+    return *slot;
+}
+
+} // namespace
+
+bool Initialize(const std::string& lookFile)
+{
+    bool& initialized = InitializedFlag();
+    if (initialized)
+    {
+        rlog::Fail("Cannot initialize system again, it was initialized already.", "vexa::Initialize");
+        return false;
+    }
+    try
+    {
+        initialized = GetEngine().Initialize(lookFile);
+    }
+    catch (const std::runtime_error& e)
+    {
+        const std::string message = e.what();
+        rlog::Fail(message.empty() ? "Unknown exception" : message, "vexa::Initialize");
+        return false;
+    }
+    return initialized;
+}
+
+bool Initialize()
+{
+    return Initialize(std::string());
+}
+
+void Terminate()
+{
+    auto& slot = EngineSlot();
+    if (!slot)
+        return;
+    slot->ClearViewareas();
+    std::unique_ptr<Engine> engine = std::move(slot);
+    engine.reset();
+}
+
+runa::Version GetVersion()
+{
+    static std::once_flag once;
+    static runa::Version version;
+    std::call_once(once, [] { version = runa::Version::Parse("0.7.0").value_or(runa::Version{}); });
+    return version;
+}
+
+void SetIntermediateDirectory(const std::string& path)
+{
+    GetEngine().SetIntermediateDirectory(path);
+}
+
+void SetAssetDirectory(const std::string& path)
+{
+    GetEngine().SetAssetDirectory(path);
+}
+
+bool IsOpen()
+{
+    return InitializedFlag() && GetEngine().IsOpen();
+}
+
+void Update()
+{
+    if (InitializedFlag())
+        GetEngine().Update();
+}
+
+void AddResource(const std::shared_ptr<Resource>& resource)
+{
+    if (InitializedFlag())
+        GetEngine().AddResource(resource);
+}
+
+void RemoveAllResources()
+{
+    if (InitializedFlag())
+        GetEngine().RemoveAllResources();
+}
+
+void RemoveResourcesWithPrefix(const std::string& prefix)
+{
+    if (InitializedFlag() && !prefix.empty())
+        GetEngine().RemoveResourcesWithPrefix(prefix);
+}
+
+void SetFileDropCallback(const std::function<void(const std::vector<std::string>&)>& callback)
+{
+    GetEngine().SetFileDropCallback(callback);
+}
+
+void SetKeyDownCallback(const std::function<void(const Key&, const ModKeys&)>& callback)
+{
+    GetEngine().SetKeyDownCallback(callback);
+}
+
+void SetKeyUpCallback(const std::function<void(const Key&, const ModKeys&)>& callback)
+{
+    GetEngine().SetKeyUpCallback(callback);
+}
+
+bool IsAxesVisible(unsigned char viewarea)
+{
+    const auto& areas = GetEngine().GetViewareas();
+    // Guarded although the caller must pass a valid index: an unknown area shows no axes.
+    if (viewarea >= areas.size())
+        return false;
+    return areas[viewarea]->IsAxesVisible();
+}
+
+void SetAxesVisible(unsigned char viewarea, bool visible)
+{
+    const auto& areas = GetEngine().GetViewareas();
+    if (viewarea < areas.size())
+        areas[viewarea]->SetAxesVisible(visible);
+}
+
+void SetSidebarVisible(unsigned char viewarea, bool visible)
+{
+    const auto& areas = GetEngine().GetViewareas();
+    if (viewarea >= areas.size() || areas[viewarea]->IsSidebarVisible() == visible)
+        return;
+    areas[viewarea]->SetSidebarVisible(visible);
+}
+
+std::vector<ActiveResourceInfo> GetActiveResources()
+{
+    Engine& engine = GetEngine();
+    std::vector<ActiveResourceInfo> infos;
+    for (const auto& area : engine.GetViewareas())
+    {
+        for (const auto& [id, gadget] : area->GetGadgetManager().GetGadgets())
+        {
+            ActiveResourceInfo info;
+            info.resource = engine.FindResource(id);
+            info.viewareaId = area->GetId();
+            // The sidebar's selection is not reachable from the view area yet.
+            info.isSelected = false;
+            infos.push_back(std::move(info));
+        }
+    }
+    return infos;
+}
+
+tesk::Color3b GetBackgroundColor()
+{
+    return GetEngine().GetOptions().GetBackgroundColor();
+}
+
+} // namespace vexa

@@ -1,0 +1,239 @@
+#include "gui/Sidebar.h"
+
+#include "core/EngineServices.h"
+#include "core/Viewarea.h"
+#include "gui/GuiStylingPanel.h"
+#include "scene/GadgetManager.h"
+
+#include <vexa/Camera.h>
+#include <vexa/Gadget.h>
+#include <vexa/GuiGenerator.h>
+
+#include <nubo/Placement.h>
+
+#include <runa/rlog.h>
+
+#include <CEGUI/CEGUI.h>
+
+#include <glm/glm.hpp>
+
+namespace vexa {
+
+namespace {
+
+CEGUI::Window* FindBelow(CEGUI::Window* root, const char* name)
+{
+    return root == nullptr ? nullptr : root->getChildRecursive(name);
+}
+
+} // namespace
+
+Sidebar::Sidebar(Viewarea& viewarea, CEGUI::Window* root)
+    : viewarea_(viewarea),
+      root_(root)
+{
+    inspectorPanel_ = std::make_unique<GuiPanel>();
+    inspectorPanel_->SetTitle("Resource Inspector");
+    inspectorPanel_->HideRemoveButton();
+    // Stays out of the column until it has something to show.
+    inspectorPanel_->SetAttached(false);
+    optionsPanel_ = std::make_unique<GuiPanel>();
+    optionsPanel_->SetTitle("Global Options");
+    optionsPanel_->SetAttached(false);
+    optionsPanel_->SetRemoveCallback([this] {
+        if (optionsPanel_->IsAttached())
+            ToggleOptions();
+    });
+
+    if (root_ == nullptr)
+    {
+        rlog::Warn("No sidebar window; the panels stay unplaced", "vexa::Sidebar::Sidebar");
+        return;
+    }
+    visible_ = root_->isVisible();
+    scrollPane_ = dynamic_cast<CEGUI::ScrollablePane*>(FindBelow(root_, "scroll_panel"));
+    if (scrollPane_ == nullptr)
+    {
+        rlog::Fail("The sidebar window has no scroll pane \"scroll_panel\"", "vexa::Sidebar::Sidebar");
+        return;
+    }
+    column_ = CEGUI::WindowManager::getSingleton().createWindow("VerticalLayoutContainer", "layout_container");
+    scrollPane_->addChild(column_);
+    for (GuiPanel* panel : {inspectorPanel_.get(), optionsPanel_.get()})
+    {
+        panel->SetScrollPane(scrollPane_);
+        panel->AttachTo(column_);
+    }
+
+    toggleOptions_ = FindBelow(root_, "toggle_options");
+    if (toggleOptions_ != nullptr)
+        toggleOptions_->subscribeEvent(CEGUI::PushButton::EventClicked, [this](const CEGUI::EventArgs&) {
+            ToggleOptions();
+            return true;
+        });
+    toggleVideo_ = FindBelow(root_, "toggle_video");
+    if (toggleVideo_ != nullptr)
+        toggleVideo_->subscribeEvent(CEGUI::PushButton::EventClicked, [this](const CEGUI::EventArgs&) {
+            ToggleVideo();
+            return true;
+        });
+    // A dragged slider should show its effect while dragging, not at the next frame request.
+    root_->subscribeEvent(CEGUI::Slider::EventValueChanged, [](const CEGUI::EventArgs&) {
+        GetEngineServices().RequestRedraw();
+        return false;
+    });
+}
+
+Sidebar::~Sidebar()
+{
+    panels_.clear();
+    optionsPanel_.reset();
+    inspectorPanel_.reset();
+    if (column_ != nullptr && CEGUI::WindowManager::getSingletonPtr() != nullptr &&
+        CEGUI::WindowManager::getSingleton().isAlive(column_))
+        CEGUI::WindowManager::getSingleton().destroyWindow(column_);
+}
+
+void Sidebar::SetVisible(bool visible)
+{
+    if (visible == visible_)
+        return;
+    visible_ = visible;
+    if (root_ != nullptr)
+        root_->setVisible(visible);
+    if (visibilityCallback_)
+        visibilityCallback_(visible);
+}
+
+void Sidebar::AddResourcePanel(Gadget& gadget)
+{
+    const ResourceId id = gadget.GetId();
+    RemoveResourcePanel(id);
+    auto panel = std::make_unique<GuiStylingPanel>(id);
+    panel->SetScrollPane(scrollPane_);
+    if (column_ != nullptr)
+        panel->AttachTo(column_);
+    if (gadget.IsInitialized())
+        gadget.GenerateGui(panel->GetGenerator());
+    panel->GetGenerator().TestElementConditions();
+    panel->GetGenerator().SetAutoTestConditionsEnabled(true);
+    panel->SetHighlighted(selected_.IsValid() && selected_ == id);
+    panel->SetRemoveCallback([this, id] { viewarea_.GetGadgetManager().Remove(id); });
+    panel->SetPinCallback([this, id] { Deselect(id); });
+    if (CEGUI::Window* focus = panel->GetButton("btn_focus"))
+        focus->subscribeEvent(CEGUI::PushButton::EventClicked, [this, id](const CEGUI::EventArgs&) {
+            Focus(id);
+            return true;
+        });
+    GuiStylingPanel& placed = *panel;
+    panels_[id] = std::move(panel);
+    Place(placed);
+}
+
+void Sidebar::RemoveResourcePanel(const ResourceId& id)
+{
+    panels_.erase(id);
+}
+
+GuiStylingPanel* Sidebar::GetResourcePanel(const ResourceId& id) const
+{
+    auto it = panels_.find(id);
+    return it == panels_.end() ? nullptr : it->second.get();
+}
+
+void Sidebar::Place(GuiStylingPanel& panel)
+{
+    auto* column = dynamic_cast<CEGUI::SequentialLayoutContainer*>(column_);
+    if (column == nullptr || !column->isChild(panel.GetWindow()))
+        return;
+    if (panel.IsHighlighted())
+    {
+        std::size_t position = 0;
+        if (inspectorPanel_->IsAttached() && column->isChild(inspectorPanel_->GetWindow()))
+            position = column->getPositionOfChild(inspectorPanel_->GetWindow()) + 1;
+        column->moveChildToPosition(panel.GetWindow(), position);
+    }
+    else
+    {
+        column->moveChildToPosition(panel.GetWindow(), column->getChildCount() - 1);
+    }
+    column->layout();
+}
+
+void Sidebar::SetSelectedResource(const ResourceId& id)
+{
+    if (selected_.IsValid())
+        if (GuiStylingPanel* previous = GetResourcePanel(selected_))
+            previous->SetHighlighted(false);
+    selected_ = id;
+    if (GuiStylingPanel* panel = GetResourcePanel(id))
+    {
+        panel->SetHighlighted(true);
+        Place(*panel);
+    }
+}
+
+void Sidebar::Deselect(const ResourceId& id)
+{
+    if (GuiStylingPanel* panel = GetResourcePanel(id))
+        panel->SetHighlighted(false);
+    selected_ = ResourceId();
+    if (selectionCallback_)
+        selectionCallback_(id);
+}
+
+void Sidebar::Focus(const ResourceId& id)
+{
+    GadgetManager& gadgets = viewarea_.GetGadgetManager();
+    if (!gadgets.HasGadget(id))
+        return;
+    glm::vec3 target(0.0f);
+    glm::vec3 position(0.0f);
+    if (!gadgets.GetGadget(id)->FocusCamera(target, position))
+        return;
+    if (Camera* camera = viewarea_.GetCamera())
+    {
+        camera->SetTarget(target);
+        camera->SetPosition(position);
+        GetEngineServices().RequestRedraw();
+    }
+}
+
+void Sidebar::ToggleOptions()
+{
+    auto* column = dynamic_cast<CEGUI::SequentialLayoutContainer*>(column_);
+    if (column == nullptr)
+        return;
+    CEGUI::Window* window = optionsPanel_->GetWindow();
+    if (optionsPanel_->IsAttached())
+    {
+        optionsPanel_->SetAttached(false);
+        if (column->isChild(window))
+            column->removeChild(window);
+        nubo::SetTheme(nubo::PushButtonTheme::Default, toggleOptions_);
+    }
+    else
+    {
+        optionsPanel_->SetAttached(true);
+        optionsPanel_->AttachTo(column_);
+        column->moveChildToPosition(window, 0);
+        nubo::SetTheme(nubo::PushButtonTheme::Positive, toggleOptions_);
+    }
+    column->layout();
+}
+
+void Sidebar::ToggleVideo()
+{
+    if (!videoResource_.IsValid())
+    {
+        rlog::Warn("No camera animation resource to show", "vexa::Sidebar::ToggleVideo");
+        return;
+    }
+    GadgetManager& gadgets = viewarea_.GetGadgetManager();
+    if (gadgets.HasGadget(videoResource_))
+        gadgets.Remove(videoResource_);
+    else
+        gadgets.Create(videoResource_);
+}
+
+} // namespace vexa

@@ -1,0 +1,82 @@
+#pragma once
+// The column of panels along a view area's right edge: the built-in panels on top, then one
+// panel per gadget of the view area, kept in ResourceId order. The selected resource's panel
+// is lifted to just below the resource inspector.
+
+#include <vexa/ResourceId.h>
+
+#include <functional>
+#include <map>
+#include <memory>
+
+namespace CEGUI {
+class ScrollablePane;
+class Window;
+} // namespace CEGUI
+
+namespace vexa {
+
+class Gadget;
+class GuiPanel;
+class GuiStylingPanel;
+class Viewarea;
+
+class Sidebar {
+public:
+    /// `root` is the view area's "sidebar" window holding the "scroll_panel".
+    Sidebar(Viewarea& viewarea, CEGUI::Window* root);
+    ~Sidebar();
+    Sidebar(const Sidebar&) = delete;
+    Sidebar& operator=(const Sidebar&) = delete;
+
+    bool IsVisible() const { return visible_; }
+    void SetVisible(bool visible);
+    void SetVisibilityCallback(std::function<void(bool)> callback) { visibilityCallback_ = std::move(callback); }
+    void SetSelectionCallback(std::function<void(const ResourceId&)> callback) { selectionCallback_ = std::move(callback); }
+
+    /// Makes the gadget's panel and lets the gadget fill it (once the gadget is initialised).
+    void AddResourcePanel(Gadget& gadget);
+    void RemoveResourcePanel(const ResourceId& id);
+    /// Null when the resource has no panel here.
+    GuiStylingPanel* GetResourcePanel(const ResourceId& id) const;
+    std::size_t GetResourcePanelCount() const { return panels_.size(); }
+
+    /// Highlights the resource's panel (when it has one) and lifts it to the top of the
+    /// resource panels; an empty id clears the selection.
+    void SetSelectedResource(const ResourceId& id);
+    const ResourceId& GetSelectedResource() const { return selected_; }
+
+    GuiPanel& GetOptionsPanel() { return *optionsPanel_; }
+    GuiPanel& GetInspectorPanel() { return *inspectorPanel_; }
+    /// Shows the options panel on top of the column, or takes it away.
+    void ToggleOptions();
+    /// Adds or removes this view area's gadget of the engine's camera-animation resource,
+    /// which the engine names here once it has made it.
+    void ToggleVideo();
+    void SetVideoResource(const ResourceId& id) { videoResource_ = id; }
+
+    CEGUI::Window* GetRoot() const { return root_; }
+    CEGUI::Window* GetColumn() const { return column_; }
+
+private:
+    void Place(GuiStylingPanel& panel);
+    void Deselect(const ResourceId& id);
+    void Focus(const ResourceId& id);
+
+    Viewarea& viewarea_;
+    CEGUI::Window* root_;
+    CEGUI::ScrollablePane* scrollPane_ = nullptr;
+    CEGUI::Window* column_ = nullptr;
+    CEGUI::Window* toggleOptions_ = nullptr;
+    CEGUI::Window* toggleVideo_ = nullptr;
+    std::unique_ptr<GuiPanel> inspectorPanel_;
+    std::unique_ptr<GuiPanel> optionsPanel_;
+    std::map<ResourceId, std::unique_ptr<GuiStylingPanel>> panels_;
+    ResourceId selected_;
+    ResourceId videoResource_;
+    bool visible_ = false;
+    std::function<void(bool)> visibilityCallback_;
+    std::function<void(const ResourceId&)> selectionCallback_;
+};
+
+} // namespace vexa

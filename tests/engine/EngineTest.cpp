@@ -1,0 +1,267 @@
+#include "core/Engine.h"
+#include "core/Notifications.h"
+#include "core/Viewarea.h"
+
+#include <vexa/Gadget.h>
+#include <vexa/Lifecycle.h>
+#include <vexa/Platform.h>
+#include <vexa/Resource.h>
+#include <vexa/draw/RenderSystem.h>
+
+#include <plor/Window.h>
+
+#include "LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A resource whose gadget does nothing: enough for the list and the notifications.
+class PlainResource final : public vexa::Resource {
+public:
+    explicit PlainResource(const std::string& name) : Resource(name, "PlainResource") {}
+    std::shared_ptr<vexa::Gadget> CreateGadget() override { return std::make_shared<vexa::Gadget>(this); }
+};
+
+struct MessageBoxes {
+    std::vector<std::pair<std::string, std::string>> shown;
+    MessageBoxes()
+    {
+        vexa::SetMessageBoxHandler([this](const std::string& caption, const std::string& text, vexa::MessageIcon) {
+            shown.emplace_back(caption, text);
+        });
+    }
+    ~MessageBoxes() { vexa::SetMessageBoxHandler({}); }
+    bool Has(const std::string& caption, const std::string& text) const
+    {
+        for (const auto& [c, t] : shown)
+            if (c == caption && t == text)
+                return true;
+        return false;
+    }
+};
+
+// Every test runs in a process of its own (one CTest case each), which the process-wide
+// initialised flag relies on; the directory is fresh per test so no state file carries over.
+fs::path FreshDirectory(const std::string& name)
+{
+    const fs::path directory = fs::temp_directory_path() / ("vexa-engine-" + name + "-" + std::to_string(::getpid()));
+    fs::remove_all(directory);
+    fs::create_directories(directory);
+    return directory;
+}
+
+bool HasDisplay()
+{
+    return std::getenv("DISPLAY") != nullptr;
+}
+
+} // namespace
+
+TEST(VexaLifecycle, InitializeIsRefusedWhenRunningAndAfterTerminate)
+{
+    if (!HasDisplay())
+        GTEST_SKIP() << "needs a display";
+    const fs::path state = FreshDirectory("lifecycle");
+    MessageBoxes boxes;
+    testing_support::LogCapture log;
+    vexa::SetAssetDirectory(VEXA_SOURCE_ASSET_DIR);
+    vexa::SetIntermediateDirectory(state.string());
+
+    ASSERT_TRUE(vexa::Initialize());
+    EXPECT_TRUE(vexa::IsOpen());
+    EXPECT_FALSE(vexa::Initialize());
+    EXPECT_TRUE(log.Contains("Cannot initialize system again, it was initialized already.", "vexa::Initialize"));
+    // The first engine keeps running.
+    EXPECT_TRUE(vexa::IsOpen());
+    vexa::Update();
+    EXPECT_EQ(vexa::GetActiveResources().size(), 0u);
+    // The built-in look has one view area; indices past it are ignored.
+    EXPECT_TRUE(vexa::IsAxesVisible(0));
+    vexa::SetAxesVisible(0, false);
+    EXPECT_FALSE(vexa::IsAxesVisible(0));
+    vexa::SetAxesVisible(7, true);
+
+    vexa::AddResource(std::make_shared<PlainResource>("cloud"));
+    const auto active = vexa::GetActiveResources();
+    ASSERT_EQ(active.size(), 1u);
+    EXPECT_EQ(active[0].resource->GetId().name, "cloud");
+    EXPECT_EQ(vexa::GetBackgroundColor(), (tesk::Color3b{0x3D, 0x3D, 0x3D}));
+
+    vexa::Terminate();
+    log.messages.clear();
+    EXPECT_FALSE(vexa::Initialize());
+    EXPECT_TRUE(log.Contains("Cannot initialize system again, it was initialized already.", "vexa::Initialize"));
+    // A fresh engine without a window answers the guarded functions.
+    EXPECT_FALSE(vexa::IsOpen());
+    EXPECT_TRUE(vexa::GetActiveResources().empty());
+    vexa::Terminate();
+    EXPECT_EQ(vexa::GetVersion(), (runa::Version{0, 7, 0}));
+    EXPECT_EQ(vexa::GetWindowHandle(), nullptr);
+}
+
+TEST(VexaLifecycle, GuardedFunctionsDoNothingBeforeInitialize)
+{
+    int removed = 0;
+    int token = 0;
+    vexa::GetNotifications().Subscribe(&token, vexa::kResourceRemoved, [&](const void*) { ++removed; });
+
+    vexa::AddResource(std::make_shared<PlainResource>("early"));
+    vexa::Update();
+    vexa::RemoveAllResources();
+    vexa::RemoveResourcesWithPrefix("e");
+    EXPECT_FALSE(vexa::IsOpen());
+    EXPECT_EQ(removed, 0);
+    EXPECT_TRUE(vexa::GetActiveResources().empty());
+    // The resource never reached the list.
+    EXPECT_EQ(vexa::GetEngineServices().FindResource(vexa::ResourceId("early", "PlainResource")), nullptr);
+    vexa::GetNotifications().Unsubscribe(&token);
+    vexa::Terminate();
+}
+
+TEST(VexaLifecycle, MissingAssetDirectoryKeepsThePreviousOneAndFailsStartUp)
+{
+    MessageBoxes boxes;
+    testing_support::LogCapture log;
+    const fs::path missing = FreshDirectory("assets") / "nowhere";
+    vexa::SetAssetDirectory(missing.string());
+    EXPECT_TRUE(log.Contains("Specified asset directory does not exist. Assets will not be loaded. \nPath: " +
+                                 missing.string(),
+                             "vexa::SetAssetDirectory"));
+    EXPECT_FALSE(vexa::Initialize());
+    EXPECT_TRUE(boxes.Has("VEXA Initialization Error", "Asset directory is invalid."));
+    // A failed start-up leaves the flag clear, so a second attempt is not refused as a double start.
+    log.messages.clear();
+    EXPECT_FALSE(vexa::Initialize());
+    EXPECT_FALSE(log.Contains("Cannot initialize system again, it was initialized already.", "vexa::Initialize"));
+    vexa::Terminate();
+}
+
+TEST(Engine, DirectorySettersFollowTheirOwnSlashRules)
+{
+    const fs::path base = FreshDirectory("dirs");
+    vexa::Engine engine;
+
+    EXPECT_TRUE(engine.SetIntermediateDirectory((base / "plain").string()));
+    EXPECT_EQ(engine.GetIntermediateDirectory(), (base / "plain").string() + "/");
+    EXPECT_TRUE(fs::is_directory(base / "plain"));
+    EXPECT_TRUE(engine.SetIntermediateDirectory((base / "slash").string() + "/"));
+    EXPECT_EQ(engine.GetIntermediateDirectory(), (base / "slash").string() + "/");
+    engine.SetIntermediateDirectory((base / "back").string() + "\\");
+    EXPECT_EQ(engine.GetIntermediateDirectory(), (base / "back").string() + "\\/");
+
+    // On this system a backslash is part of the name; the asset rule still takes it as a separator.
+    const fs::path withBackslash = base / "assets\\";
+    fs::create_directories(withBackslash);
+    EXPECT_TRUE(engine.SetAssetDirectory(withBackslash.string()));
+    EXPECT_EQ(engine.GetAssetDirectory(), withBackslash.string());
+    EXPECT_TRUE(engine.SetAssetDirectory(base.string()));
+    EXPECT_EQ(engine.GetAssetDirectory(), base.string() + "/");
+    testing_support::LogCapture log;
+    EXPECT_FALSE(engine.SetAssetDirectory((base / "missing").string()));
+    EXPECT_EQ(engine.GetAssetDirectory(), base.string() + "/");
+}
+
+TEST(Engine, ResourceListRaisesNotificationsInListOrder)
+{
+    vexa::Engine engine;
+    std::vector<std::pair<unsigned int, std::string>> raised;
+    int token = 0;
+    for (unsigned int number : {0u, 1u, 2u})
+        vexa::GetNotifications().Subscribe(&token, number, [&raised, number](const void* data) {
+            raised.emplace_back(number, static_cast<const vexa::ResourceId*>(data)->name);
+        });
+
+    for (const char* name : {"scan/a", "mesh", "scan/b", "Scan/c", "scan/d"})
+        engine.AddResource(std::make_shared<PlainResource>(name));
+    const auto replacement = std::make_shared<PlainResource>("mesh");
+    engine.AddResource(replacement);
+    EXPECT_EQ(raised.back(), (std::pair<unsigned int, std::string>{1u, "mesh"}));
+    EXPECT_EQ(engine.FindResource(replacement->GetId()), replacement);
+    EXPECT_EQ(engine.GetResources().size(), 5u);
+
+    raised.clear();
+    engine.RemoveResourcesWithPrefix("scan/");
+    const std::vector<std::pair<unsigned int, std::string>> expected{{2u, "scan/a"}, {2u, "scan/b"}, {2u, "scan/d"}};
+    EXPECT_EQ(raised, expected);
+    ASSERT_EQ(engine.GetResources().size(), 2u);
+    EXPECT_EQ(engine.GetResources()[0]->GetId().name, "mesh");
+    EXPECT_EQ(engine.GetResources()[1]->GetId().name, "Scan/c");
+
+    raised.clear();
+    engine.RemoveAllResources();
+    const std::vector<std::pair<unsigned int, std::string>> all{{2u, "mesh"}, {2u, "Scan/c"}};
+    EXPECT_EQ(raised, all);
+    EXPECT_TRUE(engine.GetResources().empty());
+    vexa::GetNotifications().Unsubscribe(&token);
+}
+
+TEST(Engine, IdleUpdatesDrawNothingUntilARedrawIsRequested)
+{
+    if (!HasDisplay())
+        GTEST_SKIP() << "needs a display";
+    const fs::path state = FreshDirectory("idle");
+    MessageBoxes boxes;
+    vexa::Engine engine;
+    engine.SetAssetDirectory(VEXA_SOURCE_ASSET_DIR);
+    engine.SetIntermediateDirectory(state.string());
+    ASSERT_TRUE(engine.Initialize(""));
+    ASSERT_TRUE(engine.GetOptions().IsOptimizedRendering());
+    vexa::draw::RenderSystem* renderSystem = engine.GetRenderSystem();
+    ASSERT_NE(renderSystem, nullptr);
+
+    // Start-up wants a first frame; let the GUI settle.
+    for (int i = 0; i < 5; ++i)
+        engine.Update();
+    const std::uint64_t settled = renderSystem->GetFrameCount();
+    EXPECT_GT(settled, 0u);
+    for (int i = 0; i < 3; ++i)
+        engine.Update();
+    EXPECT_EQ(renderSystem->GetFrameCount(), settled);
+
+    engine.RequestRedraw();
+    engine.Update();
+    EXPECT_EQ(renderSystem->GetFrameCount(), settled + 1);
+    EXPECT_FALSE(engine.IsRedrawRequested());
+
+    // Without optimised rendering every step draws.
+    engine.GetOptions().SetOptimizedRendering(false);
+    engine.Update();
+    engine.Update();
+    EXPECT_EQ(renderSystem->GetFrameCount(), settled + 3);
+    // The first start had no options.bin yet: the GPU check (if it warned) used a box.
+    EXPECT_TRUE(fs::exists(state / "options.bin"));
+}
+
+TEST(Engine, WindowFileWithZeroHeightIsIgnored)
+{
+    if (!HasDisplay())
+        GTEST_SKIP() << "needs a display";
+    const fs::path state = FreshDirectory("windowbin");
+    {
+        std::ofstream file(state / "window.bin", std::ios::binary);
+        const std::uint32_t version = vexa::WindowManager::kFormatVersion;
+        const std::int32_t placement[4] = {10, 20, 900, 0};
+        const std::uint8_t flags[4] = {0, 0, 0, 0};
+        file.write(reinterpret_cast<const char*>(&version), sizeof version);
+        file.write(reinterpret_cast<const char*>(placement), sizeof placement);
+        file.write(reinterpret_cast<const char*>(flags), sizeof flags);
+    }
+    MessageBoxes boxes;
+    testing_support::LogCapture log;
+    vexa::Engine engine;
+    engine.SetAssetDirectory(VEXA_SOURCE_ASSET_DIR);
+    engine.SetIntermediateDirectory(state.string());
+    ASSERT_TRUE(engine.Initialize(""));
+    // The built-in look's size stands.
+    EXPECT_EQ(engine.GetWindowManager().GetWindowParams().width, 640);
+    EXPECT_EQ(engine.GetWindowManager().GetWindowParams().height, 480);
+    EXPECT_EQ(engine.GetWindow()->GetWindowSize().y, 480);
+}

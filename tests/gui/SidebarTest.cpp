@@ -1,0 +1,307 @@
+#include "core/Notifications.h"
+#include "core/Viewarea.h"
+#include "gui/GuiPanel.h"
+#include "gui/GuiStylingPanel.h"
+#include "gui/Sidebar.h"
+#include "scene/GadgetManager.h"
+
+#include <vexa/Camera.h>
+#include <vexa/Gadget.h>
+#include <vexa/GuiGenerator.h>
+#include <vexa/Resource.h>
+#include <vexa/draw/Material.h>
+#include <vexa/gui/StylingRows.h>
+
+#include "FakeEngine.h"
+#include "GuiTestSupport.h"
+
+#include <CEGUI/CEGUI.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using gui_test::Fire;
+using testing_support::FakeEngine;
+
+class MaterialGadget final : public vexa::Gadget {
+public:
+    explicit MaterialGadget(const vexa::Resource* resource)
+        : Gadget(resource)
+    {
+    }
+    void Initialize() override
+    {
+        LoadState();
+        Gadget::Initialize();
+    }
+    void GenerateGui(vexa::GuiGenerator& generator) override
+    {
+        Gadget::GenerateGui(generator);
+        vexa::gui::AddGuiMaterial(generator, &material, false);
+    }
+    bool FocusCamera(glm::vec3& target, glm::vec3& position) const override
+    {
+        target = glm::vec3(1.0f, 2.0f, 3.0f);
+        position = glm::vec3(1.0f, 2.0f, 13.0f);
+        return true;
+    }
+    vexa::draw::Material material;
+};
+
+class MaterialResource final : public vexa::Resource {
+public:
+    explicit MaterialResource(const std::string& name)
+        : Resource(name, "MeshResource")
+    {
+    }
+    std::shared_ptr<vexa::Gadget> CreateGadget() override { return std::make_shared<MaterialGadget>(this); }
+};
+
+unsigned int Counter(const CEGUI::Window* panel)
+{
+    const std::string name = panel->getName().c_str();
+    const std::string prefix = "sidebar_panel_win_";
+    EXPECT_EQ(name.rfind(prefix, 0), 0u) << name;
+    return static_cast<unsigned int>(std::stoul(name.substr(prefix.size())));
+}
+
+float Height(const CEGUI::Window* window)
+{
+    return window->getPixelSize().d_height;
+}
+
+void Click(CEGUI::Window* button)
+{
+    Fire(button, CEGUI::PushButton::EventClicked, CEGUI::PushButton::EventNamespace);
+}
+
+// A bare column under the root, as a sidebar would hold it.
+class GuiPanelTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        column_ = CEGUI::WindowManager::getSingleton().createWindow("VerticalLayoutContainer", "panel_test_column");
+        column_->setWidth(CEGUI::UDim(0, 270));
+        gui_test::Root()->addChild(column_);
+    }
+    void TearDown() override { CEGUI::WindowManager::getSingleton().destroyWindow(column_); }
+
+    CEGUI::Window* column_ = nullptr;
+};
+
+TEST_F(GuiPanelTest, PanelsAreNumberedAcrossTheProcessAndStartAsHeaderOnly)
+{
+    vexa::GuiPanel first;
+    vexa::GuiPanel second;
+    EXPECT_EQ(Counter(second.GetWindow()), Counter(first.GetWindow()) + 1);
+    {
+        // A view area's built-in panels draw from the same counter.
+        FakeEngine engine;
+        vexa::Viewarea area(7, gui_test::Root());
+        vexa::GuiPanel third;
+        EXPECT_GT(Counter(third.GetWindow()), Counter(second.GetWindow()) + 1);
+    }
+
+    EXPECT_FLOAT_EQ(first.GetWindow()->getHeight().d_offset, 24.0f);
+    EXPECT_FALSE(first.GetButton("btn_focus")->isVisible());
+    EXPECT_FALSE(first.GetButton("btn_pin")->isVisible());
+    EXPECT_EQ(first.GetWindow()->getMargin().d_left.d_offset, 7.0f);
+    EXPECT_EQ(first.GetWindow()->getMargin().d_bottom.d_offset, 7.0f);
+
+    first.AttachTo(column_);
+    ASSERT_NE(first.GetClientWindow(), nullptr) << "attaching supplies the default client";
+    EXPECT_EQ(first.GetClientWindow()->getName(), "client_window");
+    EXPECT_EQ(first.GetClientWindow()->getType(), "DarkVexa/ArrayPanel");
+    EXPECT_TRUE(column_->isChild(first.GetWindow()));
+
+    second.SetAttached(false);
+    second.AttachTo(column_);
+    EXPECT_FALSE(column_->isChild(second.GetWindow()));
+
+    first.SetFocusVisible(true);
+    EXPECT_FLOAT_EQ(first.GetHeader()->getChild("lab_title")->getXPosition().d_offset, 28.0f);
+    first.SetFocusVisible(false);
+    EXPECT_FLOAT_EQ(first.GetHeader()->getChild("lab_title")->getXPosition().d_offset, 8.0f);
+}
+
+TEST_F(GuiPanelTest, CollapsedPanelKeepsItsHeaderHeightUntilExpanded)
+{
+    vexa::GuiPanel panel;
+    panel.SetClientLayout(R"(<?xml version="1.0" ?><GUILayout version="4">
+        <Window type="DefaultWindow" name="custom"/></GUILayout>)");
+    panel.AttachTo(column_);
+    CEGUI::Window* client = panel.GetClientWindow();
+    ASSERT_NE(client, nullptr);
+    EXPECT_EQ(client->getName(), "client_window");
+
+    client->setHeight(CEGUI::UDim(0, 100));
+    EXPECT_FLOAT_EQ(Height(panel.GetWindow()), 124.0f);
+
+    Fire(panel.GetHeader(), CEGUI::Window::EventMouseButtonUp, CEGUI::Window::EventNamespace);
+    EXPECT_TRUE(panel.IsCollapsed());
+    EXPECT_FLOAT_EQ(Height(panel.GetWindow()), 24.0f);
+    EXPECT_FALSE(client->isVisible());
+
+    client->setHeight(CEGUI::UDim(0, 150));
+    EXPECT_FLOAT_EQ(Height(panel.GetWindow()), 24.0f);
+    EXPECT_FLOAT_EQ(panel.GetExpandedHeight(), 174.0f);
+
+    Fire(panel.GetHeader(), CEGUI::Window::EventMouseButtonUp, CEGUI::Window::EventNamespace);
+    EXPECT_FALSE(panel.IsCollapsed());
+    EXPECT_FLOAT_EQ(Height(panel.GetWindow()), 174.0f);
+    EXPECT_TRUE(client->isVisible());
+}
+
+TEST_F(GuiPanelTest, HidingTheRemoveButtonMovesThePinToTheEdgeAndButtonsCallBack)
+{
+    vexa::GuiPanel panel;
+    int pins = 0;
+    int removes = 0;
+    panel.SetPinCallback([&] { ++pins; });
+    panel.SetRemoveCallback([&] { ++removes; });
+    CEGUI::Window* pin = panel.GetButton("btn_pin");
+    CEGUI::Window* remove = panel.GetButton("btn_remove");
+    EXPECT_FLOAT_EQ(pin->getXPosition().d_offset, -48.0f);
+    Click(pin);
+    Click(remove);
+    EXPECT_EQ(pins, 1);
+    EXPECT_EQ(removes, 1);
+
+    panel.HideRemoveButton();
+    panel.HideRemoveButton();
+    EXPECT_FALSE(remove->isVisible());
+    EXPECT_EQ(pin->getXPosition(), CEGUI::UDim(1, -24));
+    EXPECT_EQ(pin->getWidth(), CEGUI::UDim(0, 24));
+}
+
+// A view area with two resources whose gadgets fill their panels with material rows.
+class SidebarTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        engine_.Register(a_);
+        engine_.Register(b_);
+        area_.ApplyLook(vexa::ViewareaLook{});
+        sidebar_ = area_.GetSidebar();
+        ASSERT_NE(sidebar_, nullptr);
+        column_ = sidebar_->GetColumn();
+        ASSERT_NE(column_, nullptr);
+    }
+
+    void AddBoth()
+    {
+        for (const auto& resource : {a_, b_})
+            vexa::GetNotifications().Notify(vexa::kResourceAdded, &resource->id);
+    }
+
+    std::size_t PositionOf(const vexa::GuiPanel& panel) const
+    {
+        return static_cast<CEGUI::SequentialLayoutContainer*>(column_)->getPositionOfChild(panel.GetWindow());
+    }
+
+    FakeEngine engine_;
+    std::shared_ptr<MaterialResource> a_ = std::make_shared<MaterialResource>("a");
+    std::shared_ptr<MaterialResource> b_ = std::make_shared<MaterialResource>("b");
+    vexa::Viewarea area_{0, gui_test::Root()};
+    vexa::Sidebar* sidebar_ = nullptr;
+    CEGUI::Window* column_ = nullptr;
+};
+
+TEST_F(SidebarTest, GadgetsBringTheirPanelsAndTakeThemAway)
+{
+    EXPECT_EQ(column_->getName(), "layout_container");
+    EXPECT_TRUE(column_->isAncestor(area_.GetChild("sidebar/scroll_panel")));
+    const std::size_t builtIn = column_->getChildCount();
+    AddBoth();
+    ASSERT_EQ(sidebar_->GetResourcePanelCount(), 2u);
+    vexa::GuiStylingPanel* panel = sidebar_->GetResourcePanel(a_->id);
+    ASSERT_NE(panel, nullptr);
+    EXPECT_EQ(column_->getChildCount(), builtIn + 2);
+    EXPECT_LT(PositionOf(*panel), PositionOf(*sidebar_->GetResourcePanel(b_->id)));
+    EXPECT_EQ(panel->GetHeader()->getChild("lab_title")->getText(), "a");
+    EXPECT_TRUE(panel->GetButton("btn_focus")->isVisible());
+    EXPECT_FALSE(panel->GetButton("btn_pin")->isVisible()) << "only the selected resource shows its pin";
+
+    // The gadget's rows, with the lighting rows shown since its material is lit.
+    CEGUI::Window* client = panel->GetClientWindow();
+    for (int n = 0; n < 4; ++n)
+        EXPECT_GT(Height(client->getChild("generated_element_" + std::to_string(n))), 0.0f) << n;
+    EXPECT_GT(Height(panel->GetWindow()), 24.0f + 4 * 26.0f);
+
+    const float lit = Height(panel->GetWindow());
+    auto& gadget = static_cast<MaterialGadget&>(*area_.GetGadgetManager().GetGadget(a_->id));
+    static_cast<CEGUI::ToggleButton*>(client->getChild("generated_element_0/dynamic_control"))->setSelected(false);
+    EXPECT_FALSE(gadget.material.useLighting);
+    EXPECT_FLOAT_EQ(Height(client->getChild("generated_element_1")), 0.0f) << "conditions are re-tested on change";
+    EXPECT_LT(Height(panel->GetWindow()), lit) << "the panel follows its shrinking client";
+
+    Click(panel->GetButton("btn_focus"));
+    EXPECT_EQ(area_.GetCamera()->GetTarget(), glm::vec3(1.0f, 2.0f, 3.0f));
+
+    // The remove button takes the gadget out of this view area and its panel with it.
+    Click(panel->GetButton("btn_remove"));
+    EXPECT_FALSE(area_.GetGadgetManager().HasGadget(a_->id));
+    EXPECT_EQ(sidebar_->GetResourcePanel(a_->id), nullptr);
+    EXPECT_EQ(column_->getChildCount(), builtIn + 1);
+
+    vexa::GetNotifications().Notify(vexa::kResourceRemoved, &b_->id);
+    EXPECT_EQ(sidebar_->GetResourcePanelCount(), 0u);
+    EXPECT_EQ(column_->getChildCount(), builtIn);
+}
+
+TEST_F(SidebarTest, SelectedPanelIsLiftedAndItsPinDeselects)
+{
+    std::vector<vexa::ResourceId> deselected;
+    sidebar_->SetSelectionCallback([&](const vexa::ResourceId& id) { deselected.push_back(id); });
+    sidebar_->SetSelectedResource(b_->id);
+    AddBoth();
+    vexa::GuiStylingPanel* panel = sidebar_->GetResourcePanel(b_->id);
+    ASSERT_NE(panel, nullptr);
+    EXPECT_LT(PositionOf(*panel), PositionOf(*sidebar_->GetResourcePanel(a_->id)));
+    EXPECT_EQ(panel->GetHeader()->getProperty("Color"), "FF435B72");
+    EXPECT_TRUE(panel->GetButton("btn_pin")->isVisible());
+
+    Click(panel->GetButton("btn_pin"));
+    EXPECT_FALSE(sidebar_->GetSelectedResource().IsValid());
+    EXPECT_EQ(panel->GetHeader()->getProperty("Color"), "FF5D5D5D");
+    EXPECT_FALSE(panel->GetButton("btn_pin")->isVisible());
+    EXPECT_EQ(deselected, std::vector<vexa::ResourceId>{b_->id});
+}
+
+TEST_F(SidebarTest, OptionsToggleAddsThePanelOnTopAndTakesItAway)
+{
+    AddBoth();
+    CEGUI::Window* toggle = area_.GetChild("sidebar/toolbar/toggle_options");
+    vexa::GuiPanel& options = sidebar_->GetOptionsPanel();
+    EXPECT_FALSE(options.IsAttached());
+    EXPECT_FALSE(column_->isChild(options.GetWindow()));
+
+    Click(toggle);
+    EXPECT_TRUE(options.IsAttached());
+    EXPECT_EQ(PositionOf(options), 0u);
+    const CEGUI::String pushed = toggle->getProperty("NormalColour");
+
+    Click(toggle);
+    EXPECT_FALSE(options.IsAttached());
+    EXPECT_FALSE(column_->isChild(options.GetWindow()));
+    EXPECT_NE(toggle->getProperty("NormalColour"), pushed);
+    EXPECT_EQ(toggle->getProperty("NormalColour"), "FF4A4D50");
+}
+
+TEST_F(SidebarTest, VisibilityChangesReachTheCallbackOnce)
+{
+    std::vector<bool> seen;
+    area_.SetSidebarVisibilityCallback([&](bool visible) { seen.push_back(visible); });
+    sidebar_->SetVisible(false);
+    sidebar_->SetVisible(false);
+    EXPECT_FALSE(area_.GetChild("sidebar")->isVisible());
+    EXPECT_FALSE(area_.IsSidebarVisible());
+    area_.SetSidebarVisible(true);
+    EXPECT_TRUE(sidebar_->IsVisible());
+    EXPECT_EQ(seen, (std::vector<bool>{false, true}));
+}
+
+} // namespace
