@@ -4,6 +4,7 @@
 #include "core/Notifications.h"
 #include "core/Platform.h"
 #include "core/Viewarea.h"
+#include "core/ViewareaSettings.h"
 #include "scene/GadgetManager.h"
 
 #include <vexa/CameraController.h>
@@ -90,6 +91,7 @@ struct Engine::Impl {
     bool initialized = false;
     CEGUI::Window* layoutChooser = nullptr;
     GeneralOptions options;
+    ViewareaSettings viewareaSettings;
     plor::ProgramList programs;
     plor::ArrayObject separatorLines;
     std::vector<std::shared_ptr<draw::Light>> lights{std::make_shared<draw::Light>()};
@@ -140,6 +142,16 @@ bool Engine::SetAssetDirectory(const std::string& path)
 const std::string& Engine::GetAssetDirectory() const { return impl_->assetDirectory; }
 const std::string& Engine::GetIntermediateDirectory() const { return impl_->intermediateDirectory; }
 bool Engine::IsInitialized() const { return impl_->initialized; }
+void Engine::MarkViewareasDirty()
+{
+    impl_->viewareaSettings.SetDirty();
+}
+
+ViewareaSettings& Engine::GetViewareaSettings()
+{
+    return impl_->viewareaSettings;
+}
+
 GeneralOptions& Engine::GetOptions() { return impl_->options; }
 WindowManager& Engine::GetWindowManager() { return impl_->windowManager; }
 const std::shared_ptr<plor::Window>& Engine::GetWindow() const { return impl_->window; }
@@ -255,6 +267,11 @@ bool Engine::Initialize(const std::string& lookFile)
     if (s.options.GetViewLayout() != 0)
         viewLooks = MakeLayout(s.options.GetViewLayout());
     SetViewareas(viewLooks);
+    // Records for another layout do not fit; the view areas then keep their look's state.
+    if (s.viewareaSettings.Load(s.intermediateDirectory) && !s.viewareaSettings.Apply(s.viewareas))
+        rlog::Info("viewareas.bin was written for another number of view areas; it is not applied",
+                   "vexa::Engine::Initialize");
+    s.viewareaSettings.SetDirty(false);
 
     OnFramebufferResized(size.x, size.y);
     if (firstRun)
@@ -314,6 +331,7 @@ void Engine::SetViewareas(const std::vector<ViewareaLook>& looks)
         const unsigned int id = impl_->nextViewareaId++;
         auto area = root != nullptr ? std::make_unique<Viewarea>(id, root) : std::make_unique<Viewarea>(id);
         area->ApplyLook(look);
+        area->SetSidebarVisibilityCallback([this](bool) { impl_->viewareaSettings.SetDirty(); });
         // Resources that are already listed get their gadgets here; later ones through the
         // resource-added notification the view area subscribed to.
         for (const auto& resource : impl_->resources)
@@ -381,6 +399,11 @@ void Engine::Update()
         s.windowManager.Save(s.intermediateDirectory);
     if (s.options.IsDirty())
         s.options.Save(s.intermediateDirectory);
+    if (s.viewareaSettings.IsDirty())
+    {
+        s.viewareaSettings.Capture(s.viewareas);
+        s.viewareaSettings.Save(s.intermediateDirectory);
+    }
 
     const std::uint64_t now = GetTicks();
     if (s.firstStep)
@@ -564,7 +587,10 @@ void Engine::OnMouseUp(plor::MouseButton button, const plor::Modifiers& mods)
 {
     Impl& s = *impl_;
     if (s.cameraController && s.cameraController->DeactivateArea().has_value())
+    {
+        s.viewareaSettings.SetDirty();
         RequestRedraw();
+    }
     if (s.gui.IsInitialized() && s.gui.InjectMouseUp(button))
         return;
     if (Viewarea* area = ViewareaUnderCursor())
@@ -577,7 +603,10 @@ void Engine::OnMouseWheel(float, float dy)
     if (s.gui.IsInitialized() && s.gui.InjectMouseWheel(dy))
         return;
     if (s.cameraController && s.cameraController->ZoomSceneUnderMouse(dy).has_value())
+    {
+        s.viewareaSettings.SetDirty();
         RequestRedraw();
+    }
     if (Viewarea* area = ViewareaUnderCursor())
         area->MouseWheel(dy);
 }

@@ -29,6 +29,7 @@ namespace vexa {
 class Resource;
 class Viewarea;
 class CameraController;
+class ViewareaSettings;
 
 class Engine : public plor::WindowEventObserver, public EngineServices {
 public:
@@ -71,6 +72,10 @@ public:
     void ClearViewareas();
     /// Replaces the view areas by ones built from `looks` (one full-window area when empty).
     void SetViewareas(const std::vector<ViewareaLook>& looks);
+
+    /// The view areas' state is saved at the start of the next update step.
+    void MarkViewareasDirty();
+    ViewareaSettings& GetViewareaSettings();
 
     GeneralOptions& GetOptions();
     WindowManager& GetWindowManager();

@@ -4,6 +4,7 @@
 #include "core/Engine.h"
 #include "core/Platform.h"
 #include "core/Viewarea.h"
+#include "gui/Sidebar.h"
 #include "scene/GadgetManager.h"
 
 #include <runa/rlog.h>
@@ -151,7 +152,10 @@ void SetAxesVisible(unsigned char viewarea, bool visible)
 {
     const auto& areas = GetEngine().GetViewareas();
     if (viewarea < areas.size())
+    {
         areas[viewarea]->SetAxesVisible(visible);
+        GetEngine().MarkViewareasDirty();
+    }
 }
 
 void SetSidebarVisible(unsigned char viewarea, bool visible)
@@ -160,6 +164,7 @@ void SetSidebarVisible(unsigned char viewarea, bool visible)
     if (viewarea >= areas.size() || areas[viewarea]->IsSidebarVisible() == visible)
         return;
     areas[viewarea]->SetSidebarVisible(visible);
+    GetEngine().MarkViewareasDirty();
 }
 
 std::vector<ActiveResourceInfo> GetActiveResources()
@@ -173,8 +178,8 @@ std::vector<ActiveResourceInfo> GetActiveResources()
             ActiveResourceInfo info;
             info.resource = engine.FindResource(id);
             info.viewareaId = area->GetId();
-            // The sidebar's selection is not reachable from the view area yet.
-            info.isSelected = false;
+            const Sidebar* sidebar = area->GetSidebar();
+            info.isSelected = sidebar != nullptr && sidebar->GetSelectedResource() == id;
             infos.push_back(std::move(info));
         }
     }
