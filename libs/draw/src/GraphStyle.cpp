@@ -1,5 +1,7 @@
 #include "vexa/draw/GraphStyle.h"
 
+#include "ColorStream.h"
+
 #include <runa/BinaryStream.h>
 #include <runa/rlog.h>
 
@@ -13,15 +15,8 @@ namespace {
 constexpr std::uint32_t kVersion = 1;
 const char* const kReadLabel = "vexa::draw::GraphStyle::ReadFromStream";
 
-void WriteColor(runa::BinaryWriter& writer, const tesk::Color3f& color)
-{
-    writer.Write(color.r).Write(color.g).Write(color.b);
-}
-
-bool ReadColor(runa::BinaryReader& reader, tesk::Color3f& color)
-{
-    return reader.Read(color.r) && reader.Read(color.g) && reader.Read(color.b);
-}
+using detail::ReadColor;
+using detail::WriteColor;
 
 bool ReadInt(runa::BinaryReader& reader, int& value)
 {

@@ -1,5 +1,7 @@
 #include <vexa/draw/SkeletonStyle.h>
 
+#include "ColorStream.h"
+
 #include <runa/BinaryStream.h>
 #include <runa/rlog.h>
 
@@ -14,19 +16,8 @@ namespace {
 constexpr std::uint32_t kStreamVersion = 1;
 constexpr const char* kReadLabel = "vexa::draw::SkeletonStyle::ReadFromStream";
 
-void WriteColor(runa::BinaryWriter& writer, const tesk::Color3f& color)
-{
-    writer.Write(color.r).Write(color.g).Write(color.b);
-}
-
-bool ReadColor(runa::BinaryReader& reader, tesk::Color3f& color)
-{
-    tesk::Color3f value;
-    if (!reader.Read(value.r) || !reader.Read(value.g) || !reader.Read(value.b))
-        return false;
-    color = value;
-    return true;
-}
+using detail::ReadColor;
+using detail::WriteColor;
 
 } // namespace
 
