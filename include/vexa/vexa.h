@@ -15,6 +15,11 @@
 #include <vexa/GuiGenerator.h>
 #include <vexa/Lifecycle.h>
 #include <vexa/gui/Elements.h>
+#include <vexa/gui/StylingRows.h>
+#include <vexa/modules/GeometryGadget.h>
+#include <vexa/modules/GeometryResource.h>
+#include <vexa/modules/PointCloudGadget.h>
+#include <vexa/modules/PointCloudResource.h>
 #endif
 
 #include <runa/BasisDefinition.h>

@@ -5,6 +5,7 @@
 #include "core/Platform.h"
 #include "core/Viewarea.h"
 #include "core/ViewareaSettings.h"
+#include "gui/Sidebar.h"
 #include "scene/GadgetManager.h"
 
 #include <vexa/CameraController.h>
@@ -41,6 +42,23 @@ constexpr int kTabKey = 258;
 constexpr int kF12Key = 301;
 constexpr int kRKey = 82;
 constexpr const char* kLayoutChooserName = "vexa_layout_chooser";
+constexpr const char* kNoticeName = "vexa_notice";
+// The notice is fully opaque until this many seconds are left, then fades out.
+constexpr float kNoticeFadeSeconds = 2.5f;
+// A camera that moves (an animation, a focus jump, a host's pose) marks the view areas dirty on
+// every change; they are written once it has been still this long (100 ns ticks: 0.5 s), so a
+// moving camera does not cost a file write per frame.
+constexpr std::uint64_t kViewSettleTicks = 5'000'000;
+
+// The chooser's tiles: the four layouts side by side in the middle of the window.
+// Sized to fit the smallest window a look gives (640 px wide).
+constexpr float kTileWidth = 136.0f;
+constexpr float kTileHeight = 124.0f;
+constexpr float kTileGap = 16.0f;
+constexpr float kSketchInset = 14.0f;
+constexpr float kSketchHeight = 76.0f;
+constexpr float kSketchGap = 2.0f;
+constexpr const char* kLayoutCaptions[] = {"Single View", "Dual Split", "B Split", "Quad Split"};
 
 struct PixelRect {
     float x = 0.0f;
@@ -78,6 +96,11 @@ CEGUI::MouseButton ToCeguiButton(plor::MouseButton button)
 
 struct Engine::Impl {
     WindowManager windowManager;
+    // A screenshot is taken from the back buffer of the next frame, before the swap leaves it
+    // undefined.
+    std::string screenshotPath;
+    bool screenshotSaved = false;
+    bool screenshotNotice = false;
     std::shared_ptr<plor::Window> window;
     std::vector<std::shared_ptr<Resource>> resources;
     nubo::GuiSystem gui;
@@ -97,6 +120,11 @@ struct Engine::Impl {
     std::vector<std::shared_ptr<draw::Light>> lights{std::make_shared<draw::Light>()};
     std::uint64_t lastTick = 0;
     bool firstStep = true;
+    bool iconified = false;
+    bool shaderReloadRequested = false;
+    CEGUI::Window* notice = nullptr;
+    float noticeCountdown = 0.0f;
+    std::uint64_t lastViewChangeTick = 0;
     unsigned int nextViewareaId = 0;
 };
 
@@ -107,15 +135,21 @@ Engine::Engine() : impl_(std::make_unique<Impl>())
 
 Engine::~Engine()
 {
+    // A camera that moved just before the end has not settled long enough to be written.
+    if (impl_->initialized)
+        SaveDirtySettings(GetTicks(), true);
     if (impl_->window)
     {
         impl_->window->RemoveObserver(this);
         impl_->window->RemoveObserver(&impl_->windowManager);
         impl_->window->SetContextConditional();
     }
-    if (impl_->layoutChooser != nullptr && CEGUI::WindowManager::getSingletonPtr() != nullptr)
-        CEGUI::WindowManager::getSingleton().destroyWindow(impl_->layoutChooser);
+    if (CEGUI::WindowManager::getSingletonPtr() != nullptr)
+        for (CEGUI::Window* window : {impl_->layoutChooser, impl_->notice})
+            if (window != nullptr)
+                CEGUI::WindowManager::getSingleton().destroyWindow(window);
     impl_->layoutChooser = nullptr;
+    impl_->notice = nullptr;
     // Gadgets and view areas reach back through the services while they go.
     impl_->viewareas.clear();
     impl_->resources.clear();
@@ -159,6 +193,19 @@ bool Engine::IsRedrawRequested() const { return impl_->redraw; }
 bool Engine::IsLayoutChooserShown() const
 {
     return impl_->layoutChooser != nullptr && impl_->layoutChooser->getParent() != nullptr;
+}
+CEGUI::Window* Engine::GetLayoutChooser() const { return impl_->layoutChooser; }
+float Engine::GetNoticeCountdown() const { return impl_->noticeCountdown; }
+void Engine::RequestShaderReload()
+{
+    impl_->shaderReloadRequested = true;
+}
+void Engine::OnWindowIconified(bool iconified)
+{
+    impl_->iconified = iconified;
+    // Whatever was drawn before is gone from the screen once the window comes back.
+    if (!iconified)
+        RequestRedraw();
 }
 const std::vector<std::shared_ptr<Resource>>& Engine::GetResources() const { return impl_->resources; }
 const std::vector<std::unique_ptr<Viewarea>>& Engine::GetViewareas() const { return impl_->viewareas; }
@@ -235,7 +282,11 @@ bool Engine::Initialize(const std::string& lookFile)
     s.renderSystem = std::make_unique<draw::RenderSystem>();
     s.renderSystem->GetTextRenderer().SetFontFile(s.assetDirectory + "resources/InriaSans-Regular.ttf");
     s.cameraController = std::make_unique<CameraController>();
-    s.cameraController->SetViewChangedCallback([this]() { RequestRedraw(); });
+    s.cameraController->SetViewChangedCallback([this]() {
+        RequestRedraw();
+        impl_->viewareaSettings.SetDirty();
+        impl_->lastViewChangeTick = GetTicks();
+    });
     s.options.SetBackgroundColor(tesk::Color3b{0x3D, 0x3D, 0x3D});
     s.renderSystem->SetBackgroundColor(s.options.GetBackgroundColor());
     s.options.SetShortcutsEnabled(windowLook.keyShortcutsEnabled);
@@ -271,9 +322,10 @@ bool Engine::Initialize(const std::string& lookFile)
     if (s.viewareaSettings.Load(s.intermediateDirectory) && !s.viewareaSettings.Apply(s.viewareas))
         rlog::Info("viewareas.bin was written for another number of view areas; it is not applied",
                    "vexa::Engine::Initialize");
-    s.viewareaSettings.SetDirty(false);
-
     OnFramebufferResized(size.x, size.y);
+    // Restoring the cameras above reported them as changed; nothing differs from the file.
+    s.viewareaSettings.SetDirty(false);
+    s.iconified = s.window->IsIconified();
     if (firstRun)
         s.options.SetDirty(true);
     CheckGpuVersion();
@@ -390,22 +442,20 @@ void Engine::Update()
         s.window->Hide();
         return;
     }
+    // Current already while polling: input handlers feed the GUI (which may rebuild its
+    // geometry), take screenshots and rebuild the separator lines.
+    s.window->SetContextConditional();
     if (!s.window->IsSharingContext())
         plor::Window::PollEvents();
-    if (s.window->IsIconified())
-        return;
-
-    if (s.windowManager.IsDirty())
-        s.windowManager.Save(s.intermediateDirectory);
-    if (s.options.IsDirty())
-        s.options.Save(s.intermediateDirectory);
-    if (s.viewareaSettings.IsDirty())
+    if (s.iconified)
     {
-        s.viewareaSettings.Capture(s.viewareas);
-        s.viewareaSettings.Save(s.intermediateDirectory);
+        s.window->UnsetContextConditional();
+        return;
     }
 
     const std::uint64_t now = GetTicks();
+    SaveDirtySettings(now);
+
     if (s.firstStep)
     {
         s.lastTick = now;
@@ -414,12 +464,30 @@ void Engine::Update()
     const std::uint64_t elapsed = now > s.lastTick ? now - s.lastTick : s.lastTick - now;
     const float dt = static_cast<float>(elapsed / 10) * 1e-6f;
 
-    s.window->SetContextConditional();
     for (const auto& resource : s.resources)
         resource->Update(dt);
+
+    UpdateNotice(dt);
+    if (s.shaderReloadRequested)
+    {
+        s.shaderReloadRequested = false;
+        if (s.renderSystem)
+            s.renderSystem->RequestShaderReload();
+        s.programs.ReloadAll();
+        ShowNotice("Shaders reloaded");
+        RequestRedraw();
+    }
+
     for (const auto& area : s.viewareas)
+    {
+        if (Sidebar* sidebar = area->GetSidebar(); sidebar != nullptr && sidebar->IsRegenerationRequested())
+        {
+            sidebar->Regenerate();
+            RequestRedraw();
+        }
         for (const auto& [id, gadget] : area->GetGadgetManager().GetGadgets())
             gadget->Update(dt);
+    }
     s.gui.InjectTime(dt);
     s.lastTick = now;
 
@@ -429,6 +497,81 @@ void Engine::Update()
         s.redraw = false;
     }
     s.window->UnsetContextConditional();
+}
+
+void Engine::SaveDirtySettings(std::uint64_t now, bool final)
+{
+    Impl& s = *impl_;
+    if (s.windowManager.IsDirty())
+        s.windowManager.Save(s.intermediateDirectory);
+    if (s.options.IsDirty())
+        s.options.Save(s.intermediateDirectory);
+    if (!s.viewareaSettings.IsDirty())
+        return;
+    // While a drag goes on, or the camera moved a moment ago, more changes are on their way.
+    const bool dragging = s.cameraController && s.cameraController->GetDragMode() != CameraController::kDragNone;
+    const std::uint64_t sinceChange = now > s.lastViewChangeTick ? now - s.lastViewChangeTick : 0;
+    if (!final && (dragging || sinceChange < kViewSettleTicks))
+        return;
+    s.viewareaSettings.Capture(s.viewareas);
+    s.viewareaSettings.Save(s.intermediateDirectory);
+}
+
+void Engine::ShowNotice(const std::string& text, float seconds)
+{
+    Impl& s = *impl_;
+    rlog::Info(text, "vexa::Engine::ShowNotice");
+    s.noticeCountdown = std::max(seconds, 0.0f);
+    RequestRedraw();
+    if (!s.gui.IsInitialized())
+        return;
+    if (s.notice == nullptr)
+    {
+        try
+        {
+            CEGUI::Window* notice = CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/Label", kNoticeName);
+            notice->setArea(CEGUI::URect(CEGUI::UDim(0.5f, -300.0f), CEGUI::UDim(1.0f, -64.0f), CEGUI::UDim(0.5f, 300.0f),
+                                         CEGUI::UDim(1.0f, -34.0f)));
+            notice->setProperty("BackgroundVisible", "true");
+            notice->setProperty("BackgroundColour", "E01F1F1F");
+            notice->setFont("InriaSans-12-Normal");
+            notice->setAlwaysOnTop(true);
+            notice->setMousePassThroughEnabled(true);
+            s.notice = notice;
+        }
+        catch (const CEGUI::Exception& e)
+        {
+            rlog::Warn(std::string("The notice could not be shown: ") + e.what(), "vexa::Engine::ShowNotice");
+            return;
+        }
+    }
+    if (s.notice->getParent() == nullptr)
+        s.gui.GetRoot()->addChild(s.notice);
+    s.notice->setText(text);
+    s.notice->setAlpha(std::clamp(s.noticeCountdown / kNoticeFadeSeconds, 0.0f, 1.0f));
+    s.notice->show();
+    s.notice->moveToFront();
+}
+
+void Engine::UpdateNotice(float dt)
+{
+    Impl& s = *impl_;
+    if (s.noticeCountdown <= 0.0f)
+        return;
+    s.noticeCountdown -= dt;
+    if (s.noticeCountdown <= 0.0f)
+    {
+        s.noticeCountdown = 0.0f;
+        if (s.notice != nullptr)
+            s.notice->hide();
+        RequestRedraw();
+        return;
+    }
+    if (s.notice == nullptr)
+        return;
+    const float alpha = std::clamp(s.noticeCountdown / kNoticeFadeSeconds, 0.0f, 1.0f);
+    if (alpha != s.notice->getAlpha())
+        s.notice->setAlpha(alpha);
 }
 
 void Engine::Render()
@@ -463,11 +606,31 @@ void Engine::Render()
             s.separatorLines.Draw(plor::PrimitiveType::Lines);
         }
     }
+    if (!s.screenshotPath.empty())
+    {
+        s.screenshotSaved = s.renderSystem->SaveScreenshot(s.screenshotPath);
+        if (s.screenshotNotice)
+            ShowNotice(s.screenshotSaved ? "Screenshot: " + s.screenshotPath : "The screenshot could not be saved");
+        s.screenshotNotice = false;
+        s.screenshotPath.clear();
+    }
     s.window->SwapBuffers();
     const std::string error = plor::GetLastGlError();
     if (!error.empty())
         rlog::Fail("OpenGL error " + error, "vexa::Engine::Render");
     s.window->UnsetContextConditional();
+}
+
+bool Engine::SaveScreenshot(const std::string& path)
+{
+    Impl& s = *impl_;
+    if (!s.window || !s.renderSystem || path.empty())
+        return false;
+    s.screenshotPath = path;
+    s.screenshotSaved = false;
+    Render();
+    s.screenshotPath.clear();
+    return s.screenshotSaved;
 }
 
 bool Engine::IsOpen() const
@@ -624,13 +787,14 @@ void Engine::OnKeyDown(int key, const plor::Modifiers& mods, bool repeat)
         if (key == kTabKey)
             ToggleLayoutChooser();
         else if (key == kF12Key && s.renderSystem)
-            s.renderSystem->SaveScreenshot(MakeScreenshotPath());
-        else if (key == kRKey && s.renderSystem)
         {
-            s.renderSystem->RequestShaderReload();
-            s.programs.ReloadAll();
+            s.screenshotPath = MakeScreenshotPath();
+            // Told after the capture, so that the notice is not in the picture.
+            s.screenshotNotice = true;
             RequestRedraw();
         }
+        else if (key == kRKey)
+            RequestShaderReload();
     }
     if (Viewarea* area = ViewareaUnderCursor())
         area->KeyPressed(static_cast<Key>(key), modKeys);
@@ -664,9 +828,15 @@ void Engine::OnFilesDropped(const std::vector<std::string>& paths)
 
 void Engine::ApplyLayout(std::uint8_t layout)
 {
-    impl_->options.SetViewLayout(layout);
-    impl_->options.SetDirty(true);
+    Impl& s = *impl_;
+    if (s.layoutChooser != nullptr && s.layoutChooser->getParent() != nullptr)
+        s.layoutChooser->getParent()->removeChild(s.layoutChooser);
+    s.options.SetViewLayout(layout);
+    s.options.SetDirty(true);
+    // Rebuilding also re-lays the separator lines through the resize handler.
     SetViewareas(MakeLayout(layout));
+    // The new areas' state replaces the old layout's records.
+    s.viewareaSettings.SetDirty();
 }
 
 void Engine::ToggleLayoutChooser()
@@ -675,55 +845,104 @@ void Engine::ToggleLayoutChooser()
     RequestRedraw();
     if (!s.gui.IsInitialized())
         return;
-    CEGUI::Window* root = s.gui.GetRoot();
     if (s.layoutChooser != nullptr && s.layoutChooser->getParent() != nullptr)
     {
         s.layoutChooser->getParent()->removeChild(s.layoutChooser);
         return;
     }
     if (s.layoutChooser == nullptr)
+        s.layoutChooser = BuildLayoutChooser();
+    if (s.layoutChooser == nullptr)
+        return;
+    s.gui.GetRoot()->addChild(s.layoutChooser);
+    s.layoutChooser->moveToFront();
+}
+
+CEGUI::Window* Engine::BuildLayoutChooser()
+{
+    CEGUI::WindowManager& windows = CEGUI::WindowManager::getSingleton();
+    CEGUI::Window* chooser = nullptr;
+    try
     {
-        CEGUI::WindowManager& windows = CEGUI::WindowManager::getSingleton();
-        try
+        chooser = windows.createWindow("DarkVexa/ColorRect", kLayoutChooserName);
+        chooser->setArea(CEGUI::URect(CEGUI::UDim(0, 0), CEGUI::UDim(0, 0), CEGUI::UDim(1, 0), CEGUI::UDim(1, 0)));
+        chooser->setAlwaysOnTop(true);
+        chooser->setMousePassThroughEnabled(false);
+        chooser->setProperty("Colour", "AA000000");
+        // Only clicks on the dimmed background arrive here; the tiles handle their own.
+        chooser->subscribeEvent(CEGUI::Window::EventMouseClick, [this](const CEGUI::EventArgs&) {
+            ToggleLayoutChooser();
+            return true;
+        });
+
+        const float rowWidth = 4.0f * kTileWidth + 3.0f * kTileGap;
+        CEGUI::Window* title = windows.createWindow("DarkVexa/Label", "title");
+        title->setArea(CEGUI::URect(CEGUI::UDim(0.5f, -rowWidth / 2.0f), CEGUI::UDim(0.5f, -kTileHeight / 2.0f - 40.0f),
+                                    CEGUI::UDim(0.5f, rowWidth / 2.0f), CEGUI::UDim(0.5f, -kTileHeight / 2.0f - 12.0f)));
+        title->setFont("InriaSans-12-Normal");
+        title->setText("Choose a view layout  (Tab closes)");
+        title->setMousePassThroughEnabled(true);
+        chooser->addChild(title);
+
+        for (int i = 0; i < 4; ++i)
         {
-            CEGUI::Window* chooser = windows.createWindow("DarkVexa/ColorRect", kLayoutChooserName);
-            chooser->setArea(CEGUI::URect(CEGUI::UDim(0, 0), CEGUI::UDim(0, 0), CEGUI::UDim(1, 0), CEGUI::UDim(1, 0)));
-            chooser->setAlwaysOnTop(true);
-            chooser->setMousePassThroughEnabled(false);
-            chooser->setProperty("Colour", "AA000000");
-            chooser->subscribeEvent(CEGUI::Window::EventMouseClick, [this](const CEGUI::EventArgs&) {
-                ToggleLayoutChooser();
+            const auto layout = static_cast<std::uint8_t>(i + 1);
+            CEGUI::Window* tile = windows.createWindow("DarkVexa/PushButton", "layout" + std::to_string(i));
+            tile->setID(static_cast<CEGUI::uint>(layout));
+            const float left = -rowWidth / 2.0f + static_cast<float>(i) * (kTileWidth + kTileGap);
+            tile->setArea(CEGUI::URect(CEGUI::UDim(0.5f, left), CEGUI::UDim(0.5f, -kTileHeight / 2.0f),
+                                       CEGUI::UDim(0.5f, left + kTileWidth), CEGUI::UDim(0.5f, kTileHeight / 2.0f)));
+            tile->setProperty("NormalColour", "00000000");
+            tile->setProperty("BorderColour", "55FFFFFF");
+            tile->setProperty("HoverColour", "FF11B252");
+            tile->setProperty("PushedColour", "FF16DF67");
+            tile->setTooltipText(std::string("Split the window as \"") + kLayoutCaptions[i] + "\"");
+            tile->subscribeEvent(CEGUI::PushButton::EventClicked, [this, layout](const CEGUI::EventArgs&) {
+                ApplyLayout(layout);
                 return true;
             });
-            const char* captions[] = {"Single View", "Dual Split", "B Split", "Quad Split"};
-            for (int i = 0; i < 4; ++i)
+
+            // The sketch: one translucent panel per view area of the layout, in the same places.
+            int part = 0;
+            for (const ViewareaLook& area : MakeLayout(layout))
             {
-                CEGUI::Window* button = windows.createWindow("DarkVexa/PushButton", "layout" + std::to_string(i));
-                button->setID(static_cast<CEGUI::uint>(i + 1));
-                button->setText(captions[i]);
-                button->setFont("InriaSans-12-Normal");
-                button->setArea(CEGUI::URect(CEGUI::UDim(0.1f + 0.2f * static_cast<float>(i), 0),
-                                             CEGUI::UDim(0.45f, 0), CEGUI::UDim(0.1f + 0.2f * static_cast<float>(i) + 0.18f, 0),
-                                             CEGUI::UDim(0.55f, 0)));
-                button->subscribeEvent(CEGUI::PushButton::EventClicked, [this, i](const CEGUI::EventArgs&) {
-                    if (impl_->layoutChooser->getParent() != nullptr)
-                        impl_->layoutChooser->getParent()->removeChild(impl_->layoutChooser);
-                    ApplyLayout(static_cast<std::uint8_t>(i + 1));
-                    return true;
-                });
-                chooser->addChild(button);
+                CEGUI::Window* panel = windows.createWindow("DarkVexa/ColorRect", "area" + std::to_string(part++));
+                const float x0 = area.position.x.relative;
+                const float y0 = area.position.y.relative;
+                const float x1 = x0 + area.size.width.relative;
+                const float y1 = y0 + area.size.height.relative;
+                // Inside a sketch rectangle of the tile: inset on the sides, fixed height on top.
+                const auto sketchX = [](float relative, float pad) {
+                    return CEGUI::UDim(relative, kSketchInset + pad - relative * 2.0f * kSketchInset);
+                };
+                const auto sketchY = [](float relative, float pad) {
+                    return CEGUI::UDim(0.0f, kSketchInset + pad + relative * kSketchHeight);
+                };
+                panel->setArea(CEGUI::URect(sketchX(x0, kSketchGap), sketchY(y0, kSketchGap), sketchX(x1, -kSketchGap),
+                                            sketchY(y1, -kSketchGap)));
+                panel->setProperty("Colour", "55FFFFFF");
+                panel->setMousePassThroughEnabled(true);
+                tile->addChild(panel);
             }
-            s.layoutChooser = chooser;
-        }
-        catch (const CEGUI::Exception& e)
-        {
-            rlog::Fail(std::string("The layout chooser could not be built: ") + e.what(),
-                       "vexa::Engine::ToggleLayoutChooser");
-            return;
+
+            CEGUI::Window* caption = windows.createWindow("DarkVexa/Label", "caption");
+            caption->setArea(CEGUI::URect(CEGUI::UDim(0, 0), CEGUI::UDim(0, kSketchInset + kSketchHeight + 4.0f),
+                                          CEGUI::UDim(1, 0), CEGUI::UDim(1, -4.0f)));
+            caption->setFont("InriaSans-12-Normal");
+            caption->setText(kLayoutCaptions[i]);
+            caption->setMousePassThroughEnabled(true);
+            tile->addChild(caption);
+            chooser->addChild(tile);
         }
     }
-    root->addChild(s.layoutChooser);
-    s.layoutChooser->moveToFront();
+    catch (const CEGUI::Exception& e)
+    {
+        rlog::Fail(std::string("The layout chooser could not be built: ") + e.what(), "vexa::Engine::ToggleLayoutChooser");
+        if (chooser != nullptr)
+            windows.destroyWindow(chooser);
+        return nullptr;
+    }
+    return chooser;
 }
 
 } // namespace vexa

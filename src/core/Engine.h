@@ -24,6 +24,10 @@ namespace plor {
 class Window;
 }
 
+namespace CEGUI {
+class Window;
+}
+
 namespace vexa {
 
 class Resource;
@@ -46,12 +50,14 @@ public:
     bool Initialize(const std::string& lookFile);
     void Update();
     void Render();
+    /// Draws a frame now and writes it to `path` as PNG; false when it could not.
+    bool SaveScreenshot(const std::string& path);
     void CheckGpuVersion();
 
     /// Returns whether the directory exists now.
     bool SetIntermediateDirectory(const std::string& path);
     bool SetAssetDirectory(const std::string& path);
-    const std::string& GetAssetDirectory() const;
+    const std::string& GetAssetDirectory() const override;
 
     bool IsOpen() const;
     bool IsInitialized() const;
@@ -82,6 +88,16 @@ public:
     const std::shared_ptr<plor::Window>& GetWindow() const;
     bool IsRedrawRequested() const;
     bool IsLayoutChooserShown() const;
+    /// The chooser's window once it was first shown; null before.
+    CEGUI::Window* GetLayoutChooser() const;
+
+    /// A short message at the bottom of the window that fades out over its last 2.5 seconds.
+    void ShowNotice(const std::string& text, float seconds = 3.0f);
+    /// Seconds until the notice is gone; 0 when none is shown.
+    float GetNoticeCountdown() const;
+    /// The render system's shaders and the engine's own programs are rebuilt at the next step,
+    /// where the context is current, not from inside an input handler.
+    void RequestShaderReload();
 
     /// The view areas of layout 1..4 ("Single View", "Dual Split", "B Split", "Quad Split").
     static std::vector<ViewareaLook> MakeLayout(std::uint8_t layout);
@@ -105,6 +121,8 @@ public:
     void OnFilesDropped(const std::vector<std::string>& paths) override;
     void OnWindowRefresh() override {}
     void OnFramebufferResized(int width, int height) override;
+    /// Remembered here so that an idle step does not ask the window system every time.
+    void OnWindowIconified(bool iconified) override;
 
     void ToggleLayoutChooser();
 
@@ -114,6 +132,10 @@ private:
     Viewarea* ViewareaUnderCursor() const;
     void BuildSeparatorLines();
     void ApplyLayout(std::uint8_t layout);
+    CEGUI::Window* BuildLayoutChooser();
+    void UpdateNotice(float dt);
+    /// `final`: the engine goes away, so nothing waits for the camera to settle.
+    void SaveDirtySettings(std::uint64_t now, bool final = false);
 
     FileDropCallback fileDropCallback_;
     KeyCallback keyUpCallback_;

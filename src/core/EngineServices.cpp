@@ -8,6 +8,7 @@ class DetachedServices final : public EngineServices {
 public:
     void RequestRedraw() override {}
     const std::string& GetIntermediateDirectory() const override { return directory_; }
+    const std::string& GetAssetDirectory() const override { return assetDirectory_; }
     std::shared_ptr<Resource> FindResource(const ResourceId&) const override { return nullptr; }
     draw::RenderSystem* GetRenderSystem() override { return nullptr; }
     CameraController* GetCameraController() override { return nullptr; }
@@ -15,6 +16,7 @@ public:
 
 private:
     std::string directory_ = "./vexa/";
+    std::string assetDirectory_;
 };
 
 DetachedServices& Detached()

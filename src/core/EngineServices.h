@@ -26,6 +26,8 @@ public:
     virtual void RequestRedraw() = 0;
     /// Always ends in '/'.
     virtual const std::string& GetIntermediateDirectory() const = 0;
+    /// Ends in '/'; empty when no asset directory was set.
+    virtual const std::string& GetAssetDirectory() const = 0;
     /// The registered resource with this id, or null.
     virtual std::shared_ptr<Resource> FindResource(const ResourceId& id) const = 0;
     /// Null while the engine has no render system (and in tests).

@@ -51,7 +51,8 @@ public:
     static constexpr std::uint32_t kStreamVersion = 1;
 
     ResourceId id;
-    /// Kept in the view area even when the user removes its gadget.
+    /// The user cannot remove it from the view area (its panel has no remove button). How the
+    /// sidebar reads all four flags is described in gui/Sidebar.h.
     bool permanent = false;
     bool guiEnabled = true;
     bool selectEnabled = true;

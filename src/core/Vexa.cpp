@@ -77,6 +77,21 @@ void Terminate()
     engine.reset();
 }
 
+void FocusCamera(const ResourceId& id)
+{
+    if (!InitializedFlag())
+        return;
+    for (const auto& area : GetEngine().GetViewareas())
+        area->GetGadgetManager().FocusCamera(id);
+}
+
+bool SaveScreenshot(const std::string& path)
+{
+    if (!InitializedFlag())
+        return false;
+    return GetEngine().SaveScreenshot(path);
+}
+
 runa::Version GetVersion()
 {
     static std::once_flag once;

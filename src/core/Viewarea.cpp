@@ -25,6 +25,9 @@ Viewarea::Viewarea(unsigned int id)
 
 namespace {
 
+// Width of the "sidebar" window in resources/ViewArea.layout.
+constexpr float kSidebarWidth = 270.0f;
+
 constexpr const char* kLayoutFile = "ViewArea.layout";
 
 CEGUI::UDim ToUDim(const CompositeFloat& value)
@@ -150,6 +153,14 @@ bool Viewarea::ShowsResource(const ResourceId& id) const
     return false;
 }
 
+const ResourceLook* Viewarea::FindResourceLook(const ResourceId& id) const
+{
+    for (const ResourceLook& rule : look_.resourceLooks)
+        if (rule.id == id)
+            return &rule;
+    return nullptr;
+}
+
 bool Viewarea::Contains(float x, float y) const
 {
     if (window_ == nullptr)
@@ -183,6 +194,10 @@ void Viewarea::ChangeSidebarVisibility(bool visible)
         const float right = visible ? -276.0f : -6.0f;
         window_->getChild("btn_toggle_sidebar")
             ->setArea(CEGUI::URect(CEGUI::UDim(1, right - 20.0f), CEGUI::UDim(0, 6), CEGUI::UDim(1, right), CEGUI::UDim(0, 26)));
+        // The scene is drawn beside the sidebar, not under it, so that what the camera looks
+        // at stays in the middle of what the user sees.
+        window_->getChild("render_canvas")
+            ->setSize(CEGUI::USize(CEGUI::UDim(1, visible ? -kSidebarWidth : 0.0f), CEGUI::UDim(1, 0)));
     }
     if (sidebar_ != nullptr)
     {
@@ -227,8 +242,12 @@ void Viewarea::OnResourceRemoved(const ResourceId& id)
 
 void Viewarea::OnGadgetCreated(const ResourceId& id)
 {
-    if (sidebar_ != nullptr && gadgetManager_ != nullptr && gadgetManager_->HasGadget(id))
-        sidebar_->AddResourcePanel(*gadgetManager_->GetGadget(id));
+    if (sidebar_ == nullptr || gadgetManager_ == nullptr || !gadgetManager_->HasGadget(id))
+        return;
+    sidebar_->AddResourcePanel(*gadgetManager_->GetGadget(id));
+    const ResourceLook* rule = FindResourceLook(id);
+    if (rule != nullptr && rule->autoSelect && sidebar_->SetSelectedResource(id))
+        GetEngineServices().RequestRedraw();
 }
 
 void Viewarea::OnGadgetRemoved(const ResourceId& id)

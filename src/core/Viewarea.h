@@ -61,6 +61,8 @@ public:
     const ViewareaLook& GetLook() const { return look_; }
     /// Whether the look's rules let this view area show the resource.
     bool ShowsResource(const ResourceId& id) const;
+    /// The look's rule for the resource; null when the look has none for it.
+    const ResourceLook* FindResourceLook(const ResourceId& id) const;
     /// Whether a cursor position (window pixels) lies inside the area.
     bool Contains(float x, float y) const;
 
@@ -74,7 +76,8 @@ public:
     /// The panels column; null for a view area without windows.
     Sidebar* GetSidebar() const { return sidebar_.get(); }
 
-    /// Called by the gadget manager: the gadget's panel comes and goes with the gadget.
+    /// Called by the gadget manager: the gadget's panel comes and goes with the gadget. A
+    /// resource whose rule says "auto-select" becomes the sidebar's selected resource here.
     void OnGadgetCreated(const ResourceId& id);
     void OnGadgetRemoved(const ResourceId& id);
 

@@ -105,11 +105,28 @@ void Sidebar::SetVisible(bool visible)
         visibilityCallback_(visible);
 }
 
+bool Sidebar::IsGuiEnabled(const ResourceId& id) const
+{
+    const ResourceLook* rule = viewarea_.FindResourceLook(id);
+    return rule == nullptr || rule->guiEnabled;
+}
+
+bool Sidebar::IsSelectEnabled(const ResourceId& id) const
+{
+    const ResourceLook* rule = viewarea_.FindResourceLook(id);
+    return rule == nullptr || (rule->selectEnabled && rule->guiEnabled);
+}
+
 void Sidebar::AddResourcePanel(Gadget& gadget)
 {
     const ResourceId id = gadget.GetId();
     RemoveResourcePanel(id);
+    if (!IsGuiEnabled(id))
+        return;
+    const ResourceLook* rule = viewarea_.FindResourceLook(id);
     auto panel = std::make_unique<GuiStylingPanel>(id);
+    if (rule != nullptr && rule->permanent)
+        panel->HideRemoveButton();
     panel->SetScrollPane(scrollPane_);
     if (column_ != nullptr)
         panel->AttachTo(column_);
@@ -120,6 +137,11 @@ void Sidebar::AddResourcePanel(Gadget& gadget)
     panel->SetHighlighted(selected_.IsValid() && selected_ == id);
     panel->SetRemoveCallback([this, id] { viewarea_.GetGadgetManager().Remove(id); });
     panel->SetPinCallback([this, id] { Deselect(id); });
+    panel->GetHeader()->subscribeEvent(CEGUI::Window::EventMouseDoubleClick, [this, id](const CEGUI::EventArgs&) {
+        if (selected_ != id && SetSelectedResource(id) && selectionCallback_)
+            selectionCallback_(id);
+        return true;
+    });
     if (CEGUI::Window* focus = panel->GetButton("btn_focus"))
         focus->subscribeEvent(CEGUI::PushButton::EventClicked, [this, id](const CEGUI::EventArgs&) {
             Focus(id);
@@ -160,8 +182,10 @@ void Sidebar::Place(GuiStylingPanel& panel)
     column->layout();
 }
 
-void Sidebar::SetSelectedResource(const ResourceId& id)
+bool Sidebar::SetSelectedResource(const ResourceId& id)
 {
+    if (id.IsValid() && !IsSelectEnabled(id))
+        return false;
     if (selected_.IsValid())
         if (GuiStylingPanel* previous = GetResourcePanel(selected_))
             previous->SetHighlighted(false);
@@ -170,6 +194,28 @@ void Sidebar::SetSelectedResource(const ResourceId& id)
     {
         panel->SetHighlighted(true);
         Place(*panel);
+    }
+    return true;
+}
+
+void Sidebar::Regenerate()
+{
+    regenerationRequested_ = false;
+    std::vector<std::pair<ResourceId, bool>> shown;
+    shown.reserve(panels_.size());
+    for (const auto& [id, panel] : panels_)
+        shown.emplace_back(id, panel->IsCollapsed());
+    GadgetManager& gadgets = viewarea_.GetGadgetManager();
+    for (const auto& [id, collapsed] : shown)
+    {
+        if (!gadgets.HasGadget(id))
+        {
+            RemoveResourcePanel(id);
+            continue;
+        }
+        AddResourcePanel(*gadgets.GetGadget(id));
+        if (GuiStylingPanel* panel = GetResourcePanel(id); panel != nullptr && collapsed)
+            panel->SetCollapsed(true);
     }
 }
 

@@ -175,9 +175,12 @@ void Gadget::WriteToStream(std::ostream& stream) const
 void Gadget::LoadState()
 {
     stateLoaded_ = true;
-    std::ifstream file(GetStateFileName(), std::ios::binary);
-    if (file.is_open())
-        ReadFromStream(file);
+    const std::string path = GetStateFileName();
+    std::ifstream file(path, std::ios::binary);
+    // A missing file is the first use; one that is there but unreadable deserves a word.
+    if (file.is_open() && !ReadFromStream(file))
+        rlog::Warn("State file " + path + " is damaged or from another version; the defaults are kept",
+                   "vexa::Gadget::LoadState");
 }
 
 bool Gadget::SaveState() const

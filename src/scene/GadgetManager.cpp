@@ -79,6 +79,24 @@ bool GadgetManager::HasGadget(const ResourceId& id) const
     return gadgets_.count(id) != 0;
 }
 
+bool GadgetManager::FocusCamera(const ResourceId& id)
+{
+    auto it = gadgets_.find(id);
+    if (it == gadgets_.end())
+        return false;
+    glm::vec3 target(0.0f);
+    glm::vec3 position(0.0f);
+    if (!it->second->FocusCamera(target, position))
+        return false;
+    if (camera_)
+    {
+        camera_->SetTarget(target);
+        camera_->SetPosition(position);
+        GetEngineServices().RequestRedraw();
+    }
+    return true;
+}
+
 bool GadgetManager::Create(const ResourceId& id)
 {
     std::shared_ptr<Resource> resource = GetEngineServices().FindResource(id);

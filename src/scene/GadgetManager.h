@@ -42,6 +42,9 @@ public:
     /// Throws std::out_of_range when no gadget is stored under `id`.
     const std::shared_ptr<Gadget>& GetGadget(const ResourceId& id) const;
     bool HasGadget(const ResourceId& id) const;
+    /// Points this view area's camera at what the resource's gadget frames; false when the
+    /// resource has no gadget here or the gadget cannot frame its content.
+    bool FocusCamera(const ResourceId& id);
     /// Makes the gadget of the registered resource `id` in this view area; false (logged when
     /// the resource returns none) when nothing was made.
     bool Create(const ResourceId& id);

@@ -33,6 +33,7 @@ public:
 
     void RequestRedraw() override { ++redrawRequests; }
     const std::string& GetIntermediateDirectory() const override { return directory_; }
+    const std::string& GetAssetDirectory() const override { return assetDirectory; }
     std::shared_ptr<vexa::Resource> FindResource(const vexa::ResourceId& id) const override
     {
         auto it = resources.find(id);
@@ -46,6 +47,8 @@ public:
 
     std::map<vexa::ResourceId, std::shared_ptr<vexa::Resource>> resources;
     int redrawRequests = 0;
+    /// Tests that read assets point this at the source tree's asset folder.
+    std::string assetDirectory;
 
 private:
     std::filesystem::path root_;

@@ -2,7 +2,6 @@
 #include <vexa/draw/GeometryName.h>
 #include <vexa/draw/GeometryRenderer.h>
 #include <vexa/draw/GeometryStyle.h>
-#include <vexa/draw/LineFieldStyle.h>
 
 #include <plor/Gl.h>
 
@@ -14,116 +13,10 @@
 
 #include <cstdint>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
 using namespace vexa::draw;
-
-namespace {
-
-GeometryStyle MakeEditedStyle()
-{
-    GeometryStyle style;
-    style.renderMode = RenderMode::SolidAndWires;
-    style.normalsSource = NormalsSource::Flat;
-    style.pointSize = 7.5f;
-    style.cullBackFacing = true;
-    style.wireThickness = 2.25f;
-    style.wireColor = {0.9f, 0.1f, 0.2f};
-    style.showNormals = true;
-    style.normalLength = 0.4f;
-    style.normalColor = {0.3f, 0.4f, 0.5f};
-    style.colorMode = ColorMode::Checker;
-    style.useMatcap = true;
-    style.material.color = {0.2f, 0.3f, 0.4f};
-    style.material.specular = 0.8f;
-    style.material.shininess = 100.0f;
-    style.material.metallic = true;
-    style.material.useLighting = false;
-    style.visible = false;
-    style.color = {0.6f, 0.7f, 0.8f};
-    return style;
-}
-
-void ExpectSameFields(const GeometryStyle& a, const GeometryStyle& b)
-{
-    EXPECT_EQ(a.renderMode, b.renderMode);
-    EXPECT_EQ(a.normalsSource, b.normalsSource);
-    EXPECT_EQ(a.pointSize, b.pointSize);
-    EXPECT_EQ(a.cullBackFacing, b.cullBackFacing);
-    EXPECT_EQ(a.wireThickness, b.wireThickness);
-    EXPECT_EQ(a.wireColor, b.wireColor);
-    EXPECT_EQ(a.showNormals, b.showNormals);
-    EXPECT_EQ(a.normalLength, b.normalLength);
-    EXPECT_EQ(a.normalColor, b.normalColor);
-    EXPECT_EQ(a.colorMode, b.colorMode);
-    EXPECT_EQ(a.useMatcap, b.useMatcap);
-    EXPECT_EQ(a.material, b.material);
-    EXPECT_EQ(a.visible, b.visible);
-    EXPECT_EQ(a.color, b.color);
-}
-
-std::string Serialize(const GeometryStyle& style)
-{
-    std::ostringstream out;
-    style.WriteToStream(out);
-    return out.str();
-}
-
-} // namespace
-
-TEST(GeometryStyleTest, StreamRoundTripsEveryFieldAndStartsWithVersionOne)
-{
-    const GeometryStyle edited = MakeEditedStyle();
-    const std::string bytes = Serialize(edited);
-    ASSERT_GE(bytes.size(), 4u);
-    EXPECT_EQ(bytes.substr(0, 4), std::string("\x01\x00\x00\x00", 4));
-
-    GeometryStyle read;
-    std::istringstream in(bytes);
-    ASSERT_TRUE(read.ReadFromStream(in));
-    ExpectSameFields(read, edited);
-    // The whole block was consumed, so a following record can be read.
-    EXPECT_EQ(in.peek(), std::char_traits<char>::eof());
-}
-
-TEST(GeometryStyleTest, DamagedBlocksLeaveTheStyleUntouched)
-{
-    testing_support::LogCapture log;
-    const std::string bytes = Serialize(MakeEditedStyle());
-    const GeometryStyle defaults;
-
-    // Every truncation, including one inside the material block.
-    for (std::size_t size = 0; size < bytes.size(); ++size) {
-        GeometryStyle style;
-        std::istringstream in(bytes.substr(0, size));
-        EXPECT_FALSE(style.ReadFromStream(in)) << "cut at " << size;
-        ExpectSameFields(style, defaults);
-    }
-
-    std::string wrongVersion = bytes;
-    wrongVersion[0] = 2;
-    GeometryStyle style;
-    std::istringstream versionIn(wrongVersion);
-    EXPECT_FALSE(style.ReadFromStream(versionIn));
-    ExpectSameFields(style, defaults);
-
-    // A render mode no GUI offers is refused rather than drawn as something arbitrary.
-    std::string badMode = bytes;
-    badMode[4] = 9;
-    std::istringstream modeIn(badMode);
-    EXPECT_FALSE(style.ReadFromStream(modeIn));
-    ExpectSameFields(style, defaults);
-    EXPECT_FALSE(log.messages.empty());
-}
-
-TEST(GeometryStyleTest, FitsElementRenderersOnly)
-{
-    ElementRenderer renderer;
-    EXPECT_TRUE(renderer.IsCompatibileWithStyle(GeometryStyle()));
-    EXPECT_FALSE(renderer.IsCompatibileWithStyle(LineFieldStyle()));
-}
 
 TEST(GeometryNameTest, CaptionsAreDistinctAndUnknownValuesAreNamed)
 {

@@ -1,6 +1,6 @@
 // Line graphs: the style's state block, the ranges the renderer derives from its data, and
 // what it draws through a real render system. The drawing tests need a display: run them under
-// `xvfb-run -a -s "-screen 0 1280x1024x24" ctest ...`.
+// `xvfb-run -a -s "-noreset -screen 0 1280x1024x24" ctest ...`.
 
 #include "GlTestSupport.h"
 #include "LogCapture.h"
@@ -21,6 +21,7 @@
 
 using namespace vexa::draw;
 using gl_test_support::GlTest;
+using gl_test_support::kBackground;
 using gl_test_support::Near;
 using gl_test_support::Pixels;
 using gl_test_support::Rgba;
@@ -28,50 +29,6 @@ using gl_test_support::Rgba;
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-const Rgba kBackground{0x3D, 0x3D, 0x3D, 255};
-
-TEST(GraphStyleTest, StreamRoundTripAndRejectsDamagedRecords)
-{
-    GraphStyle written;
-    written.lineWidth = 5;
-    written.pointSize = 9;
-    written.lineColor = tesk::Color3f(0.1f, 0.2f, 0.3f);
-    written.pointColor = tesk::Color3f(0.4f, 0.5f, 0.6f);
-    written.visible = false;
-    written.color = tesk::Color3f(0.7f, 0.8f, 0.9f);
-    std::stringstream stream;
-    written.WriteToStream(stream);
-    const std::string bytes = stream.str();
-
-    GraphStyle read;
-    std::istringstream in(bytes);
-    ASSERT_TRUE(read.ReadFromStream(in));
-    EXPECT_EQ(read.lineWidth, 5);
-    EXPECT_EQ(read.pointSize, 9);
-    EXPECT_EQ(read.lineColor, written.lineColor);
-    EXPECT_EQ(read.pointColor, written.pointColor);
-    EXPECT_FALSE(read.visible);
-    EXPECT_EQ(read.color, written.color);
-    EXPECT_EQ(in.peek(), std::char_traits<char>::eof()) << "the whole block is consumed";
-
-    testing_support::LogCapture log;
-    const GraphStyle defaults;
-    GraphStyle kept;
-    for (std::size_t cut : {std::size_t{3}, std::size_t{10}, bytes.size() - 1}) {
-        std::istringstream truncated(bytes.substr(0, cut));
-        EXPECT_FALSE(kept.ReadFromStream(truncated)) << "cut at " << cut;
-    }
-    GraphStyle bad;
-    bad.lineWidth = 0;
-    std::stringstream badStream;
-    bad.WriteToStream(badStream);
-    EXPECT_FALSE(kept.ReadFromStream(badStream));
-    EXPECT_EQ(kept.lineWidth, defaults.lineWidth);
-    EXPECT_EQ(kept.pointSize, defaults.pointSize);
-    EXPECT_EQ(kept.lineColor, defaults.lineColor);
-    EXPECT_EQ(kept.visible, defaults.visible);
-    EXPECT_GE(log.messages.size(), 4u);
-}
 
 TEST(GraphRendererTest, RangesComeFromTheFiniteDataWithoutAContext)
 {
@@ -90,7 +47,6 @@ TEST(GraphRendererTest, RangesComeFromTheFiniteDataWithoutAContext)
         EXPECT_DOUBLE_EQ(renderer.GetRangeMin().y, 9.0);
         EXPECT_DOUBLE_EQ(renderer.GetRangeMax().y, 31.0);
         EXPECT_FALSE(renderer.GetBoundingBox().IsValid());
-        EXPECT_EQ(renderer.GetPass(), RenderPass::Screen);
 
         // A constant series gets one unit around its value, even far from the origin.
         renderer.SetPoints(std::vector<glm::vec2>{{0, 3}, {1, 3}, {2, 3}});
@@ -104,10 +60,6 @@ TEST(GraphRendererTest, RangesComeFromTheFiniteDataWithoutAContext)
         EXPECT_EQ(renderer.GetPointCount(), 0u);
         EXPECT_EQ(log.messages.size(), 1u) << "good and empty data log nothing";
 
-        GraphStyle graphStyle;
-        Style plainStyle;
-        EXPECT_TRUE(renderer.IsCompatibileWithStyle(graphStyle));
-        EXPECT_FALSE(renderer.IsCompatibileWithStyle(plainStyle));
         renderer.SetPoints(std::vector<glm::vec2>{{0, 0}, {1, 1}});
     }
     EXPECT_EQ(plor::PendingGlDeletes(), pendingBefore);
@@ -128,29 +80,13 @@ protected:
     void SetUp() override
     {
         GlTest::SetUp();
-        if (HasFatalFailure())
-            return;
-        system_ = std::make_unique<RenderSystem>();
-        system_->SetAntiAliasingMethod(AntiAliasingMethod::Off);
-        system_->GetTextRenderer().SetFontFile(VEXA_SOURCE_ASSET_DIR "resources/InriaSans-Regular.ttf");
-    }
-
-    void TearDown() override
-    {
-        system_.reset();
-        GlTest::TearDown();
+        if (!HasFatalFailure())
+            system_->GetTextRenderer().SetFontFile(VEXA_SOURCE_ASSET_DIR "resources/InriaSans-Regular.ttf");
     }
 
     Pixels Draw(const std::shared_ptr<GraphRenderer>& renderer, const GraphStyle& style)
     {
-        auto scene = std::make_shared<Scene>(glm::ivec4(0, 0, kSize, kSize));
-        scene->SetAxesVisible(false);
-        scene->SetGridMode(GridMode::None);
-        EXPECT_NE(scene->AddInstance(renderer, std::make_shared<GraphStyle>(style)), 0);
-        system_->ClearScenes();
-        system_->AddScene(scene);
-        system_->RenderTo(target_);
-        return ReadTarget();
+        return Render(renderer, std::make_shared<GraphStyle>(style));
     }
 
     static GraphStyle MakeStyle(int lineWidth, int pointSize = 0)
@@ -176,8 +112,6 @@ protected:
                 }
         return count > 0 ? sum / count : -1.0;
     }
-
-    std::unique_ptr<RenderSystem> system_;
 };
 
 TEST_F(GraphGlTest, RisingDataRisesAndWiderLinesCoverMore)

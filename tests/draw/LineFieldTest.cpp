@@ -1,5 +1,6 @@
 // Line fields: the style's state block, the renderer's CPU side, and what it draws. The
-// drawing tests need a display: run them under `xvfb-run -a -s "-screen 0 1280x1024x24" ctest ...`.
+// drawing tests need a display: run them under
+// `xvfb-run -a -s "-noreset -screen 0 1280x1024x24" ctest ...`.
 
 #include "GlTestSupport.h"
 #include "LogCapture.h"
@@ -22,50 +23,12 @@
 #include <vector>
 
 using namespace vexa::draw;
+using gl_test_support::Pixels;
 using gl_test_support::Rgba;
 
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-
-TEST(LineFieldStyleTest, StreamRoundTripAndRejectsDamagedRecords)
-{
-    LineFieldStyle written;
-    written.lineWidth = 4.0f;
-    written.onTop = true;
-    written.useSegmentColors = false;
-    written.visible = false;
-    written.color = tesk::Color3f(0.25f, 0.5f, 0.75f);
-    std::stringstream stream;
-    written.WriteToStream(stream);
-    const std::string bytes = stream.str();
-    // version, width, three flags, colour
-    EXPECT_EQ(bytes.size(), 4u + 4u + 3u + 12u);
-
-    LineFieldStyle read;
-    std::istringstream in(bytes);
-    ASSERT_TRUE(read.ReadFromStream(in));
-    EXPECT_EQ(read.lineWidth, 4.0f);
-    EXPECT_TRUE(read.onTop);
-    EXPECT_FALSE(read.useSegmentColors);
-    EXPECT_FALSE(read.visible);
-    EXPECT_EQ(read.color, written.color);
-
-    testing_support::LogCapture log;
-    const LineFieldStyle defaults;
-    LineFieldStyle kept;
-    std::istringstream truncated(bytes.substr(0, bytes.size() - 2));
-    EXPECT_FALSE(kept.ReadFromStream(truncated));
-    std::string otherVersion = bytes;
-    otherVersion[0] = 2;
-    std::istringstream versioned(otherVersion);
-    EXPECT_FALSE(kept.ReadFromStream(versioned));
-    EXPECT_EQ(kept.lineWidth, defaults.lineWidth);
-    EXPECT_EQ(kept.onTop, defaults.onTop);
-    EXPECT_EQ(kept.visible, defaults.visible);
-    EXPECT_EQ(kept.color, defaults.color);
-    EXPECT_GE(log.messages.size(), 2u);
-}
 
 TEST(LineFieldRendererTest, WorksWithoutContextAndDropsNonFiniteSegments)
 {
@@ -96,12 +59,6 @@ TEST(LineFieldRendererTest, WorksWithoutContextAndDropsNonFiniteSegments)
     const std::vector<tesk::Color3f> forKept(2);
     EXPECT_TRUE(renderer->SetLineColors(forKept));
 
-    LineFieldStyle lineStyle;
-    Style plainStyle;
-    EXPECT_TRUE(renderer->IsCompatibileWithStyle(lineStyle));
-    EXPECT_FALSE(renderer->IsCompatibileWithStyle(plainStyle));
-    EXPECT_EQ(renderer->GetPass(), RenderPass::Overlay);
-
     renderer->SetLines(std::vector<geom::LineSegment3>{});
     EXPECT_EQ(renderer->GetLineCount(), 0u);
     EXPECT_TRUE(renderer->GetBoundingBox().IsEmpty());
@@ -111,39 +68,9 @@ TEST(LineFieldRendererTest, WorksWithoutContextAndDropsNonFiniteSegments)
 
 class LineFieldGlTest : public gl_test_support::GlTest {
 protected:
-    void SetUp() override
+    Pixels Draw(LineFieldRenderer& renderer, const LineFieldStyle& style)
     {
-        GlTest::SetUp();
-        if (HasFatalFailure())
-            return;
-        context_.programs = &programs_;
-        context_.view = glm::lookAt(glm::vec3(0.0f, 0.0f, 5.0f), glm::vec3(0.0f), glm::vec3(0.0f, 1.0f, 0.0f));
-        context_.projection = glm::perspective(glm::radians(45.0f), 1.0f, 0.1f, 100.0f);
-        context_.viewProjection = context_.projection * context_.view;
-        context_.cameraPosition = glm::vec3(0.0f, 0.0f, 5.0f);
-        context_.nearPlane = 0.1f;
-        context_.farPlane = 100.0f;
-        context_.viewport = glm::ivec4(0, 0, kSize, kSize);
-        context_.glViewport = glm::ivec4(0, 0, kSize, kSize);
-        context_.framebufferSize = glm::ivec2(kSize, kSize);
-    }
-
-    void TearDown() override
-    {
-        programs_.ReleaseAll();
-        GlTest::TearDown();
-    }
-
-    void BeginFrame()
-    {
-        using namespace gl;
-        target_.Bind();
-        glViewport(0, 0, kSize, kSize);
-        glClearColor(0.0f, 0.0f, 0.0f, 1.0f);
-        glClearDepth(1.0);
-        glEnable(GL_DEPTH_TEST);
-        glDepthFunc(GL_LESS);
-        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        return DrawDirect([&] { renderer.Render(context_, style); }, kBlack);
     }
 
     static LineFieldStyle StyleOf(const tesk::Color3f& color, float width = 1.0f)
@@ -155,7 +82,7 @@ protected:
     }
 
     /// Rows of column `x` whose pixel is close to `colour`.
-    static int RowsOf(const gl_test_support::Pixels& pixels, int x, const Rgba& colour)
+    static int RowsOf(const Pixels& pixels, int x, const Rgba& colour)
     {
         return pixels.Count([&](const Rgba& c) { return gl_test_support::Near(c, colour, 40); }, x, 0, x + 1,
                             kSize);
@@ -166,17 +93,14 @@ protected:
     static constexpr Rgba kGreen{0, 255, 0, 255};
     static constexpr Rgba kBlue{0, 0, 255, 255};
 
-    plor::ProgramList programs_;
-    RenderContext context_;
+    RenderContext context_ = MakeContext({0.0f, 0.0f, 5.0f});
 };
 
 TEST_F(LineFieldGlTest, HorizontalSegmentCrossesViewWithRequestedWidth)
 {
     LineFieldRenderer renderer(std::vector<geom::LineSegment3>{{glm::vec3(-10.0f, 0.0f, 0.0f), glm::vec3(10.0f, 0.0f, 0.0f)}});
     const LineFieldStyle thin = StyleOf({1.0f, 0.0f, 0.0f}, 1.0f);
-    BeginFrame();
-    renderer.Render(context_, thin);
-    const gl_test_support::Pixels thinPixels = ReadTarget();
+    const Pixels thinPixels = Draw(renderer, thin);
 
     for (int x : {4, 64, 123}) {
         const int rows = RowsOf(thinPixels, x, kRed);
@@ -190,9 +114,7 @@ TEST_F(LineFieldGlTest, HorizontalSegmentCrossesViewWithRequestedWidth)
               kSize - 4);
 
     const LineFieldStyle thick = StyleOf({1.0f, 0.0f, 0.0f}, 9.0f);
-    BeginFrame();
-    renderer.Render(context_, thick);
-    const gl_test_support::Pixels thickPixels = ReadTarget();
+    const Pixels thickPixels = Draw(renderer, thick);
     for (int x : {20, 64, 100}) {
         const int rows = RowsOf(thickPixels, x, kRed);
         EXPECT_GE(rows, 8) << "column " << x;
@@ -201,9 +123,7 @@ TEST_F(LineFieldGlTest, HorizontalSegmentCrossesViewWithRequestedWidth)
 
     // A high-density screen doubles the width in framebuffer pixels.
     context_.pixelScale = 2.0f;
-    BeginFrame();
-    renderer.Render(context_, thick);
-    const int doubled = RowsOf(ReadTarget(), 64, kRed);
+    const int doubled = RowsOf(Draw(renderer, thick), 64, kRed);
     EXPECT_GE(doubled, 17);
     EXPECT_LE(doubled, 19);
 }
@@ -214,9 +134,7 @@ TEST_F(LineFieldGlTest, SegmentThroughTheCameraIsCutAtTheNearPlane)
     // the end behind the camera would flip to the top of the view.
     LineFieldRenderer renderer(
         std::vector<geom::LineSegment3>{{glm::vec3(0.0f, -1.0f, 0.0f), glm::vec3(0.0f, -1.0f, 50.0f)}});
-    BeginFrame();
-    renderer.Render(context_, StyleOf({1.0f, 0.0f, 0.0f}, 3.0f));
-    const gl_test_support::Pixels pixels = ReadTarget();
+    const Pixels pixels = Draw(renderer, StyleOf({1.0f, 0.0f, 0.0f}, 3.0f));
     const auto isRed = [](const Rgba& c) { return gl_test_support::Near(c, kRed, 40); };
     EXPECT_GT(pixels.Count(isRed, 0, 70, kSize, kSize), 20);
     EXPECT_EQ(pixels.Count(isRed, 0, 0, kSize, 60), 0);
@@ -232,18 +150,22 @@ TEST_F(LineFieldGlTest, OnTopDrawsOverNearerContent)
         std::vector<geom::LineSegment3>{{glm::vec3(-10.0f, 0.0f, 0.0f), glm::vec3(10.0f, 0.0f, 0.0f)}});
     LineFieldStyle lineStyle = StyleOf({1.0f, 0.0f, 0.0f}, 3.0f);
 
-    BeginFrame();
-    occluder.Render(context_, occluderStyle);
-    line.Render(context_, lineStyle);
-    gl_test_support::Pixels pixels = ReadTarget();
+    Pixels pixels = DrawDirect(
+        [&] {
+            occluder.Render(context_, occluderStyle);
+            line.Render(context_, lineStyle);
+        },
+        kBlack);
     EXPECT_TRUE(gl_test_support::Near(pixels.At(64, 64), kBlue)) << pixels.At(64, 64);
     EXPECT_TRUE(gl_test_support::Near(pixels.At(10, 64), kRed, 40)) << pixels.At(10, 64);
 
     lineStyle.onTop = true;
-    BeginFrame();
-    occluder.Render(context_, occluderStyle);
-    line.Render(context_, lineStyle);
-    pixels = ReadTarget();
+    pixels = DrawDirect(
+        [&] {
+            occluder.Render(context_, occluderStyle);
+            line.Render(context_, lineStyle);
+        },
+        kBlack);
     EXPECT_TRUE(gl_test_support::Near(pixels.At(64, 64), kRed, 40)) << pixels.At(64, 64);
     EXPECT_TRUE(gl_test_support::Near(pixels.At(64, 40), kBlue)) << pixels.At(64, 40);
     // Drawing on top must not leave depth testing off for the content drawn after it.
@@ -263,9 +185,7 @@ TEST_F(LineFieldGlTest, SegmentColoursFollowTheStyleSwitch)
     ASSERT_TRUE(renderer.SetLineColors(colors));
 
     LineFieldStyle style = StyleOf({1.0f, 0.0f, 0.0f}, 5.0f);
-    BeginFrame();
-    renderer.Render(context_, style);
-    gl_test_support::Pixels pixels = ReadTarget();
+    Pixels pixels = Draw(renderer, style);
     // y = +1 projects above the middle, y = -1 below it.
     EXPECT_GE(RowsOf(pixels, 64, kGreen), 4);
     EXPECT_GE(RowsOf(pixels, 64, kBlue), 4);
@@ -278,31 +198,23 @@ TEST_F(LineFieldGlTest, SegmentColoursFollowTheStyleSwitch)
     EXPECT_EQ(RowsOf(pixels, 64, Rgba{255, 255, 255, 255}), 0) << "the dropped segment's colour was used";
 
     style.useSegmentColors = false;
-    BeginFrame();
-    renderer.Render(context_, style);
-    pixels = ReadTarget();
+    pixels = Draw(renderer, style);
     EXPECT_GE(RowsOf(pixels, 64, kRed), 8);
     EXPECT_EQ(RowsOf(pixels, 64, kGreen), 0);
 
     // New segments forget the old colours.
     style.useSegmentColors = true;
     renderer.SetLines(std::vector<geom::LineSegment3>{{glm::vec3(-10.0f, 0.0f, 0.0f), glm::vec3(10.0f, 0.0f, 0.0f)}});
-    BeginFrame();
-    renderer.Render(context_, style);
-    pixels = ReadTarget();
+    pixels = Draw(renderer, style);
     EXPECT_GE(RowsOf(pixels, 64, kRed), 4);
     EXPECT_EQ(RowsOf(pixels, 64, kGreen) + RowsOf(pixels, 64, kBlue), 0);
 
     // An empty list or a hidden style draws nothing.
     renderer.SetLines(std::vector<geom::LineSegment3>{});
-    BeginFrame();
-    renderer.Render(context_, style);
-    EXPECT_EQ(ReadTarget().CountDifferent(kBlack), 0);
+    EXPECT_EQ(Draw(renderer, style).CountDifferent(kBlack), 0);
     renderer.SetLines(std::vector<geom::LineSegment3>{{glm::vec3(-10.0f, 0.0f, 0.0f), glm::vec3(10.0f, 0.0f, 0.0f)}});
     style.visible = false;
-    BeginFrame();
-    renderer.Render(context_, style);
-    EXPECT_EQ(ReadTarget().CountDifferent(kBlack), 0);
+    EXPECT_EQ(Draw(renderer, style).CountDifferent(kBlack), 0);
     EXPECT_EQ(plor::GetLastGlError(), "");
 }
 

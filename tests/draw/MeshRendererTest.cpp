@@ -1,6 +1,6 @@
 // Mesh renderer: what a mesh looks like on screen in its colour sources and normal modes,
 // and how broken meshes are handled. The drawing tests need a display: run them under
-// `xvfb-run -a -s "-screen 0 1280x1024x24" ctest ...`.
+// `xvfb-run -a -s "-noreset -screen 0 1280x1024x24" ctest ...`.
 
 #include "GlTestSupport.h"
 #include "LogCapture.h"
@@ -28,12 +28,11 @@
 
 using namespace vexa::draw;
 using gl_test_support::GlTest;
+using gl_test_support::kBackground;
 using gl_test_support::Pixels;
 using gl_test_support::Rgba;
 
 namespace {
-
-const Rgba kBackground{0x3D, 0x3D, 0x3D, 255};
 
 /// The square -1..1 in the XY plane facing +Z, corners counter-clockwise from the bottom
 /// left, as two triangles; UVs 0..`uvScale` with v running up.
@@ -59,58 +58,22 @@ bool IsBackground(const Rgba& c)
     return gl_test_support::Near(c, kBackground, 4);
 }
 
-/// Draws one mesh at a time through a real render system, looking at the origin from +Z so
-/// that the quad above covers the middle of the picture.
+/// Looks at the origin from +Z, so that the quad above covers the middle of the picture.
 class MeshRendererGlTest : public GlTest {
 protected:
     void SetUp() override
     {
         GlTest::SetUp();
-        system_ = std::make_unique<RenderSystem>();
-        system_->SetAntiAliasingMethod(AntiAliasingMethod::Off);
-        scene_ = std::make_shared<Scene>(glm::ivec4(0, 0, kSize, kSize));
-        scene_->SetAxesVisible(false);
-        scene_->GetCamera()->SetPosition({0.0f, 0.0f, 4.0f});
-        scene_->GetCamera()->LookAt(glm::vec3(0.0f), {0.0f, 1.0f, 0.0f});
-        system_->AddScene(scene_);
-    }
-
-    // Everything holding GL objects goes while its context is still current.
-    void TearDown() override
-    {
-        scene_.reset();
-        system_.reset();
-        GlTest::TearDown();
+        if (!HasFatalFailure())
+            LookAtOriginFrom({0.0f, 0.0f, 4.0f});
     }
 
     Pixels Draw(const std::shared_ptr<MeshRenderer>& renderer, const std::shared_ptr<GeometryStyle>& style)
     {
-        while (!scene_->GetInstances().empty())
-            scene_->RemoveInstance(scene_->GetInstances().front().handle);
-        EXPECT_GT(scene_->AddInstance(renderer, style), 0);
-        system_->RenderTo(target_);
-        EXPECT_EQ(plor::GetLastGlError(), "");
-        return ReadTarget();
+        return Render(renderer, style);
     }
 
-    /// Where a world point lands in the picture (x right, y down).
-    glm::ivec2 ToPixel(const glm::vec3& world) const
-    {
-        const glm::vec4 clip =
-            scene_->GetProjectionMatrix() * scene_->GetCamera()->GetViewMatrix() * glm::vec4(world, 1.0f);
-        const glm::vec2 ndc = glm::vec2(clip) / clip.w;
-        return {static_cast<int>((ndc.x * 0.5f + 0.5f) * kSize),
-                static_cast<int>((0.5f - ndc.y * 0.5f) * kSize)};
-    }
-
-    Rgba At(const Pixels& pixels, const glm::vec3& world) const
-    {
-        const glm::ivec2 p = ToPixel(world);
-        return pixels.At(p.x, p.y);
-    }
-
-    std::unique_ptr<RenderSystem> system_;
-    std::shared_ptr<Scene> scene_;
+    Rgba At(const Pixels& pixels, const glm::vec3& world) const { return pixels.At(ToPixel(world)); }
 };
 
 TEST_F(MeshRendererGlTest, LitMeshColoursItsMiddleByItsNormals)

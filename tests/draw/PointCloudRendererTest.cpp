@@ -1,5 +1,5 @@
 // Point cloud renderer and style. The pixel tests draw through a real render system and need a
-// display: run them under `xvfb-run -a -s "-screen 0 1280x1024x24" ctest ...`.
+// display: run them under `xvfb-run -a -s "-noreset -screen 0 1280x1024x24" ctest ...`.
 
 #include <vexa/draw/PointCloudRenderer.h>
 #include <vexa/draw/PointCloudStyle.h>
@@ -29,6 +29,10 @@
 
 using namespace vexa::draw;
 using gl_test_support::GlTest;
+using gl_test_support::IsDrawn;
+using gl_test_support::IsGreen;
+using gl_test_support::IsRed;
+using gl_test_support::kBackground;
 using gl_test_support::Near;
 using gl_test_support::Pixels;
 using gl_test_support::Rgba;
@@ -37,7 +41,6 @@ namespace {
 
 constexpr const char* kBuildLabel = "vexa::draw::PointCloudRenderer::PointCloudRenderer";
 constexpr const char* kSetColorsLabel = "vexa::draw::PointCloudRenderer::SetColors";
-const Rgba kBackground{0x3D, 0x3D, 0x3D, 255};
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 // The scene camera sits at the origin looking down -Z with a 45 degree field of view, so on
@@ -67,56 +70,14 @@ std::shared_ptr<PointCloudStyle> FlatStyle(int colorMode = ColorMode::Material)
     return style;
 }
 
-bool IsRed(const Rgba& c)
-{
-    return c.r > 200 && c.g < 60 && c.b < 60;
-}
-bool IsGreen(const Rgba& c)
-{
-    return c.g > 200 && c.r < 60 && c.b < 60;
-}
 bool IsBackground(const Rgba& c)
 {
-    return Near(c, kBackground, 3);
-}
-bool IsDrawn(const Rgba& c)
-{
-    return !IsBackground(c);
+    return Near(c, gl_test_support::kBackground, 3);
 }
 
-/// A render system with one bare scene over the whole test target and no anti-aliasing, so
-/// pixels are exactly what the renderer drew.
 class PointCloudGlTest : public GlTest {
 protected:
-    void SetUp() override
-    {
-        GlTest::SetUp();
-        system_ = std::make_unique<RenderSystem>();
-        system_->SetAntiAliasingMethod(AntiAliasingMethod::Off);
-        scene_ = std::make_shared<Scene>(glm::ivec4(0, 0, kSize, kSize));
-        scene_->SetAxesVisible(false);
-        scene_->SetGridMode(GridMode::None);
-        system_->AddScene(scene_);
-    }
-
-    // The system's programs and targets go while this test's context is still current: deleted
-    // later, their names would be deleted in the next test's context.
-    void TearDown() override
-    {
-        system_.reset();
-        scene_.reset();
-        GlTest::TearDown();
-    }
-
-    Pixels Draw()
-    {
-        system_->RenderTo(target_);
-        EXPECT_EQ(plor::GetLastGlError(), "");
-        return ReadTarget();
-    }
-
-    std::unique_ptr<RenderSystem> system_;
-    std::shared_ptr<Scene> scene_;
+    Pixels Draw() { return Render(); }
 };
 
 } // namespace
@@ -138,9 +99,6 @@ TEST(PointCloudRendererTest, BuildsWithoutContextAndKeepsOnlyFinitePointsInItsBo
         EXPECT_EQ(renderer.GetCpuDataBytes(), 2 * 4 * sizeof(glm::vec3));
         EXPECT_TRUE(renderer.SetColors(std::vector<tesk::Color3f>(4, tesk::Color3f(1, 0, 0))));
         EXPECT_EQ(renderer.GetCpuDataBytes(), 3 * 4 * sizeof(glm::vec3));
-        PointCloudStyle style;
-        EXPECT_TRUE(renderer.IsCompatibileWithStyle(style));
-        EXPECT_FALSE(renderer.IsCompatibileWithStyle(Style()));
     }
     EXPECT_TRUE(log.Contains("2 of 4 points have a non-finite coordinate and are not drawn", kBuildLabel));
     EXPECT_EQ(plor::PendingGlDeletes(), 0u);
@@ -191,67 +149,6 @@ TEST(PointCloudRendererTest, ColoursOfTheWrongSizeAreRefused)
     PointCloudRenderer empty;
     EXPECT_FALSE(empty.SetColors(std::vector<tesk::Color3f>{}));
     EXPECT_TRUE(log.Contains("The point cloud is empty; there is nothing to colour", kSetColorsLabel));
-}
-
-TEST(PointCloudStyleTest, StreamRoundTripAndDamagedBlocks)
-{
-    PointCloudStyle style;
-    EXPECT_FLOAT_EQ(style.normalLength, PointCloudStyle::kDefaultNormalLength);
-    style.pointSize = 7.0f;
-    style.cullBackFacing = true;
-    style.colorMode = ColorMode::Normals;
-    style.useNormals = false;
-    style.showNormals = true;
-    style.normalLength = 0.25f;
-    style.material.color = {0.1f, 0.2f, 0.3f};
-    style.material.shininess = 64.0f;
-    style.visible = false;
-    style.color = {0.9f, 0.8f, 0.7f};
-    std::stringstream stream;
-    style.WriteToStream(stream);
-    const std::string block = stream.str();
-
-    PointCloudStyle read;
-    std::istringstream in(block);
-    ASSERT_TRUE(read.ReadFromStream(in));
-    EXPECT_EQ(read.pointSize, 7.0f);
-    EXPECT_TRUE(read.cullBackFacing);
-    EXPECT_EQ(read.colorMode, ColorMode::Normals);
-    EXPECT_FALSE(read.useNormals);
-    EXPECT_TRUE(read.showNormals);
-    EXPECT_EQ(read.normalLength, 0.25f);
-    EXPECT_EQ(read.material, style.material);
-    EXPECT_FALSE(read.visible);
-    EXPECT_EQ(read.color, style.color);
-    EXPECT_EQ(in.peek(), std::char_traits<char>::eof()) << "the whole block is consumed";
-
-    // Every cut leaves a fresh style untouched.
-    testing_support::LogCapture log;
-    const PointCloudStyle fresh;
-    for (std::size_t length = 0; length < block.size(); ++length) {
-        PointCloudStyle target;
-        std::istringstream cut(block.substr(0, length));
-        EXPECT_FALSE(target.ReadFromStream(cut)) << "cut at " << length;
-        EXPECT_EQ(target.pointSize, fresh.pointSize) << "cut at " << length;
-        EXPECT_EQ(target.colorMode, fresh.colorMode) << "cut at " << length;
-        EXPECT_EQ(target.material, fresh.material) << "cut at " << length;
-        EXPECT_EQ(target.visible, fresh.visible) << "cut at " << length;
-    }
-
-    // A colour mode points cannot draw, or a newer version, is refused too.
-    std::string badMode = block;
-    badMode[4 + 4 + 1] = 6; // colour mode Texture
-    PointCloudStyle target;
-    std::istringstream badModeIn(badMode);
-    EXPECT_FALSE(target.ReadFromStream(badModeIn));
-    EXPECT_EQ(target.colorMode, ColorMode::Material);
-    EXPECT_TRUE(log.Contains("Unknown point colour mode 6; keeping the current values",
-                             "vexa::draw::PointCloudStyle::ReadFromStream"));
-    std::string badVersion = block;
-    badVersion[0] = 2;
-    std::istringstream badVersionIn(badVersion);
-    EXPECT_FALSE(target.ReadFromStream(badVersionIn));
-    EXPECT_EQ(target.pointSize, fresh.pointSize);
 }
 
 TEST_F(PointCloudGlTest, PerPointColoursLandWhereTheirPointsAre)

@@ -26,13 +26,12 @@
 using namespace vexa::draw;
 using gl_test_support::FromFloat;
 using gl_test_support::GlTest;
+using gl_test_support::kBackground;
 using gl_test_support::Near;
 using gl_test_support::Pixels;
 using gl_test_support::Rgba;
 
 namespace {
-
-const Rgba kBackground{0x3D, 0x3D, 0x3D, 255};
 
 /// Draws flat-coloured triangles given directly in normalised device coordinates of the
 /// scene's viewport, with its own inline program, so these tests do not depend on any content
@@ -224,10 +223,8 @@ TEST_F(GlTest, RenderersGetWorldSpaceLights)
 
 TEST_F(GlTest, GridLiesInItsPlane)
 {
-    RenderSystem system;
-    system.SetAntiAliasingMethod(AntiAliasingMethod::Off);
-    auto scene = MakeBareScene(kSize);
-    system.AddScene(scene);
+    RenderSystem& system = *system_;
+    const std::shared_ptr<Scene>& scene = scene_;
 
     struct View {
         glm::vec3 eye;

@@ -1,6 +1,6 @@
 // Skeleton style and renderer: the style's state block, the pose's bounds, and what each
 // render mode draws. The drawing tests need a display: run them under
-// `xvfb-run -a -s "-screen 0 1280x1024x24" ctest ...`.
+// `xvfb-run -a -s "-noreset -screen 0 1280x1024x24" ctest ...`.
 
 #include "GlTestSupport.h"
 #include "LogCapture.h"
@@ -28,12 +28,13 @@
 
 using namespace vexa::draw;
 using gl_test_support::GlTest;
+using gl_test_support::IsDrawn;
+using gl_test_support::IsGreen;
+using gl_test_support::IsRed;
 using gl_test_support::Pixels;
 using gl_test_support::Rgba;
 
 namespace {
-
-const Rgba kBackground{0x3D, 0x3D, 0x3D, 255};
 
 /// A root at (-1, 0, 0) and one child 2 units to its right: a single horizontal bone.
 tesk::Skeleton MakeArm()
@@ -55,72 +56,20 @@ std::shared_ptr<SkeletonStyle> RedBones(int mode, bool joints = false)
     return style;
 }
 
-bool IsRed(const Rgba& c)
-{
-    return c.r > 200 && c.g < 60 && c.b < 60;
-}
-
-bool IsGreen(const Rgba& c)
-{
-    return c.g > 200 && c.r < 60 && c.b < 60;
-}
-
-bool IsDrawn(const Rgba& c)
-{
-    return !gl_test_support::Near(c, kBackground, 4);
-}
-
 class SkeletonRendererGlTest : public GlTest {
 protected:
     void SetUp() override
     {
         GlTest::SetUp();
-        system_ = std::make_unique<RenderSystem>();
-        system_->SetAntiAliasingMethod(AntiAliasingMethod::Off);
-        scene_ = std::make_shared<Scene>(glm::ivec4(0, 0, kSize, kSize));
-        scene_->SetAxesVisible(false);
-        scene_->GetCamera()->SetPosition({0.0f, 0.0f, 5.0f});
-        scene_->GetCamera()->LookAt(glm::vec3(0.0f), {0.0f, 1.0f, 0.0f});
-        system_->AddScene(scene_);
-    }
-
-    // Everything holding GL objects goes while its context is still current.
-    void TearDown() override
-    {
-        scene_.reset();
-        system_.reset();
-        GlTest::TearDown();
+        if (!HasFatalFailure())
+            LookAtOriginFrom({0.0f, 0.0f, 5.0f});
     }
 
     Pixels Draw(const std::shared_ptr<SkeletonRenderer>& renderer,
                 const std::shared_ptr<SkeletonStyle>& style)
     {
-        while (!scene_->GetInstances().empty())
-            scene_->RemoveInstance(scene_->GetInstances().front().handle);
-        EXPECT_GT(scene_->AddInstance(renderer, style), 0);
-        system_->RenderTo(target_);
-        EXPECT_EQ(plor::GetLastGlError(), "");
-        return ReadTarget();
+        return Render(renderer, style);
     }
-
-    glm::ivec2 ToPixel(const glm::vec3& world) const
-    {
-        const glm::vec4 clip =
-            scene_->GetProjectionMatrix() * scene_->GetCamera()->GetViewMatrix() * glm::vec4(world, 1.0f);
-        const glm::vec2 ndc = glm::vec2(clip) / clip.w;
-        return {static_cast<int>((ndc.x * 0.5f + 0.5f) * kSize),
-                static_cast<int>((0.5f - ndc.y * 0.5f) * kSize)};
-    }
-
-    /// Pixels passing `test` within `radius` pixels of where `world` lands.
-    int CountAround(const Pixels& pixels, const glm::vec3& world, int radius, bool (*test)(const Rgba&)) const
-    {
-        const glm::ivec2 p = ToPixel(world);
-        return pixels.Count(test, p.x - radius, p.y - radius, p.x + radius + 1, p.y + radius + 1);
-    }
-
-    std::unique_ptr<RenderSystem> system_;
-    std::shared_ptr<Scene> scene_;
 };
 
 TEST_F(SkeletonRendererGlTest, StickmanDrawsALineBetweenTheJoints)
@@ -210,24 +159,16 @@ TEST_F(SkeletonRendererGlTest, SetPoseMovesTheDrawnBoneAndUploadsOnlyOnChange)
 
     // Straight to the renderer, so nothing else in the frame uploads: a still pose costs no
     // transfer, a new pose exactly one.
-    plor::ProgramList programs;
-    RenderContext context;
-    context.programs = &programs;
-    context.view = scene_->GetCamera()->GetViewMatrix();
-    context.projection = scene_->GetProjectionMatrix();
-    context.viewProjection = context.projection * context.view;
-    context.glViewport = {0, 0, kSize, kSize};
-    context.framebufferSize = {kSize, kSize};
-    target_.Bind();
-    renderer->Render(context, *style);
+    const RenderContext context = MakeContext({0.0f, 0.0f, 5.0f});
+    const auto draw = [&] { DrawDirect([&] { renderer->Render(context, *style); }); };
+    draw();
     const std::uint64_t uploads = plor::ArrayObject::GetUploadCount();
-    renderer->Render(context, *style);
-    renderer->Render(context, *style);
+    draw();
+    draw();
     EXPECT_EQ(plor::ArrayObject::GetUploadCount(), uploads);
     ASSERT_TRUE(renderer->SetPose(renderer->GetSkeleton().GetRestPose()));
-    renderer->Render(context, *style);
+    draw();
     EXPECT_EQ(plor::ArrayObject::GetUploadCount(), uploads + 1);
-    programs.ReleaseAll();
 }
 
 TEST(SkeletonRendererTest, BoundsFollowThePoseWithoutAnyGlContext)
@@ -253,9 +194,6 @@ TEST(SkeletonRendererTest, BoundsFollowThePoseWithoutAnyGlContext)
         box = renderer.GetBoundingBox();
         EXPECT_NEAR(glm::distance(box.min, glm::vec3(10.0f, 0.0f, -0.2f)), 0.0f, 1e-5f);
 
-        SkeletonStyle style;
-        EXPECT_TRUE(renderer.IsCompatibileWithStyle(style));
-        EXPECT_FALSE(renderer.IsCompatibileWithStyle(Style()));
         renderer.ReleaseGpuResources();
 
         // A skeleton flat along some axis has no valid box (a camera cannot frame it).
@@ -265,59 +203,6 @@ TEST(SkeletonRendererTest, BoundsFollowThePoseWithoutAnyGlContext)
         EXPECT_EQ(log.messages.size(), 1u);
     }
     EXPECT_EQ(plor::PendingGlDeletes(), pendingBefore);
-}
-
-TEST(SkeletonStyleTest, StreamRoundTripKeepsValuesAndRefusesDamagedBlocks)
-{
-    SkeletonStyle written;
-    written.renderMode = SkeletonRenderMode::Stickman;
-    written.showJoints = false;
-    written.enableLighting = false;
-    written.showBasis = true;
-    written.boneColor = {0.1f, 0.2f, 0.3f};
-    written.jointColor = {0.4f, 0.5f, 0.6f};
-    written.lineWidth = 3.5f;
-    written.visible = false;
-    written.color = {0.7f, 0.8f, 0.9f};
-    std::stringstream stream;
-    written.WriteToStream(stream);
-    const std::string bytes = stream.str();
-
-    SkeletonStyle read;
-    std::istringstream in(bytes);
-    ASSERT_TRUE(read.ReadFromStream(in));
-    EXPECT_EQ(read.renderMode, SkeletonRenderMode::Stickman);
-    EXPECT_FALSE(read.showJoints);
-    EXPECT_FALSE(read.enableLighting);
-    EXPECT_TRUE(read.showBasis);
-    EXPECT_EQ(read.boneColor, written.boneColor);
-    EXPECT_EQ(read.jointColor, written.jointColor);
-    EXPECT_EQ(read.lineWidth, 3.5f);
-    EXPECT_FALSE(read.visible);
-    EXPECT_EQ(read.color, written.color);
-    EXPECT_EQ(in.peek(), std::char_traits<char>::eof()) << "the block is read to its end";
-
-    testing_support::LogCapture log;
-    const SkeletonStyle defaults;
-    SkeletonStyle kept;
-    // Cut anywhere, a block changes nothing.
-    for (std::size_t cut = 0; cut < bytes.size(); cut += 3) {
-        std::istringstream truncated(bytes.substr(0, cut));
-        EXPECT_FALSE(kept.ReadFromStream(truncated)) << "cut at " << cut;
-    }
-    std::string otherVersion = bytes;
-    otherVersion[0] = 7;
-    std::istringstream versioned(otherVersion);
-    EXPECT_FALSE(kept.ReadFromStream(versioned));
-    std::string badMode = bytes;
-    badMode[4] = 3;
-    std::istringstream unknownMode(badMode);
-    EXPECT_FALSE(kept.ReadFromStream(unknownMode));
-    EXPECT_EQ(kept.renderMode, defaults.renderMode);
-    EXPECT_EQ(kept.showJoints, defaults.showJoints);
-    EXPECT_EQ(kept.boneColor, defaults.boneColor);
-    EXPECT_EQ(kept.visible, defaults.visible);
-    EXPECT_GE(log.messages.size(), 2u);
 }
 
 } // namespace

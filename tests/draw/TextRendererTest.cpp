@@ -1,5 +1,6 @@
 // Screen text: measuring (no context needed) and drawing into an off-screen target. The
-// drawing tests need a display: run them under `xvfb-run -a -s "-screen 0 1280x1024x24" ctest ...`.
+// drawing tests need a display: run them under
+// `xvfb-run -a -s "-noreset -screen 0 1280x1024x24" ctest ...`.
 
 #include "GlTestSupport.h"
 #include "LogCapture.h"
@@ -25,6 +26,8 @@ using gl_test_support::Rgba;
 namespace {
 
 const std::string kFontFile = VEXA_SOURCE_ASSET_DIR "resources/InriaSans-Regular.ttf";
+
+const Rgba kBlack{0, 0, 0, 255};
 
 bool IsBright(const Rgba& c)
 {
@@ -79,36 +82,25 @@ protected:
         text_.SetFontFile(kFontFile);
         text_.SetColor({1.0f, 1.0f, 1.0f});
         text_.SetSize(16.0f);
-        text_.SetScene(&scene_);
+        text_.SetScene(&textScene_);
     }
 
     void TearDown() override
     {
         text_.ReleaseGpuResources();
-        programs_.ReleaseAll();
         GlTest::TearDown();
     }
 
     RenderContext ContextFor(const Scene* scene)
     {
-        RenderContext context;
+        RenderContext context = MakeContext({0.0f, 0.0f, 1.0f});
         context.scene = scene;
-        context.programs = &programs_;
-        context.viewport = glm::ivec4(0, 0, kSize, kSize);
-        context.glViewport = glm::ivec4(0, 0, kSize, kSize);
-        context.framebufferSize = glm::ivec2(kSize, kSize);
         return context;
     }
 
     Pixels Draw(const Scene* scene)
     {
-        using namespace gl;
-        target_.Bind();
-        glViewport(0, 0, kSize, kSize);
-        glClearColor(0.0f, 0.0f, 0.0f, 1.0f);
-        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-        text_.RenderQueued(ContextFor(scene));
-        return ReadTarget();
+        return DrawDirect([&] { text_.RenderQueued(ContextFor(scene)); }, kBlack);
     }
 
     /// Horizontal extent [first, last] of bright pixels; (-1, -1) when there are none.
@@ -125,8 +117,7 @@ protected:
         return {first, last};
     }
 
-    Scene scene_;
-    plor::ProgramList programs_;
+    Scene textScene_;
     TextRenderer text_;
 };
 
@@ -134,7 +125,7 @@ TEST_F(TextRendererGlTest, PrintedTextLiesInItsBox)
 {
     const float width = text_.MeasureWidth("Hello");
     text_.Print("Hello", 10.0f, 40.0f);
-    const Pixels pixels = Draw(&scene_);
+    const Pixels pixels = Draw(&textScene_);
     EXPECT_EQ(text_.GetQueuedCount(), 0u);
 
     // Glyphs rise above the baseline at y = 40 by less than the size; "Hello" has no descender.
@@ -146,7 +137,7 @@ TEST_F(TextRendererGlTest, PrintedTextLiesInItsBox)
     EXPECT_GT(pixels.Count([](const Rgba& c) { return c.r > 240 && c.g > 240 && c.b > 240; }), 10);
 
     // The next frame starts from an empty queue.
-    EXPECT_EQ(Draw(&scene_).Count(IsBright), 0);
+    EXPECT_EQ(Draw(&textScene_).Count(IsBright), 0);
     EXPECT_EQ(plor::GetLastGlError(), "");
 }
 
@@ -154,7 +145,7 @@ TEST_F(TextRendererGlTest, GlyphsAddedWhileLayingOutKeepEarlierGlyphsIntact)
 {
     text_.SetSize(48.0f);
     text_.Print("H", 10.0f, 80.0f);
-    const Pixels alone = Draw(&scene_);
+    const Pixels alone = Draw(&textScene_);
     ASSERT_GT(alone.Count(IsBright), 100);
 
     // Laid out after the "H", the accented letters do not fit the atlas and make it grow
@@ -162,7 +153,7 @@ TEST_F(TextRendererGlTest, GlyphsAddedWhileLayingOutKeepEarlierGlyphsIntact)
     TextRenderer fresh;
     fresh.SetFontFile(kFontFile);
     fresh.SetSize(48.0f);
-    fresh.SetScene(&scene_);
+    fresh.SetScene(&textScene_);
     fresh.Print("H", 10.0f, 80.0f);
     std::string accented;
     for (char32_t c = 0xC0; c <= 0x17F; ++c) {
@@ -170,11 +161,7 @@ TEST_F(TextRendererGlTest, GlyphsAddedWhileLayingOutKeepEarlierGlyphsIntact)
         accented += static_cast<char>(0x80 | (c & 0x3F));
     }
     fresh.Print(accented, 10.0f, -2000.0f);
-    using namespace gl;
-    target_.Bind();
-    glClear(GL_COLOR_BUFFER_BIT);
-    fresh.RenderQueued(ContextFor(&scene_));
-    const Pixels together = ReadTarget();
+    const Pixels together = DrawDirect([&] { fresh.RenderQueued(ContextFor(&textScene_)); }, kBlack);
     fresh.ReleaseGpuResources();
 
     int differing = 0;
@@ -189,14 +176,14 @@ TEST_F(TextRendererGlTest, AlignmentPlacesTextAroundTheAnchor)
     const float width = text_.MeasureWidth("Right");
     text_.SetAlignment(TextAlignment::Right);
     text_.Print("Right", 100.0f, 40.0f);
-    auto [first, last] = BrightColumns(Draw(&scene_));
+    auto [first, last] = BrightColumns(Draw(&textScene_));
     ASSERT_GE(first, 0);
     EXPECT_LE(last, 100);
     EXPECT_NEAR(first, 100.0f - width, 3.0f);
 
     text_.SetAlignment(TextAlignment::Center);
     text_.Print("Middle", 64.0f, 40.0f);
-    std::tie(first, last) = BrightColumns(Draw(&scene_));
+    std::tie(first, last) = BrightColumns(Draw(&textScene_));
     ASSERT_GE(first, 0);
     EXPECT_NEAR(0.5f * static_cast<float>(first + last), 64.0f, 3.0f);
 }
@@ -204,7 +191,7 @@ TEST_F(TextRendererGlTest, AlignmentPlacesTextAroundTheAnchor)
 TEST_F(TextRendererGlTest, LinesAreStackedAtTheLineHeight)
 {
     text_.Print("AH\nAH", 10.0f, 30.0f);
-    const Pixels pixels = Draw(&scene_);
+    const Pixels pixels = Draw(&textScene_);
 
     std::vector<int> bands; // first row of each run of rows with bright pixels
     bool inBand = false;
@@ -232,7 +219,7 @@ TEST_F(TextRendererGlTest, TextsOfAnotherSceneStayQueued)
     text_.Print("Ignored", 10.0f, 70.0f);
     ASSERT_EQ(text_.GetQueuedCount(), 2u);
 
-    Pixels pixels = Draw(&scene_);
+    Pixels pixels = Draw(&textScene_);
     EXPECT_GT(pixels.Count(IsBright, 0, 0, kSize, 40), 20);
     EXPECT_EQ(pixels.Count(IsBright, 0, 40, kSize, kSize), 0);
     EXPECT_EQ(text_.GetQueuedCount(), 1u);
@@ -251,7 +238,7 @@ TEST_F(TextRendererGlTest, MissingFontIsReportedOnceAndDrawsNothing)
     text_.SetFontFile(missing);
     for (int frame = 0; frame < 3; ++frame) {
         text_.Print("Hello", 10.0f, 40.0f);
-        EXPECT_EQ(Draw(&scene_).Count(IsBright), 0);
+        EXPECT_EQ(Draw(&textScene_).Count(IsBright), 0);
         EXPECT_EQ(text_.GetQueuedCount(), 0u);
     }
     EXPECT_EQ(text_.MeasureWidth("Hello"), 0.0f);
@@ -261,10 +248,10 @@ TEST_F(TextRendererGlTest, MissingFontIsReportedOnceAndDrawsNothing)
 
     // Without any file there is one warning and still nothing drawn.
     TextRenderer unset;
-    unset.SetScene(&scene_);
+    unset.SetScene(&textScene_);
     for (int frame = 0; frame < 2; ++frame) {
         unset.Print("Hello", 10.0f, 40.0f);
-        unset.RenderQueued(ContextFor(&scene_));
+        unset.RenderQueued(ContextFor(&textScene_));
     }
     ASSERT_EQ(log.messages.size(), 2u);
     EXPECT_EQ(log.messages[1].level, rlog::Level::Warning);
@@ -272,7 +259,7 @@ TEST_F(TextRendererGlTest, MissingFontIsReportedOnceAndDrawsNothing)
     // Pointing at a good file again brings the text back.
     text_.SetFontFile(kFontFile);
     text_.Print("Hello", 10.0f, 40.0f);
-    EXPECT_GT(Draw(&scene_).Count(IsBright), 20);
+    EXPECT_GT(Draw(&textScene_).Count(IsBright), 20);
     EXPECT_EQ(log.messages.size(), 2u);
 }
 

@@ -10,6 +10,7 @@
 
 #include <plor/Window.h>
 
+#include "EngineTestSupport.h"
 #include "LogCapture.h"
 
 #include <gtest/gtest.h>
@@ -19,51 +20,11 @@
 #include <filesystem>
 #include <fstream>
 
-namespace {
-
+using engine_test::FreshDirectory;
+using engine_test::HasDisplay;
+using engine_test::MessageBoxes;
+using engine_test::PlainResource;
 namespace fs = std::filesystem;
-
-// A resource whose gadget does nothing: enough for the list and the notifications.
-class PlainResource final : public vexa::Resource {
-public:
-    explicit PlainResource(const std::string& name) : Resource(name, "PlainResource") {}
-    std::shared_ptr<vexa::Gadget> CreateGadget() override { return std::make_shared<vexa::Gadget>(this); }
-};
-
-struct MessageBoxes {
-    std::vector<std::pair<std::string, std::string>> shown;
-    MessageBoxes()
-    {
-        vexa::SetMessageBoxHandler([this](const std::string& caption, const std::string& text, vexa::MessageIcon) {
-            shown.emplace_back(caption, text);
-        });
-    }
-    ~MessageBoxes() { vexa::SetMessageBoxHandler({}); }
-    bool Has(const std::string& caption, const std::string& text) const
-    {
-        for (const auto& [c, t] : shown)
-            if (c == caption && t == text)
-                return true;
-        return false;
-    }
-};
-
-// Every test runs in a process of its own (one CTest case each), which the process-wide
-// initialised flag relies on; the directory is fresh per test so no state file carries over.
-fs::path FreshDirectory(const std::string& name)
-{
-    const fs::path directory = fs::temp_directory_path() / ("vexa-engine-" + name + "-" + std::to_string(::getpid()));
-    fs::remove_all(directory);
-    fs::create_directories(directory);
-    return directory;
-}
-
-bool HasDisplay()
-{
-    return std::getenv("DISPLAY") != nullptr;
-}
-
-} // namespace
 
 TEST(VexaLifecycle, InitializeIsRefusedWhenRunningAndAfterTerminate)
 {

@@ -22,6 +22,7 @@
 #include <vector>
 
 using namespace vexa;
+using gui_test::Choose;
 using gui_test::Fire;
 using gui_test::PanelTest;
 
@@ -32,14 +33,6 @@ using ElementsTest = PanelTest;
 void Click(CEGUI::Window* button)
 {
     Fire(button, CEGUI::PushButton::EventClicked, CEGUI::PushButton::EventNamespace);
-}
-
-/// Picks the item at `index` in the open list and accepts it, as a click in the list does.
-void Choose(nubo::Combobox* combobox, std::size_t index)
-{
-    CEGUI::ComboDropList* list = combobox->getDropList();
-    list->setItemSelectState(index, true);
-    Fire(list, CEGUI::ComboDropList::EventListSelectionAccepted, CEGUI::ComboDropList::EventNamespace);
 }
 
 } // namespace

@@ -3,6 +3,8 @@
 #include <nubo/GuiSystem.h>
 
 #include <CEGUI/GUIContext.h>
+#include <CEGUI/widgets/ComboDropList.h>
+#include <CEGUI/widgets/Combobox.h>
 #include <CEGUI/System.h>
 #include <CEGUI/WindowManager.h>
 
@@ -39,6 +41,13 @@ void Fire(CEGUI::Window* window, const CEGUI::String& event, const CEGUI::String
 {
     CEGUI::WindowEventArgs args(window);
     window->fireEvent(event, args, eventNamespace);
+}
+
+void Choose(CEGUI::Combobox* combobox, std::size_t index)
+{
+    CEGUI::ComboDropList* list = combobox->getDropList();
+    list->setItemSelectState(index, true);
+    Fire(list, CEGUI::ComboDropList::EventListSelectionAccepted, CEGUI::ComboDropList::EventNamespace);
 }
 
 void PanelTest::SetUp()

@@ -66,13 +66,16 @@ TEST(Viewarea, BuiltFromTheLayoutAndPlacedByCompositeCoordinates)
     const glm::ivec4 viewport = area.GetScene()->GetViewport();
     const CEGUI::Sizef display = gui_test::Root()->getPixelSize();
     EXPECT_EQ(viewport.x, static_cast<int>(display.d_width / 2));
-    EXPECT_EQ(viewport.z, static_cast<int>(display.d_width));
+    // The scene is drawn beside the sidebar (270 px), not under it.
+    EXPECT_EQ(viewport.z, static_cast<int>(display.d_width) - 270);
     EXPECT_TRUE(area.Contains(display.d_width * 0.75f, 10.0f));
     EXPECT_FALSE(area.Contains(display.d_width * 0.25f, 10.0f));
 
     // Resizing the parent keeps the area on the right half.
     const CEGUI::USize before = gui_test::Root()->getSize();
     gui_test::Root()->setSize(CEGUI::USize(CEGUI::UDim(0, 800), CEGUI::UDim(0, 600)));
+    EXPECT_EQ(area.GetScene()->GetViewport(), glm::ivec4(400, 0, 530, 600));
+    area.SetSidebarVisible(false);
     EXPECT_EQ(area.GetScene()->GetViewport(), glm::ivec4(400, 0, 800, 600));
     gui_test::Root()->setSize(before);
 }

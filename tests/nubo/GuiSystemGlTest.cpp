@@ -1,5 +1,5 @@
 // Drawing through CEGUI's OpenGL 3 renderer on a hidden window. Needs a display: run under
-// xvfb-run -a -s "-screen 0 1280x1024x24".
+// xvfb-run -a -s "-noreset -screen 0 1280x1024x24".
 
 #include "GuiTestEnvironment.h"
 
@@ -33,8 +33,9 @@ protected:
         params.visible = false;
         params.caption = "nubo test";
         window_ = plor::Window::Create(params);
-        ASSERT_NE(window_, nullptr) << "No window with an OpenGL 3.3 core context could be created. The GL tests "
-                                       "need a display: run them under xvfb-run -a -s \"-screen 0 1280x1024x24\".";
+        ASSERT_NE(window_, nullptr)
+            << "No window with an OpenGL 3.3 core context could be created. The GL tests "
+               "need a display: run them under xvfb-run -a -s \"-noreset -screen 0 1280x1024x24\".";
         window_->MakeContextCurrent();
     }
 

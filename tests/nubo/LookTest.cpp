@@ -61,18 +61,6 @@ const char* const kOptionsLayout = R"(<?xml version="1.0" ?>
    <Property name="Font" value="InriaSans-10-Bold"/>
    <Property name="BackgroundVisible" value="true"/>
   </Window>
-  <Window type="DarkVexa/SeparatorVer" name="SeparatorVer">
-   <Property name="Area" value="{{0.5,-5},{0,0},{0.5,4},{1,0}}"/>
-  </Window>
-  <Window type="DarkVexa/Checkbox" name="check_drawaxes">
-   <Property name="Area" value="{{0,20},{0,46},{0,173},{0,66}}"/>
-   <Property name="Text" value="Draw global axes"/>
-  </Window>
-  <Window type="DarkVexa/Label" name="lab_groundgrid">
-   <Property name="Area" value="{{0,19},{0,80},{0,58},{0,100}}"/>
-   <Property name="Text" value="Grid"/>
-   <Property name="HorzFormatting" value="LeftAligned"/>
-  </Window>
   <Window type="DarkVexa/Combobox" name="combo_ground">
    <Property name="Area" value="{{0,77},{0,78},{0,172},{0,103}}"/>
    <Property name="ReadOnly" value="true"/>
@@ -91,14 +79,10 @@ const char* const kOptionsLayout = R"(<?xml version="1.0" ?>
    <Property name="MaximumValue" value="1e+009"/>
    <Property name="TextInputMode" value="FloatingPoint"/>
   </Window>
-  <Window type="DarkVexa/PushButton" name="btn_cam_reset">
-   <Property name="Area" value="{{0.5,20},{0,135},{0.5,180},{0,160}}"/>
-   <Property name="Text" value="Reset camera view"/>
-  </Window>
  </Window>
 </GUILayout>)";
 
-// A sidebar panel with its header, and the resource browser's client area.
+// A sidebar panel with its header, and the resource browser's list.
 const char* const kPanelLayout = R"(<?xml version="1.0" ?>
 <GUILayout version="4">
  <Window type="DarkVexa/Panel" name="SidePanel">
@@ -107,11 +91,6 @@ const char* const kPanelLayout = R"(<?xml version="1.0" ?>
   <Window type="DarkVexa/Panel" name="panel_header">
    <Property name="Area" value="{{0,0},{0,0},{1,0},{0,24}}"/>
    <Property name="Color" value="FF5D5D5D"/>
-   <Window type="DarkVexa/PushButton" name="btn_focus">
-    <Property name="Area" value="{{0,0},{0,0},{0,24},{1,0}}"/>
-    <Property name="Glyph" value="Icons16px/zoom"/>
-    <Property name="RenderBackground" value="false"/>
-   </Window>
    <Window type="DarkVexa/Label" name="lab_title">
     <Property name="Area" value="{{0,28},{0,0},{0,248},{0,20}}"/>
     <Property name="Font" value="InriaSans-12-Normal"/>
@@ -124,38 +103,9 @@ const char* const kPanelLayout = R"(<?xml version="1.0" ?>
     <Property name="Glyph" value="Icons16px/pin"/>
     <Property name="RenderBackground" value="false"/>
    </Window>
-   <Window type="DarkVexa/PushButton" name="btn_remove">
-    <Property name="Area" value="{{1,-24},{0,0},{1,0},{1,0}}"/>
-    <Property name="Glyph" value="Icons16px/close"/>
-    <Property name="RenderBackground" value="false"/>
-   </Window>
   </Window>
   <Window type="DarkVexa/Panel" name="root">
    <Property name="Area" value="{{0,0},{0,24},{1,0},{0,300}}"/>
-   <Window type="DarkVexa/PushButton" name="BtnHome">
-    <Property name="Area" value="{{0,5},{0,8},{0,29},{0,32}}"/>
-    <Property name="Glyph" value="Icons16px/home"/>
-    <Property name="RenderBackground" value="false"/>
-   </Window>
-   <Window type="DarkVexa/PushButton" name="BtnUp">
-    <Property name="Area" value="{{0,35},{0,8},{0,59},{0,32}}"/>
-    <Property name="Glyph" value="Icons16px/back"/>
-    <Property name="RenderBackground" value="false"/>
-   </Window>
-   <Window type="DarkVexa/Editbox" name="EditSearch">
-    <Property name="Area" value="{{0,65},{0,8},{1,-5},{0,32}}"/>
-    <Window type="DarkVexa/PushButton" name="BtnSearchClear">
-     <Property name="Area" value="{{1,-22},{0,0},{1,0},{1,0}}"/>
-     <Property name="Glyph" value="Icons16px/close"/>
-     <Property name="RenderBackground" value="false"/>
-    </Window>
-   </Window>
-   <Window type="DarkVexa/Label" name="LabLocation">
-    <Property name="Area" value="{{0,7},{0,40},{1,-7},{0,55}}"/>
-    <Property name="Text" value="/Location"/>
-    <Property name="HorzFormatting" value="LeftAligned"/>
-    <Property name="VertFormatting" value="BottomAligned"/>
-   </Window>
    <Window type="DarkVexa/ItemListbox" name="ListUnits">
     <Property name="Area" value="{{0,6},{0,60},{1,-6},{1,-6}}"/>
     <Property name="SortEnabled" value="true"/>
@@ -203,37 +153,38 @@ TEST(Look, EveryWidgetTypeOfTheSchemeBuildsAndDraws)
     EXPECT_EQ(CeguiErrors(log), "");
 }
 
-TEST(Look, ColoursAreArgbHexAndReadBackUnchanged)
+TEST(Look, PropertiesReadBackWhatWasWrittenAndColoursAreArgbHex)
 {
-    ScopedWindow panel("DarkVexa/Panel");
-    panel->setProperty("Color", "FF435B72");
-    EXPECT_EQ(panel->getProperty("Color"), "FF435B72");
-    EXPECT_EQ(panel->getProperty("Colour"), "FF435B72") << "alias of Color";
-    panel->setProperty("BackgroundColour", "00454545");
-    EXPECT_EQ(panel->getProperty("Color"), "00454545") << "alias of Color";
-
-    ScopedWindow header("DarkVexa/PanelHeader");
-    EXPECT_EQ(header->getProperty("Color"), "FF5D5D5D");
-
-    ScopedWindow stripe("DarkVexa/ColorRect");
-    stripe->setProperty("Color", "FF20A040");
-    EXPECT_EQ(stripe->getProperty("Colour"), "FF20A040");
-
-    ScopedWindow button("DarkVexa/PushButton");
-    for (const char* name : {"NormalColour", "HoverColour", "PushedColour", "DisabledColour", "TextColour"}) {
-        button->setProperty(name, "FF11B252");
-        EXPECT_EQ(button->getProperty(name), "FF11B252") << name;
+    struct Case {
+        const char* type;
+        const char* written; ///< null: the look's default is read
+        const char* read;
+        const char* value;
+    };
+    const Case cases[] = {
+        {"DarkVexa/Panel", "Color", "Color", "FF435B72"},
+        {"DarkVexa/Panel", "Color", "Colour", "FF435B72"},
+        {"DarkVexa/Panel", "BackgroundColour", "Color", "00454545"},
+        {"DarkVexa/PanelHeader", nullptr, "Color", "FF5D5D5D"},
+        {"DarkVexa/ColorRect", "Color", "Colour", "FF20A040"},
+        {"DarkVexa/PushButton", "NormalColour", "NormalColour", "FF11B252"},
+        {"DarkVexa/PushButton", "HoverColour", "HoverColour", "FF11B252"},
+        {"DarkVexa/PushButton", "PushedColour", "PushedColour", "FF11B252"},
+        {"DarkVexa/PushButton", "DisabledColour", "DisabledColour", "FF11B252"},
+        {"DarkVexa/PushButton", "TextColour", "TextColour", "FF11B252"},
+        {"DarkVexa/PushButton", nullptr, "RenderBackground", "true"},
+        {"DarkVexa/PushButton", "RenderBackground", "RenderBackground", "false"},
+        {"DarkVexa/PushButton", "Glyph", "Glyph", "Icons16px/right"},
+        {"DarkVexa/Label", nullptr, "BackgroundVisible", "false"},
+        {"DarkVexa/Label", "HorzFormatting", "HorzFormatting", "LeftAligned"},
+    };
+    for (const Case& c : cases) {
+        ScopedWindow window(c.type);
+        if (c.written)
+            window->setProperty(c.written, c.value);
+        EXPECT_EQ(window->getProperty(c.read), c.value)
+            << c.type << " " << (c.written ? c.written : "") << " -> " << c.read;
     }
-    EXPECT_EQ(button->getProperty("RenderBackground"), "true");
-    button->setProperty("RenderBackground", "false");
-    EXPECT_EQ(button->getProperty("RenderBackground"), "false");
-    button->setProperty("Glyph", "Icons16px/right");
-    EXPECT_EQ(button->getProperty("Glyph"), "Icons16px/right");
-
-    ScopedWindow label("DarkVexa/Label");
-    EXPECT_EQ(label->getProperty("BackgroundVisible"), "false");
-    label->setProperty("HorzFormatting", "LeftAligned");
-    EXPECT_EQ(label->getProperty("HorzFormatting"), "LeftAligned");
 }
 
 TEST(Look, IconsFontsAndWidgetImagesAreDefined)

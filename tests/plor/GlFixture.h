@@ -1,6 +1,8 @@
 #pragma once
 // A hidden 64x64 window whose context is current for the duration of a test. The GL tests
-// need a display: run them under `xvfb-run -a -s "-screen 0 1280x1024x24" ctest ...`.
+// need a display: run them under `xvfb-run -a -s "-noreset -screen 0 1280x1024x24" ctest ...`.
+// Without -noreset the server resets whenever its last client leaves, and a test that
+// connects during the reset (with -j2, one often starts as another ends) cannot open it.
 
 #include <plor/Framebuffer.h>
 #include <plor/Gl.h>
@@ -45,8 +47,9 @@ protected:
         params.visible = false;
         params.caption = "plor test";
         window_ = plor::Window::Create(params);
-        ASSERT_NE(window_, nullptr) << "No window with an OpenGL 3.3 core context could be created. The GL tests "
-                                       "need a display: run them under xvfb-run -a -s \"-screen 0 1280x1024x24\".";
+        ASSERT_NE(window_, nullptr)
+            << "No window with an OpenGL 3.3 core context could be created. The GL tests "
+               "need a display: run them under xvfb-run -a -s \"-noreset -screen 0 1280x1024x24\".";
         window_->MakeContextCurrent();
         ASSERT_TRUE(window_->IsContextCurrent());
     }

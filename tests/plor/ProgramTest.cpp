@@ -118,6 +118,22 @@ TEST_F(GlTest, ProgramsFromFilesGetDefinesAndSurviveABrokenRebuild)
     EXPECT_FALSE(program->HasFailed());
     EXPECT_NE(program->GetId(), 0u);
     EXPECT_EQ(program->GetUniformLocation("color"), -1);
+
+    // Declared and built on first use with its define; later calls find the same build and
+    // never declare it again, whatever files they name.
+    WriteFile(directory / "test/variant.frag",
+              "#version 330 core\nout vec4 fragColor;\nvoid main()\n{\n"
+              "#ifdef RED\n    fragColor = vec4(1.0, 0.0, 0.0, 1.0);\n#else\n"
+              "    fragColor = vec4(0.0, 0.0, 1.0, 1.0);\n#endif\n}\n");
+    const std::size_t declared = programs.Size();
+    plor::Program& red = programs.GetOrAdd("RED", {"test/fill.vert", "test/variant.frag", {}, "RED"});
+    ASSERT_TRUE(red.IsBuilt());
+    EXPECT_EQ(&programs.GetOrAdd(std::string("RED"), {"test/none.vert", "test/none.frag"}), &red);
+    EXPECT_EQ(programs.Size(), declared + 1);
+    PrepareTarget(target, 0.0f, 0.0f, 0.0f);
+    ASSERT_TRUE(red.Use());
+    DrawFullScreen();
+    EXPECT_EQ(PixelAt(kSize / 2, kSize / 2), (Rgba{255, 0, 0, 255}));
     std::filesystem::remove_all(directory);
 }
 

@@ -141,7 +141,9 @@ void main()
         color = base;
     } else if (uUseMatcap) {
         vec3 viewNormal = SafeNormalize(mat3(uView) * facing, vec3(0.0, 0.0, 1.0));
-        vec3 matcap = texture(uMatcap, viewNormal.xy * 0.5 + 0.5).rgb;
+        // Images are uploaded top row first, so v runs downwards: a normal pointing up must
+        // read the top of the matcap, where its light comes from.
+        vec3 matcap = texture(uMatcap, vec2(viewNormal.x, -viewNormal.y) * 0.5 + 0.5).rgb;
         // The matcap is the lighting: alone for the material, tinting other colour sources.
         color = uColorMode == 0 ? matcap : base * matcap;
     } else if (uUseLighting) {

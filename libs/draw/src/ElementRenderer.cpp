@@ -2,6 +2,8 @@
 
 #include <vexa/draw/RenderContext.h>
 
+#include "LightingUniforms.h"
+
 #include <plor/ArrayObject.h>
 #include <plor/Program.h>
 #include <plor/Texture.h>
@@ -15,8 +17,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <string>
+#include <string_view>
 
 using namespace gl;
 
@@ -26,7 +28,6 @@ namespace {
 
 constexpr const char* kSetSurfaceLabel = "vexa::draw::ElementRenderer::SetSurface";
 constexpr const char* kSetColorsLabel = "vexa::draw::ElementRenderer::SetCustomColors";
-constexpr int kMaxLights = 4;
 
 // Buffer slots of the vertex array; colours come and go on their own.
 constexpr std::size_t kPositionSlot = 0;
@@ -34,63 +35,29 @@ constexpr std::size_t kColorSlot = 1;
 constexpr std::size_t kNormalSlot = 2;
 constexpr std::size_t kUvSlot = 3;
 
-// Program names live in statics so that looking them up each frame allocates nothing.
-const std::string& SurfaceProgramName()
-{
-    static const std::string name = "geometry.surface";
-    return name;
-}
-const std::string& PointsProgramName()
-{
-    static const std::string name = "geometry.points";
-    return name;
-}
-const std::string& WiresProgramName()
-{
-    static const std::string name = "geometry.wires";
-    return name;
-}
-const std::string& NormalsProgramName()
-{
-    static const std::string name = "geometry.normals";
-    return name;
-}
-const std::string& FaceNormalsProgramName()
-{
-    static const std::string name = "geometry.faceNormals";
-    return name;
-}
-
-plor::Program* GetProgram(plor::ProgramList& programs, const std::string& name)
-{
-    if (!programs.Has(name)) {
-        if (&name == &SurfaceProgramName())
-            programs.Add(name, "geometry/surface.vert", "geometry/surface.frag");
-        else if (&name == &PointsProgramName())
-            programs.Add(name, "geometry/surface.vert", "geometry/surface.frag").AddDefine("POINTS");
-        else if (&name == &WiresProgramName())
-            programs.Add(name, "geometry/surface.vert", "geometry/surface.frag", "geometry/wires.geom")
-                .AddDefine("WIRES");
-        else if (&name == &NormalsProgramName())
-            programs.Add(name, "geometry/normals.vert", "geometry/normals.frag", "geometry/normals.geom");
-        else
-            programs.Add(name, "geometry/normals.vert", "geometry/normals.frag", "geometry/normals.geom")
-                .AddDefine("FACE_NORMALS");
-    }
-    plor::Program* program = programs.Get(name);
-    return program && program->Use() ? program : nullptr;
-}
+constexpr std::string_view kSurfaceProgram = "geometry.surface";
+constexpr std::string_view kPointsProgram = "geometry.points";
+constexpr std::string_view kWiresProgram = "geometry.wires";
+constexpr std::string_view kNormalsProgram = "geometry.normals";
+constexpr std::string_view kFaceNormalsProgram = "geometry.faceNormals";
+constexpr plor::ProgramFiles kSurfaceFiles{"geometry/surface.vert", "geometry/surface.frag"};
+constexpr plor::ProgramFiles kPointsFiles{"geometry/surface.vert", "geometry/surface.frag", {}, "POINTS"};
+constexpr plor::ProgramFiles kWiresFiles{"geometry/surface.vert", "geometry/surface.frag",
+                                         "geometry/wires.geom", "WIRES"};
+constexpr plor::ProgramFiles kNormalsFiles{"geometry/normals.vert", "geometry/normals.frag",
+                                           "geometry/normals.geom"};
+constexpr plor::ProgramFiles kFaceNormalsFiles{"geometry/normals.vert", "geometry/normals.frag",
+                                               "geometry/normals.geom", "FACE_NORMALS"};
 
 /// Uniform locations of one surface program, fetched again whenever the program is rebuilt.
 struct SurfaceUniforms {
     unsigned int program = 0;
     GLint model = -1, viewProjection = -1, normalMatrix = -1, view = -1, cameraPosition = -1;
     GLint pointSize = -1, viewportSize = -1, lineWidth = -1;
-    GLint baseColor = -1, specular = -1, shininess = -1, metallic = -1, useLighting = -1;
     GLint colorMode = -1, hasColors = -1, flatNormals = -1, useTexture = -1, useMatcap = -1, useNormalMap = -1;
     GLint useFixedColor = -1, fixedColor = -1;
     GLint colorTexture = -1, matcap = -1, normalMap = -1;
-    GLint lightCount = -1, lightDirection = -1, lightColor = -1;
+    LightingUniforms lighting;
 
     void Refresh(plor::Program& p)
     {
@@ -105,11 +72,6 @@ struct SurfaceUniforms {
         pointSize = p.GetUniformLocation("uPointSize");
         viewportSize = p.GetUniformLocation("uViewportSize");
         lineWidth = p.GetUniformLocation("uLineWidth");
-        baseColor = p.GetUniformLocation("uBaseColor");
-        specular = p.GetUniformLocation("uSpecular");
-        shininess = p.GetUniformLocation("uShininess");
-        metallic = p.GetUniformLocation("uMetallic");
-        useLighting = p.GetUniformLocation("uUseLighting");
         colorMode = p.GetUniformLocation("uColorMode");
         hasColors = p.GetUniformLocation("uHasColors");
         flatNormals = p.GetUniformLocation("uFlatNormals");
@@ -121,9 +83,7 @@ struct SurfaceUniforms {
         colorTexture = p.GetUniformLocation("uColorTexture");
         matcap = p.GetUniformLocation("uMatcap");
         normalMap = p.GetUniformLocation("uNormalMap");
-        lightCount = p.GetUniformLocation("uLightCount");
-        lightDirection = p.GetUniformLocation("uLightDirection");
-        lightColor = p.GetUniformLocation("uLightColor");
+        lighting.Refresh(p);
     }
 };
 
@@ -153,9 +113,6 @@ struct Frame {
     glm::vec3 cameraPosition{0.0f};
     glm::vec2 viewportSize{1.0f};
     float pixelScale = 1.0f;
-    int lightCount = 0;
-    float lightDirections[3 * kMaxLights] = {};
-    float lightColors[3 * kMaxLights] = {};
     bool useTexture = false;
     bool useMatcap = false;
     bool useNormalMap = false;
@@ -179,39 +136,17 @@ Frame MakeFrame(const RenderContext& context, const GeometryStyle& style)
     f.viewportSize = glm::vec2(std::max(size.x, 1), std::max(size.y, 1));
     f.pixelScale = context.pixelScale > 0.0f ? context.pixelScale : 1.0f;
 
-    for (const Light& light : context.lights) {
-        if (f.lightCount == kMaxLights)
-            break;
-        const glm::vec3 color = glm::vec3(light.color.r, light.color.g, light.color.b) * light.intensity;
-        std::memcpy(&f.lightDirections[3 * f.lightCount], &light.direction, sizeof(glm::vec3));
-        std::memcpy(&f.lightColors[3 * f.lightCount], &color, sizeof(glm::vec3));
-        ++f.lightCount;
-    }
-    if (f.lightCount == 0) {
-        // A scene without lights still shows its shapes, lit from the eye.
-        const glm::vec3 forward = -glm::vec3(cameraToWorld[2]);
-        const Light headlight;
-        const glm::vec3 color = glm::vec3(headlight.color.r, headlight.color.g, headlight.color.b) * headlight.intensity;
-        std::memcpy(&f.lightDirections[0], &forward, sizeof(glm::vec3));
-        std::memcpy(&f.lightColors[0], &color, sizeof(glm::vec3));
-        f.lightCount = 1;
-    }
     return f;
 }
 
-void SetSurfaceUniforms(const SurfaceUniforms& u, const Frame& f, const GeometryStyle& style, bool hasColors)
+void SetSurfaceUniforms(const SurfaceUniforms& u, const Frame& f, const RenderContext& context,
+                        const GeometryStyle& style, bool hasColors)
 {
-    const Material& m = style.material;
     glUniformMatrix4fv(u.model, 1, GL_FALSE, glm::value_ptr(f.model));
     glUniformMatrix3fv(u.normalMatrix, 1, GL_FALSE, glm::value_ptr(f.normalMatrix));
     glUniformMatrix4fv(u.view, 1, GL_FALSE, glm::value_ptr(f.view));
     glUniformMatrix4fv(u.viewProjection, 1, GL_FALSE, glm::value_ptr(f.viewProjection));
     glUniform3f(u.cameraPosition, f.cameraPosition.x, f.cameraPosition.y, f.cameraPosition.z);
-    glUniform3f(u.baseColor, m.color.r, m.color.g, m.color.b);
-    glUniform1f(u.specular, m.specular);
-    glUniform1f(u.shininess, std::clamp(m.shininess, 1.0f, 512.0f));
-    glUniform1i(u.metallic, m.metallic ? 1 : 0);
-    glUniform1i(u.useLighting, m.useLighting ? 1 : 0);
     glUniform1i(u.colorMode, style.colorMode);
     glUniform1i(u.hasColors, hasColors ? 1 : 0);
     glUniform1i(u.flatNormals, style.normalsSource == NormalsSource::Flat ? 1 : 0);
@@ -222,9 +157,7 @@ void SetSurfaceUniforms(const SurfaceUniforms& u, const Frame& f, const Geometry
     glUniform1i(u.colorTexture, 0);
     glUniform1i(u.matcap, 1);
     glUniform1i(u.normalMap, 2);
-    glUniform1i(u.lightCount, f.lightCount);
-    glUniform3fv(u.lightDirection, f.lightCount, f.lightDirections);
-    glUniform3fv(u.lightColor, f.lightCount, f.lightColors);
+    u.lighting.Upload(context, style.material);
 }
 
 std::unique_ptr<plor::Texture> MakeCheckerTexture()
@@ -527,9 +460,9 @@ void ElementRenderer::Render(const RenderContext& context, const Style& baseStyl
     glActiveTexture(GL_TEXTURE0);
 
     if (solid && hasFaces) {
-        if (plor::Program* p = GetProgram(*context.programs, SurfaceProgramName())) {
-            gpu.surface.Refresh(*p);
-            SetSurfaceUniforms(gpu.surface, frame, style, gpu.hasColors);
+        if (plor::Program& p = context.programs->GetOrAdd(kSurfaceProgram, kSurfaceFiles); p.Use()) {
+            gpu.surface.Refresh(p);
+            SetSurfaceUniforms(gpu.surface, frame, context, style, gpu.hasColors);
             if (style.cullBackFacing) {
                 glEnable(GL_CULL_FACE);
                 glCullFace(GL_BACK);
@@ -548,9 +481,9 @@ void ElementRenderer::Render(const RenderContext& context, const Style& baseStyl
     const bool wires = mode == RenderMode::Wires || mode == RenderMode::PointsAndWires ||
                        mode == RenderMode::SolidAndWires;
     if (wires && hasEdges) {
-        if (plor::Program* p = GetProgram(*context.programs, WiresProgramName())) {
-            gpu.wires.Refresh(*p);
-            SetSurfaceUniforms(gpu.wires, frame, style, gpu.hasColors);
+        if (plor::Program& p = context.programs->GetOrAdd(kWiresProgram, kWiresFiles); p.Use()) {
+            gpu.wires.Refresh(p);
+            SetSurfaceUniforms(gpu.wires, frame, context, style, gpu.hasColors);
             // Over faces the wires take the style's wire colour; alone they take the surface's
             // colour, or a dark default wire colour would vanish against a dark background.
             if (mode == RenderMode::SolidAndWires) {
@@ -564,9 +497,9 @@ void ElementRenderer::Render(const RenderContext& context, const Style& baseStyl
     }
 
     if (mode == RenderMode::Points || mode == RenderMode::PointsAndWires) {
-        if (plor::Program* p = GetProgram(*context.programs, PointsProgramName())) {
-            gpu.points.Refresh(*p);
-            SetSurfaceUniforms(gpu.points, frame, style, gpu.hasColors);
+        if (plor::Program& p = context.programs->GetOrAdd(kPointsProgram, kPointsFiles); p.Use()) {
+            gpu.points.Refresh(p);
+            SetSurfaceUniforms(gpu.points, frame, context, style, gpu.hasColors);
             glUniform1f(gpu.points.pointSize, std::max(1.0f, style.pointSize * frame.pixelScale));
             glEnable(GL_PROGRAM_POINT_SIZE);
             gpu.array.Draw(plor::PrimitiveType::Points, 0, gpu.vertexCount);
@@ -577,10 +510,11 @@ void ElementRenderer::Render(const RenderContext& context, const Style& baseStyl
     if (style.showNormals) {
         // Flat shading shows one normal per face, from its centre; otherwise one per vertex.
         const bool perFace = style.normalsSource == NormalsSource::Flat && hasFaces;
-        const std::string& name = perFace ? FaceNormalsProgramName() : NormalsProgramName();
-        if (plor::Program* p = GetProgram(*context.programs, name)) {
+        plor::Program& p = perFace ? context.programs->GetOrAdd(kFaceNormalsProgram, kFaceNormalsFiles)
+                                   : context.programs->GetOrAdd(kNormalsProgram, kNormalsFiles);
+        if (p.Use()) {
             NormalUniforms& u = perFace ? gpu.faceNormals : gpu.normals;
-            u.Refresh(*p);
+            u.Refresh(p);
             glUniformMatrix4fv(u.model, 1, GL_FALSE, glm::value_ptr(frame.model));
             glUniformMatrix3fv(u.normalMatrix, 1, GL_FALSE, glm::value_ptr(frame.normalMatrix));
             glUniformMatrix4fv(u.viewProjection, 1, GL_FALSE, glm::value_ptr(frame.viewProjection));

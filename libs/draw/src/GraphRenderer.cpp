@@ -18,6 +18,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <string_view>
 
 using namespace gl;
 
@@ -26,8 +27,11 @@ namespace vexa::draw {
 namespace {
 
 /// The wide-line program of line fields draws the polyline, frame and axes as well.
-const std::string kLineProgram = "LINE_FIELD";
-const std::string kPointProgram = "GRAPH_POINTS";
+constexpr std::string_view kLineProgram = "LINE_FIELD";
+constexpr plor::ProgramFiles kLineFiles{"lines/lineField.vert", "lines/lineField.frag",
+                                        "lines/lineField.geom"};
+constexpr std::string_view kPointProgram = "GRAPH_POINTS";
+constexpr plor::ProgramFiles kPointFiles{"graph/points.vert", "graph/points.frag"};
 
 /// Share of the data's span added on both sides of each axis.
 constexpr double kRangeMargin = 0.05;
@@ -231,12 +235,10 @@ void GraphRenderer::Render(const RenderContext& context, const Style& style)
     glDisable(GL_DEPTH_TEST);
     Gpu& gpu = *gpu_;
 
-    if (!context.programs->Has(kLineProgram))
-        context.programs->Add(kLineProgram, "lines/lineField.vert", "lines/lineField.frag", "lines/lineField.geom");
-    plor::Program* lineProgram = context.programs->Get(kLineProgram);
-    if (lineProgram && lineProgram->Use()) {
-        if (gpu.lineProgramId != lineProgram->GetId()) {
-            const GLuint id = lineProgram->GetId();
+    if (plor::Program& lineProgram = context.programs->GetOrAdd(kLineProgram, kLineFiles);
+        lineProgram.Use()) {
+        if (gpu.lineProgramId != lineProgram.GetId()) {
+            const GLuint id = lineProgram.GetId();
             gpu.locLineMatrix = glGetUniformLocation(id, "uModelViewProjection");
             gpu.locLineColor = glGetUniformLocation(id, "uColor");
             gpu.locUseVertexColor = glGetUniformLocation(id, "uUseVertexColor");
@@ -268,12 +270,10 @@ void GraphRenderer::Render(const RenderContext& context, const Style& style)
 
     const int pointSize = std::clamp(graphStyle->pointSize, 0, GraphStyle::kMaxPointSize);
     if (pointSize > 0) {
-        if (!context.programs->Has(kPointProgram))
-            context.programs->Add(kPointProgram, "graph/points.vert", "graph/points.frag");
-        plor::Program* pointProgram = context.programs->Get(kPointProgram);
-        if (pointProgram && pointProgram->Use()) {
-            if (gpu.pointProgramId != pointProgram->GetId()) {
-                const GLuint id = pointProgram->GetId();
+        plor::Program& pointProgram = context.programs->GetOrAdd(kPointProgram, kPointFiles);
+        if (pointProgram.Use()) {
+            if (gpu.pointProgramId != pointProgram.GetId()) {
+                const GLuint id = pointProgram.GetId();
                 gpu.locPointMatrix = glGetUniformLocation(id, "uPlotToClip");
                 gpu.locPointSize = glGetUniformLocation(id, "uPointSize");
                 gpu.locPointColor = glGetUniformLocation(id, "uColor");

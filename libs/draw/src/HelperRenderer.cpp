@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <vector>
 
 using namespace gl;
@@ -22,8 +23,11 @@ namespace vexa::draw {
 
 namespace {
 
-const std::string kLineProgram = "LINE_SHADER";
-const std::string kWideLineProgram = "core.wide_lines";
+constexpr std::string_view kLineProgram = "LINE_SHADER";
+constexpr plor::ProgramFiles kLineFiles{"core/lines.vert", "core/lines.frag"};
+/// Adds the stage that turns lines into quads of uLineWidth pixels.
+constexpr std::string_view kWideLineProgram = "core.wide_lines";
+constexpr plor::ProgramFiles kWideLineFiles{"core/lines.vert", "core/lines.frag", "core/wide_lines.geom"};
 
 const std::string kViewProjection = "uViewProjection";
 const std::string kModel = "uModel";
@@ -89,17 +93,13 @@ void SetLineBuffer(plor::ArrayObject& array, std::vector<LineVertex> vertices)
     array.SetVertexCount(count);
 }
 
-/// `wide` adds the stage that turns lines into quads of uLineWidth pixels.
-plor::Program* UseProgram(const RenderContext& context, const std::string& name, bool wide)
+plor::Program* UseProgram(const RenderContext& context, std::string_view name,
+                          const plor::ProgramFiles& files)
 {
     if (!context.programs)
         return nullptr;
-    if (!context.programs->Has(name))
-        context.programs->Add(name, "core/lines.vert", "core/lines.frag", wide ? "core/wide_lines.geom" : "");
-    plor::Program* program = context.programs->Get(name);
-    if (!program || !program->Use())
-        return nullptr;
-    return program;
+    plor::Program& program = context.programs->GetOrAdd(name, files);
+    return program.Use() ? &program : nullptr;
 }
 
 } // namespace
@@ -141,7 +141,7 @@ void HelperRenderer::Render(const RenderContext& context)
 
 void HelperRenderer::RenderGrid(const RenderContext& context, int gridMode, float units)
 {
-    plor::Program* program = UseProgram(context, kLineProgram, false);
+    plor::Program* program = UseProgram(context, kLineProgram, kLineFiles);
     if (!program)
         return;
     program->SetUniform(kViewProjection, context.viewProjection);
@@ -161,7 +161,7 @@ void HelperRenderer::RenderGrid(const RenderContext& context, int gridMode, floa
 
 void HelperRenderer::RenderAxes(const RenderContext& context)
 {
-    plor::Program* program = UseProgram(context, kWideLineProgram, true);
+    plor::Program* program = UseProgram(context, kWideLineProgram, kWideLineFiles);
     if (!program)
         return;
     program->SetUniform(kViewProjection, context.viewProjection);
@@ -181,7 +181,7 @@ void HelperRenderer::RenderGizmo(const RenderContext& context)
     const int windowSize = std::min(std::min(viewWidth, viewHeight) / 5, kGizmoMaxSize);
     if (windowSize < kGizmoMinSize)
         return;
-    plor::Program* program = UseProgram(context, kWideLineProgram, true);
+    plor::Program* program = UseProgram(context, kWideLineProgram, kWideLineFiles);
     if (!program)
         return;
 

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
+#include <string_view>
 
 using namespace gl;
 
@@ -20,7 +21,8 @@ namespace vexa::draw {
 
 namespace {
 
-const std::string kProgramName = "IMAGE";
+constexpr std::string_view kProgramName = "IMAGE";
+constexpr plor::ProgramFiles kProgramFiles{"image/image.vert", "image/image.frag"};
 const char* const kSetLabel = "vexa::draw::ImageRenderer::SetImage";
 
 /// Checkerboard cell behind transparent pixels, in window pixels.
@@ -162,10 +164,8 @@ void ImageRenderer::Render(const RenderContext& context, const Style& style)
         }
     }
 
-    if (!context.programs->Has(kProgramName))
-        context.programs->Add(kProgramName, "image/image.vert", "image/image.frag");
-    plor::Program* program = context.programs->Get(kProgramName);
-    if (!program || !program->Use())
+    plor::Program* program = &context.programs->GetOrAdd(kProgramName, kProgramFiles);
+    if (!program->Use())
         return;
 
     if (gpu.programId != program->GetId()) {

@@ -14,6 +14,7 @@
 #include <cmath>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 using namespace gl;
 
@@ -21,7 +22,9 @@ namespace vexa::draw {
 
 namespace {
 
-const std::string kProgramName = "LINE_FIELD";
+constexpr std::string_view kProgramName = "LINE_FIELD";
+constexpr plor::ProgramFiles kProgramFiles{"lines/lineField.vert", "lines/lineField.frag",
+                                           "lines/lineField.geom"};
 
 constexpr std::size_t kPositionSlot = 0;
 constexpr std::size_t kColorSlot = 1;
@@ -140,10 +143,8 @@ void LineFieldRenderer::Render(const RenderContext& context, const Style& style)
     if (context.glViewport.z <= 0 || context.glViewport.w <= 0)
         return;
 
-    if (!context.programs->Has(kProgramName))
-        context.programs->Add(kProgramName, "lines/lineField.vert", "lines/lineField.frag", "lines/lineField.geom");
-    plor::Program* program = context.programs->Get(kProgramName);
-    if (!program || !program->Use())
+    plor::Program* program = &context.programs->GetOrAdd(kProgramName, kProgramFiles);
+    if (!program->Use())
         return;
 
     Gpu& gpu = *gpu_;

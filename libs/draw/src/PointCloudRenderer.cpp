@@ -2,6 +2,8 @@
 
 #include <vexa/draw/RenderContext.h>
 
+#include "LightingUniforms.h"
+
 #include <plor/ArrayObject.h>
 #include <plor/Program.h>
 #include <plor/UploadBytes.h>
@@ -15,9 +17,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <string>
+#include <string_view>
 
 using namespace gl;
 
@@ -27,36 +29,16 @@ namespace {
 
 constexpr const char* kBuildLabel = "vexa::draw::PointCloudRenderer::PointCloudRenderer";
 constexpr const char* kSetColorsLabel = "vexa::draw::PointCloudRenderer::SetColors";
-constexpr int kMaxLights = 4;
 
 constexpr std::size_t kPositionSlot = 0;
 constexpr std::size_t kNormalSlot = 1;
 constexpr std::size_t kColorSlot = 2;
 
-// Statics so that looking the programs up every frame allocates nothing.
-const std::string& PointsProgramName()
-{
-    static const std::string name = "pointcloud.points";
-    return name;
-}
-const std::string& NormalsProgramName()
-{
-    static const std::string name = "pointcloud.normals";
-    return name;
-}
-
-plor::Program* UseProgram(plor::ProgramList& programs, const std::string& name)
-{
-    if (!programs.Has(name)) {
-        if (&name == &PointsProgramName())
-            programs.Add(name, "pointcloud/points.vert", "pointcloud/points.frag");
-        else
-            programs.Add(name, "pointcloud/normals.vert", "pointcloud/normals.frag",
-                         "pointcloud/normals.geom");
-    }
-    plor::Program* program = programs.Get(name);
-    return program && program->Use() ? program : nullptr;
-}
+constexpr std::string_view kPointsProgram = "pointcloud.points";
+constexpr std::string_view kNormalsProgram = "pointcloud.normals";
+constexpr plor::ProgramFiles kPointsFiles{"pointcloud/points.vert", "pointcloud/points.frag"};
+constexpr plor::ProgramFiles kNormalsFiles{"pointcloud/normals.vert", "pointcloud/normals.frag",
+                                           "pointcloud/normals.geom"};
 
 /// The box of the finite points and how many are not finite.
 struct PositionScan {
@@ -147,8 +129,7 @@ struct PointUniforms {
     unsigned int program = 0;
     GLint model = -1, normalMatrix = -1, viewProjection = -1, view = -1, cameraPosition = -1;
     GLint pointSize = -1, hasNormals = -1, cullBackFacing = -1, hasColors = -1, colorMode = -1;
-    GLint baseColor = -1, specular = -1, shininess = -1, metallic = -1, useLighting = -1;
-    GLint lightCount = -1, lightDirection = -1, lightColor = -1;
+    LightingUniforms lighting;
 
     void Refresh(plor::Program& p)
     {
@@ -165,14 +146,7 @@ struct PointUniforms {
         cullBackFacing = p.GetUniformLocation("uCullBackFacing");
         hasColors = p.GetUniformLocation("uHasColors");
         colorMode = p.GetUniformLocation("uColorMode");
-        baseColor = p.GetUniformLocation("uBaseColor");
-        specular = p.GetUniformLocation("uSpecular");
-        shininess = p.GetUniformLocation("uShininess");
-        metallic = p.GetUniformLocation("uMetallic");
-        useLighting = p.GetUniformLocation("uUseLighting");
-        lightCount = p.GetUniformLocation("uLightCount");
-        lightDirection = p.GetUniformLocation("uLightDirection");
-        lightColor = p.GetUniformLocation("uLightColor");
+        lighting.Refresh(p);
     }
 };
 
@@ -195,37 +169,6 @@ struct NormalUniforms {
         color = p.GetUniformLocation("uColor");
     }
 };
-
-/// The lights as the shader takes them; a scene without lights gets a headlight so that lit
-/// points never come out black.
-struct LightArrays {
-    int count = 0;
-    float directions[3 * kMaxLights] = {};
-    float colors[3 * kMaxLights] = {};
-};
-
-LightArrays MakeLights(const RenderContext& context)
-{
-    LightArrays lights;
-    for (const Light& light : context.lights) {
-        if (lights.count == kMaxLights)
-            break;
-        const glm::vec3 color = glm::vec3(light.color.r, light.color.g, light.color.b) * light.intensity;
-        std::memcpy(&lights.directions[3 * lights.count], &light.direction, sizeof(glm::vec3));
-        std::memcpy(&lights.colors[3 * lights.count], &color, sizeof(glm::vec3));
-        ++lights.count;
-    }
-    if (lights.count == 0) {
-        const glm::vec3 forward = -glm::vec3(glm::inverse(context.view)[2]);
-        const Light headlight;
-        const glm::vec3 color =
-            glm::vec3(headlight.color.r, headlight.color.g, headlight.color.b) * headlight.intensity;
-        std::memcpy(&lights.directions[0], &forward, sizeof(glm::vec3));
-        std::memcpy(&lights.colors[0], &color, sizeof(glm::vec3));
-        lights.count = 1;
-    }
-    return lights;
-}
 
 bool AcceptsColors(std::size_t colorCount, std::size_t pointCount)
 {
@@ -353,11 +296,9 @@ void PointCloudRenderer::Render(const RenderContext& context, const Style& baseS
             ? std::clamp(style.pointSize, PointCloudStyle::kMinPointSize, PointCloudStyle::kMaxPointSize)
             : PointCloudStyle::kMinPointSize;
 
-    if (plor::Program* program = UseProgram(*context.programs, PointsProgramName())) {
+    if (plor::Program& program = context.programs->GetOrAdd(kPointsProgram, kPointsFiles); program.Use()) {
         PointUniforms& u = gpu.points;
-        u.Refresh(*program);
-        const Material& m = style.material;
-        const LightArrays lights = MakeLights(context);
+        u.Refresh(program);
         glUniformMatrix4fv(u.model, 1, GL_FALSE, glm::value_ptr(model));
         glUniformMatrix3fv(u.normalMatrix, 1, GL_FALSE, glm::value_ptr(normalMatrix));
         glUniformMatrix4fv(u.viewProjection, 1, GL_FALSE, glm::value_ptr(viewProjection));
@@ -368,14 +309,7 @@ void PointCloudRenderer::Render(const RenderContext& context, const Style& baseS
         glUniform1i(u.cullBackFacing, style.cullBackFacing ? 1 : 0);
         glUniform1i(u.hasColors, hasColors_ ? 1 : 0);
         glUniform1i(u.colorMode, style.colorMode);
-        glUniform3f(u.baseColor, m.color.r, m.color.g, m.color.b);
-        glUniform1f(u.specular, m.specular);
-        glUniform1f(u.shininess, std::clamp(m.shininess, 1.0f, 512.0f));
-        glUniform1i(u.metallic, m.metallic ? 1 : 0);
-        glUniform1i(u.useLighting, m.useLighting ? 1 : 0);
-        glUniform1i(u.lightCount, lights.count);
-        glUniform3fv(u.lightDirection, lights.count, lights.directions);
-        glUniform3fv(u.lightColor, lights.count, lights.colors);
+        u.lighting.Upload(context, style.material);
 
         glEnable(GL_PROGRAM_POINT_SIZE);
         gpu.array.Draw(plor::PrimitiveType::Points);
@@ -383,9 +317,10 @@ void PointCloudRenderer::Render(const RenderContext& context, const Style& baseS
     }
 
     if (style.showNormals && useNormals) {
-        if (plor::Program* program = UseProgram(*context.programs, NormalsProgramName())) {
+        plor::Program& program = context.programs->GetOrAdd(kNormalsProgram, kNormalsFiles);
+        if (program.Use()) {
             NormalUniforms& u = gpu.normals;
-            u.Refresh(*program);
+            u.Refresh(program);
             const float length = std::isfinite(style.normalLength) ? style.normalLength : 0.0f;
             glUniformMatrix4fv(u.model, 1, GL_FALSE, glm::value_ptr(model));
             glUniformMatrix3fv(u.normalMatrix, 1, GL_FALSE, glm::value_ptr(normalMatrix));

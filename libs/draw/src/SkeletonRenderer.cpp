@@ -2,6 +2,8 @@
 
 #include <vexa/draw/RenderContext.h>
 
+#include "LightingUniforms.h"
+
 #include <plor/ArrayObject.h>
 #include <plor/Program.h>
 
@@ -16,6 +18,7 @@
 #include <cmath>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 using namespace gl;
 
@@ -23,7 +26,6 @@ namespace vexa::draw {
 
 namespace {
 
-constexpr int kMaxLights = 4;
 constexpr std::size_t kJointFloats = 13;
 constexpr int kJointStride = static_cast<int>(kJointFloats * sizeof(float));
 /// Joint sphere radius per unit of the length of the bone ending in the joint.
@@ -33,62 +35,29 @@ constexpr float kFallbackRadius = 0.05f;
 constexpr float kMinJointPixels = 6.0f;
 constexpr float kMaxJointPixels = 64.0f;
 
-// Program names live in statics so that looking them up each frame allocates nothing.
-const std::string& OctahedronProgramName()
-{
-    static const std::string name = "skeleton.octahedron";
-    return name;
-}
-const std::string& WiredProgramName()
-{
-    static const std::string name = "skeleton.wired";
-    return name;
-}
-const std::string& StickmanProgramName()
-{
-    static const std::string name = "skeleton.stickman";
-    return name;
-}
-const std::string& JointsProgramName()
-{
-    static const std::string name = "skeleton.joints";
-    return name;
-}
-const std::string& BasisProgramName()
-{
-    static const std::string name = "skeleton.basis";
-    return name;
-}
-
-plor::Program* GetProgram(plor::ProgramList& programs, const std::string& name)
-{
-    if (!programs.Has(name)) {
-        if (&name == &OctahedronProgramName())
-            programs.Add(name, "skeleton/bones.vert", "skeleton/bones.frag", "skeleton/bones.geom")
-                .AddDefine("OCTAHEDRON");
-        else if (&name == &WiredProgramName())
-            programs.Add(name, "skeleton/bones.vert", "skeleton/bones.frag", "skeleton/bones.geom")
-                .AddDefine("WIRED");
-        else if (&name == &StickmanProgramName())
-            programs.Add(name, "skeleton/bones.vert", "skeleton/bones.frag", "skeleton/bones.geom")
-                .AddDefine("STICKMAN");
-        else if (&name == &JointsProgramName())
-            programs.Add(name, "skeleton/joints.vert", "skeleton/joints.frag");
-        else
-            programs.Add(name, "skeleton/bones.vert", "skeleton/bones.frag", "skeleton/basis.geom");
-    }
-    plor::Program* program = programs.Get(name);
-    return program && program->Use() ? program : nullptr;
-}
+constexpr std::string_view kOctahedronProgram = "skeleton.octahedron";
+constexpr std::string_view kWiredProgram = "skeleton.wired";
+constexpr std::string_view kStickmanProgram = "skeleton.stickman";
+constexpr std::string_view kJointsProgram = "skeleton.joints";
+constexpr std::string_view kBasisProgram = "skeleton.basis";
+constexpr plor::ProgramFiles kOctahedronFiles{"skeleton/bones.vert", "skeleton/bones.frag",
+                                              "skeleton/bones.geom", "OCTAHEDRON"};
+constexpr plor::ProgramFiles kWiredFiles{"skeleton/bones.vert", "skeleton/bones.frag", "skeleton/bones.geom",
+                                         "WIRED"};
+constexpr plor::ProgramFiles kStickmanFiles{"skeleton/bones.vert", "skeleton/bones.frag",
+                                            "skeleton/bones.geom", "STICKMAN"};
+constexpr plor::ProgramFiles kJointsFiles{"skeleton/joints.vert", "skeleton/joints.frag"};
+constexpr plor::ProgramFiles kBasisFiles{"skeleton/bones.vert", "skeleton/bones.frag", "skeleton/basis.geom"};
 
 /// Uniform locations of one of the skeleton programs; names a program lacks stay -1, which
 /// GL ignores.
 struct Uniforms {
     unsigned int program = 0;
     GLint model = -1, view = -1, projection = -1, viewProjection = -1, cameraPosition = -1;
-    GLint color = -1, useLighting = -1, lightCount = -1, lightDirection = -1, lightColor = -1;
+    GLint color = -1;
     GLint viewportSize = -1, viewportHeight = -1, lineWidth = -1;
     GLint modelScale = -1, minPointSize = -1, maxPointSize = -1;
+    LightingUniforms lighting;
 
     void Refresh(plor::Program& p)
     {
@@ -101,10 +70,7 @@ struct Uniforms {
         viewProjection = p.GetUniformLocation("uViewProjection");
         cameraPosition = p.GetUniformLocation("uCameraPosition");
         color = p.GetUniformLocation("uColor");
-        useLighting = p.GetUniformLocation("uUseLighting");
-        lightCount = p.GetUniformLocation("uLightCount");
-        lightDirection = p.GetUniformLocation("uLightDirection");
-        lightColor = p.GetUniformLocation("uLightColor");
+        lighting.Refresh(p);
         viewportSize = p.GetUniformLocation("uViewportSize");
         viewportHeight = p.GetUniformLocation("uViewportHeight");
         lineWidth = p.GetUniformLocation("uLineWidth");
@@ -124,9 +90,6 @@ struct Frame {
     glm::vec2 viewportSize{1.0f};
     float pixelScale = 1.0f;
     float modelScale = 1.0f;
-    int lightCount = 0;
-    float lightDirections[3 * kMaxLights] = {};
-    float lightColors[3 * kMaxLights] = {};
 };
 
 Frame MakeFrame(const RenderContext& context, const SkeletonStyle& style)
@@ -150,29 +113,11 @@ Frame MakeFrame(const RenderContext& context, const SkeletonStyle& style)
     f.viewportSize = glm::vec2(std::max(size.x, 1), std::max(size.y, 1));
     f.pixelScale = context.pixelScale > 0.0f ? context.pixelScale : 1.0f;
 
-    for (const Light& light : context.lights) {
-        if (f.lightCount == kMaxLights)
-            break;
-        const glm::vec3 color = glm::vec3(light.color.r, light.color.g, light.color.b) * light.intensity;
-        std::memcpy(&f.lightDirections[3 * f.lightCount], &light.direction, sizeof(glm::vec3));
-        std::memcpy(&f.lightColors[3 * f.lightCount], &color, sizeof(glm::vec3));
-        ++f.lightCount;
-    }
-    if (f.lightCount == 0) {
-        // A scene without lights still shows its skeletons, lit from the eye.
-        const glm::vec3 forward = -glm::vec3(cameraToWorld[2]);
-        const Light headlight;
-        const glm::vec3 color =
-            glm::vec3(headlight.color.r, headlight.color.g, headlight.color.b) * headlight.intensity;
-        std::memcpy(&f.lightDirections[0], &forward, sizeof(glm::vec3));
-        std::memcpy(&f.lightColors[0], &color, sizeof(glm::vec3));
-        f.lightCount = 1;
-    }
     return f;
 }
 
-void SetCommonUniforms(const Uniforms& u, const Frame& f, const tesk::Color3f& color, bool lit,
-                       float lineWidth)
+void SetCommonUniforms(const Uniforms& u, const Frame& f, const RenderContext& context,
+                       const tesk::Color3f& color, bool lit, float lineWidth)
 {
     glUniformMatrix4fv(u.model, 1, GL_FALSE, glm::value_ptr(f.model));
     glUniformMatrix4fv(u.view, 1, GL_FALSE, glm::value_ptr(f.view));
@@ -180,10 +125,7 @@ void SetCommonUniforms(const Uniforms& u, const Frame& f, const tesk::Color3f& c
     glUniformMatrix4fv(u.viewProjection, 1, GL_FALSE, glm::value_ptr(f.viewProjection));
     glUniform3f(u.cameraPosition, f.cameraPosition.x, f.cameraPosition.y, f.cameraPosition.z);
     glUniform3f(u.color, color.r, color.g, color.b);
-    glUniform1i(u.useLighting, lit ? 1 : 0);
-    glUniform1i(u.lightCount, f.lightCount);
-    glUniform3fv(u.lightDirection, f.lightCount, f.lightDirections);
-    glUniform3fv(u.lightColor, f.lightCount, f.lightColors);
+    u.lighting.UploadLights(context, lit);
     glUniform2f(u.viewportSize, f.viewportSize.x, f.viewportSize.y);
     glUniform1f(u.viewportHeight, f.viewportSize.y);
     const float width = lineWidth * f.pixelScale;
@@ -349,28 +291,32 @@ void SkeletonRenderer::Render(const RenderContext& context, const Style& baseSty
     const Frame frame = MakeFrame(context, style);
 
     if (!boneIndices_.empty()) {
-        const std::string* name = &OctahedronProgramName();
+        std::string_view name = kOctahedronProgram;
+        const plor::ProgramFiles* files = &kOctahedronFiles;
         Uniforms* uniforms = &gpu.octahedron;
         if (style.renderMode == SkeletonRenderMode::WiredOctahedron) {
-            name = &WiredProgramName();
+            name = kWiredProgram;
+            files = &kWiredFiles;
             uniforms = &gpu.wired;
         } else if (style.renderMode == SkeletonRenderMode::Stickman) {
-            name = &StickmanProgramName();
+            name = kStickmanProgram;
+            files = &kStickmanFiles;
             uniforms = &gpu.stickman;
         }
-        if (plor::Program* p = GetProgram(*context.programs, *name)) {
-            uniforms->Refresh(*p);
+        if (plor::Program& p = context.programs->GetOrAdd(name, *files); p.Use()) {
+            uniforms->Refresh(p);
             // Only the solid has normals to light; lines keep their plain colour.
-            const bool lit = style.enableLighting && name == &OctahedronProgramName();
-            SetCommonUniforms(*uniforms, frame, style.boneColor, lit, style.lineWidth);
+            const bool lit = style.enableLighting && uniforms == &gpu.octahedron;
+            SetCommonUniforms(*uniforms, frame, context, style.boneColor, lit, style.lineWidth);
             gpu.array.DrawElements(plor::PrimitiveType::Lines);
         }
     }
 
     if (style.showJoints) {
-        if (plor::Program* p = GetProgram(*context.programs, JointsProgramName())) {
-            gpu.joints.Refresh(*p);
-            SetCommonUniforms(gpu.joints, frame, style.jointColor, style.enableLighting, style.lineWidth);
+        if (plor::Program& p = context.programs->GetOrAdd(kJointsProgram, kJointsFiles); p.Use()) {
+            gpu.joints.Refresh(p);
+            SetCommonUniforms(gpu.joints, frame, context, style.jointColor, style.enableLighting,
+                              style.lineWidth);
             glEnable(GL_PROGRAM_POINT_SIZE);
             gpu.array.Draw(plor::PrimitiveType::Points);
             glDisable(GL_PROGRAM_POINT_SIZE);
@@ -378,9 +324,9 @@ void SkeletonRenderer::Render(const RenderContext& context, const Style& baseSty
     }
 
     if (style.showBasis) {
-        if (plor::Program* p = GetProgram(*context.programs, BasisProgramName())) {
-            gpu.basis.Refresh(*p);
-            SetCommonUniforms(gpu.basis, frame, style.boneColor, false, style.lineWidth);
+        if (plor::Program& p = context.programs->GetOrAdd(kBasisProgram, kBasisFiles); p.Use()) {
+            gpu.basis.Refresh(p);
+            SetCommonUniforms(gpu.basis, frame, context, style.boneColor, false, style.lineWidth);
             gpu.array.Draw(plor::PrimitiveType::Points);
         }
     }

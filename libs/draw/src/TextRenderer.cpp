@@ -28,7 +28,8 @@ namespace vexa::draw {
 
 namespace {
 
-const std::string kProgramName = "TEXT";
+constexpr std::string_view kProgramName = "TEXT";
+constexpr plor::ProgramFiles kProgramFiles{"text/text.vert", "text/text.frag"};
 const char* const kRenderLabel = "vexa::draw::TextRenderer::RenderQueued";
 const char* const kMeasureLabel = "vexa::draw::TextRenderer::MeasureWidth";
 
@@ -725,10 +726,8 @@ void TextRenderer::RenderQueued(const RenderContext& context)
     if (font.ranges.empty())
         return;
 
-    if (!context.programs->Has(kProgramName))
-        context.programs->Add(kProgramName, "text/text.vert", "text/text.frag");
-    plor::Program* program = context.programs->Get(kProgramName);
-    if (!program || !program->Use())
+    plor::Program* program = &context.programs->GetOrAdd(kProgramName, kProgramFiles);
+    if (!program->Use())
         return;
     if (font.programId != program->GetId()) {
         font.programId = program->GetId();

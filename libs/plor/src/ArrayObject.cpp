@@ -108,72 +108,76 @@ ArrayObject::~ArrayObject()
 void ArrayObject::SetBuffer(std::size_t slot, std::span<const std::byte> bytes, std::vector<Attribute> attributes,
                             BufferUsage usage)
 {
-    if (slots_.size() <= slot)
-        slots_.resize(slot + 1);
-    Slot& s = slots_[slot];
-    s.pending.assign(bytes.begin(), bytes.end());
-    s.owned.reset();
-    s.attributes = std::move(attributes);
-    s.usage = usage;
-    s.dirty = true;
-    s.used = true;
-    attributesDirty_ = true;
+    Hold(SetSlot(slot, std::move(attributes), usage), bytes);
 }
 
 void ArrayObject::SetBuffer(std::size_t slot, std::vector<std::byte>&& bytes, std::vector<Attribute> attributes,
                             BufferUsage usage)
 {
-    if (slots_.size() <= slot)
-        slots_.resize(slot + 1);
-    Slot& s = slots_[slot];
-    s.pending = std::move(bytes);
-    s.owned.reset();
-    s.attributes = std::move(attributes);
-    s.usage = usage;
-    s.dirty = true;
-    s.used = true;
-    attributesDirty_ = true;
+    Hold(SetSlot(slot, std::move(attributes), usage), std::move(bytes));
 }
 
-void ArrayObject::SetBuffer(std::size_t slot, std::unique_ptr<OwnedBytes> data, std::vector<Attribute> attributes,
-                                 BufferUsage usage)
+void ArrayObject::SetBuffer(std::size_t slot, std::unique_ptr<OwnedBytes> data,
+                            std::vector<Attribute> attributes, BufferUsage usage)
 {
-    if (slots_.size() <= slot)
-        slots_.resize(slot + 1);
-    Slot& s = slots_[slot];
-    std::vector<std::byte>().swap(s.pending);
-    s.owned = std::move(data); // null: an empty buffer
-    s.attributes = std::move(attributes);
-    s.usage = usage;
-    s.dirty = true;
-    s.used = true;
-    attributesDirty_ = true;
+    Hold(SetSlot(slot, std::move(attributes), usage), std::move(data));
 }
 
 void ArrayObject::UpdateBuffer(std::size_t slot, std::span<const std::byte> bytes)
 {
-    if (slot >= slots_.size() || !slots_[slot].used) {
-        rlog::Warn("Buffer slot " + std::to_string(slot) + " was never set; use SetBuffer first",
-                   "plor::ArrayObject::UpdateBuffer");
-        return;
-    }
-    Slot& s = slots_[slot];
-    s.pending.assign(bytes.begin(), bytes.end());
-    s.owned.reset();
-    s.dirty = true;
+    if (Slot* s = UpdateSlot(slot))
+        Hold(*s, bytes);
 }
 
 void ArrayObject::UpdateBuffer(std::size_t slot, std::unique_ptr<OwnedBytes> data)
 {
+    if (Slot* s = UpdateSlot(slot))
+        Hold(*s, std::move(data));
+}
+
+ArrayObject::Slot& ArrayObject::SetSlot(std::size_t slot, std::vector<Attribute>&& attributes,
+                                        BufferUsage usage)
+{
+    if (slots_.size() <= slot)
+        slots_.resize(slot + 1);
+    Slot& s = slots_[slot];
+    s.attributes = std::move(attributes);
+    s.usage = usage;
+    s.used = true;
+    attributesDirty_ = true;
+    return s;
+}
+
+ArrayObject::Slot* ArrayObject::UpdateSlot(std::size_t slot)
+{
     if (slot >= slots_.size() || !slots_[slot].used) {
         rlog::Warn("Buffer slot " + std::to_string(slot) + " was never set; use SetBuffer first",
                    "plor::ArrayObject::UpdateBuffer");
-        return;
+        return nullptr;
     }
-    Slot& s = slots_[slot];
-    std::vector<std::byte>().swap(s.pending);
-    s.owned = std::move(data); // null: an empty buffer
-    s.dirty = true;
+    return &slots_[slot];
+}
+
+void ArrayObject::Hold(Slot& slot, std::span<const std::byte> bytes)
+{
+    // Assigning keeps the allocation of a dynamic buffer's previous update.
+    slot.pending.assign(bytes.begin(), bytes.end());
+    slot.owned.reset();
+    slot.dirty = true;
+}
+
+void ArrayObject::Hold(Slot& slot, std::vector<std::byte>&& bytes)
+{
+    slot.pending = std::move(bytes);
+    slot.owned.reset();
+    slot.dirty = true;
+}
+
+void ArrayObject::Hold(Slot& slot, std::unique_ptr<OwnedBytes> data)
+{
+    std::vector<std::byte>().swap(slot.pending);
+    slot.owned = std::move(data); // null: an empty buffer
+    slot.dirty = true;
 }
 
 std::span<const std::byte> ArrayObject::PendingOf(const Slot& slot)

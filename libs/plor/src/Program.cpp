@@ -348,7 +348,7 @@ Program& ProgramList::Add(std::unique_ptr<Program> program)
     return *slot;
 }
 
-Program* ProgramList::Get(const std::string& name)
+Program* ProgramList::Get(std::string_view name)
 {
     const auto found = programs_.find(name);
     if (found == programs_.end())
@@ -359,9 +359,25 @@ Program* ProgramList::Get(const std::string& name)
     return program;
 }
 
-bool ProgramList::Has(const std::string& name) const
+bool ProgramList::Has(std::string_view name) const
 {
-    return programs_.count(name) != 0;
+    return programs_.find(name) != programs_.end();
+}
+
+Program& ProgramList::GetOrAdd(std::string_view name, const ProgramFiles& files)
+{
+    if (Program* known = Get(name))
+        return *known;
+    auto program = std::make_unique<Program>(std::string(name));
+    program->AddStageFile(ShaderStage::Vertex, std::string(files.vertex));
+    if (!files.geometry.empty())
+        program->AddStageFile(ShaderStage::Geometry, std::string(files.geometry));
+    program->AddStageFile(ShaderStage::Fragment, std::string(files.fragment));
+    if (!files.define.empty())
+        program->AddDefine(std::string(files.define));
+    Program& added = Add(std::move(program));
+    added.Build();
+    return added;
 }
 
 bool ProgramList::ReloadAll()

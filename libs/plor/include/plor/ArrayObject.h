@@ -135,6 +135,13 @@ private:
     };
     void Bind();
     static std::span<const std::byte> PendingOf(const Slot& slot);
+    /// The slot, grown into and given its layout; its data comes from one of the Hold calls.
+    Slot& SetSlot(std::size_t slot, std::vector<Attribute>&& attributes, BufferUsage usage);
+    /// The slot if SetBuffer set it before, else null (logged).
+    Slot* UpdateSlot(std::size_t slot);
+    static void Hold(Slot& slot, std::span<const std::byte> bytes);
+    static void Hold(Slot& slot, std::vector<std::byte>&& bytes);
+    static void Hold(Slot& slot, std::unique_ptr<OwnedBytes> data);
 
     std::vector<Slot> slots_;
     std::vector<std::uint32_t> pendingIndices_;

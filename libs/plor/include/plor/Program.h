@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -74,6 +75,15 @@ private:
     std::unordered_map<std::string, int> uniforms_;
 };
 
+/// The stage files of a program declared on first use (see ProgramList::GetOrAdd).
+struct ProgramFiles {
+    std::string_view vertex;
+    std::string_view fragment;
+    std::string_view geometry = {};
+    /// Defined in every stage, so one source can be built as several variants.
+    std::string_view define = {};
+};
+
 /// Named programs, built together and reloaded together.
 class ProgramList {
 public:
@@ -86,8 +96,11 @@ public:
 
     /// The program, built if needed; null when unknown. A program that failed to build is
     /// still returned (its Use() fails) so callers can skip drawing quietly.
-    Program* Get(const std::string& name);
-    bool Has(const std::string& name) const;
+    Program* Get(std::string_view name);
+    bool Has(std::string_view name) const;
+    /// The program of that name, declared from `files` the first time it is asked for, then
+    /// as Get(). Renderers call it every frame: looking up a known name allocates nothing.
+    Program& GetOrAdd(std::string_view name, const ProgramFiles& files);
 
     /// Rebuilds every program from its files; returns false when any failed (those keep
     /// their previous build). Needs a current context.
@@ -96,7 +109,7 @@ public:
     std::size_t Size() const { return programs_.size(); }
 
 private:
-    std::map<std::string, std::unique_ptr<Program>> programs_;
+    std::map<std::string, std::unique_ptr<Program>, std::less<>> programs_;
 };
 
 } // namespace plor

@@ -3,6 +3,7 @@
 // these fields, so mode fields are plain ints carrying the values below.
 
 #include <vexa/draw/Material.h>
+#include <vexa/draw/Palette.h>
 #include <vexa/draw/Style.h>
 
 #include <memory>
@@ -37,7 +38,7 @@ public:
     tesk::Color3f wireColor{0.1f, 0.1f, 0.1f};
     bool showNormals = false;
     float normalLength = 0.1f;
-    tesk::Color3f normalColor{0.2f, 0.6f, 1.0f};
+    tesk::Color3f normalColor = palette::kNormals;
     int colorMode = ColorMode::Material;
     Material material;
 

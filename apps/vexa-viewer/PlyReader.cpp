@@ -1,0 +1,811 @@
+#include "PlyReader.h"
+
+#include "FileBytes.h"
+#include <runa/HugePages.h>
+#include "TextScan.h"
+
+#include <runa/rlog.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <new>
+#include <optional>
+#include <stdexcept>
+#include <vector>
+
+namespace vexa::viewer {
+
+namespace {
+
+constexpr const char* Label = "vexa::viewer::ReadPly";
+
+// ---------------------------------------------------------------------------------------------
+// Header
+// ---------------------------------------------------------------------------------------------
+
+enum class Scalar : std::uint8_t { Int8, UInt8, Int16, UInt16, Int32, UInt32, Float32, Float64 };
+
+std::size_t ScalarSize(Scalar type)
+{
+    switch (type) {
+    case Scalar::Int8:
+    case Scalar::UInt8:
+        return 1;
+    case Scalar::Int16:
+    case Scalar::UInt16:
+        return 2;
+    case Scalar::Int32:
+    case Scalar::UInt32:
+    case Scalar::Float32:
+        return 4;
+    case Scalar::Float64:
+        return 8;
+    }
+    return 1;
+}
+
+bool IsInteger(Scalar type)
+{
+    return type != Scalar::Float32 && type != Scalar::Float64;
+}
+
+std::optional<Scalar> ScalarFromName(std::string_view name)
+{
+    struct Entry {
+        std::string_view name;
+        Scalar type;
+    };
+    static constexpr std::array<Entry, 16> Names = {{
+        {"char", Scalar::Int8},      {"int8", Scalar::Int8},       {"uchar", Scalar::UInt8},
+        {"uint8", Scalar::UInt8},    {"short", Scalar::Int16},     {"int16", Scalar::Int16},
+        {"ushort", Scalar::UInt16},  {"uint16", Scalar::UInt16},   {"int", Scalar::Int32},
+        {"int32", Scalar::Int32},    {"uint", Scalar::UInt32},     {"uint32", Scalar::UInt32},
+        {"float", Scalar::Float32},  {"float32", Scalar::Float32}, {"double", Scalar::Float64},
+        {"float64", Scalar::Float64},
+    }};
+    for (const Entry& entry : Names)
+        if (entry.name == name)
+            return entry.type;
+    return std::nullopt;
+}
+
+struct PlyProperty {
+    std::string name;
+    Scalar type = Scalar::Float32; // the item type for a list
+    bool isList = false;
+    Scalar countType = Scalar::UInt8;
+};
+
+struct PlyElement {
+    std::string name;
+    std::uint64_t count = 0;
+    std::size_t line = 0;
+    std::vector<PlyProperty> properties;
+
+    bool HasLists() const
+    {
+        return std::any_of(properties.begin(), properties.end(), [](const PlyProperty& p) { return p.isList; });
+    }
+    /// Bytes of one item when it has no list; the smallest an item can be otherwise.
+    std::size_t MinimumItemSize() const
+    {
+        std::size_t size = 0;
+        for (const PlyProperty& p : properties)
+            size += p.isList ? ScalarSize(p.countType) : ScalarSize(p.type);
+        return size;
+    }
+};
+
+enum class Encoding { Ascii, BinaryLittleEndian, BinaryBigEndian };
+
+struct PlyHeader {
+    Encoding encoding = Encoding::Ascii;
+    std::vector<PlyElement> elements;
+    std::size_t bodyOffset = 0; // first byte after the end_header line
+    std::size_t endLine = 0;    // number of the end_header line
+};
+
+std::string At(std::size_t line)
+{
+    return "line " + std::to_string(line) + ": ";
+}
+
+std::string Quoted(std::string_view text)
+{
+    return "'" + Printable(text) + "'";
+}
+
+bool ParseHeader(std::string_view bytes, PlyHeader& header, std::string& message)
+{
+    LineCursor cursor(bytes);
+    std::string_view line;
+    std::vector<std::string_view> tokens;
+    const auto blank = [](char c) { return IsBlank(c); };
+
+    if (!cursor.Next(line) || (SplitTokens(line, tokens, blank), tokens.size() != 1 || tokens[0] != "ply")) {
+        message = At(1) + "not a PLY file (the first line is not 'ply')";
+        return false;
+    }
+
+    bool haveFormat = false;
+    while (cursor.Next(line)) {
+        const std::size_t number = cursor.LineNumber();
+        SplitTokens(line, tokens, blank);
+        if (tokens.empty())
+            continue;
+        const std::string_view keyword = tokens[0];
+        if (keyword == "comment" || keyword == "obj_info")
+            continue;
+        if (keyword == "end_header") {
+            if (!haveFormat) {
+                message = At(number) + "the header has no 'format' line";
+                return false;
+            }
+            header.bodyOffset = cursor.Position();
+            header.endLine = number;
+            return true;
+        }
+        if (keyword == "format") {
+            if (tokens.size() != 3) {
+                message = At(number) + "expected 'format <encoding> 1.0'";
+                return false;
+            }
+            if (tokens[1] == "ascii")
+                header.encoding = Encoding::Ascii;
+            else if (tokens[1] == "binary_little_endian")
+                header.encoding = Encoding::BinaryLittleEndian;
+            else if (tokens[1] == "binary_big_endian")
+                header.encoding = Encoding::BinaryBigEndian;
+            else {
+                message = At(number) + "unknown format " + Quoted(tokens[1]);
+                return false;
+            }
+            haveFormat = true;
+            continue;
+        }
+        if (keyword == "element") {
+            unsigned long long count = 0;
+            if (tokens.size() != 3) {
+                message = At(number) + "expected 'element <name> <count>'";
+                return false;
+            }
+            if (!ParseCount(tokens[2], count)) {
+                message = At(number) + "bad element count " + Quoted(tokens[2]);
+                return false;
+            }
+            header.elements.push_back({std::string(tokens[1]), count, number, {}});
+            continue;
+        }
+        if (keyword == "property") {
+            if (header.elements.empty()) {
+                message = At(number) + "property before any element";
+                return false;
+            }
+            PlyProperty property;
+            std::size_t typeToken = 1;
+            if (tokens.size() >= 2 && tokens[1] == "list") {
+                if (tokens.size() != 5) {
+                    message = At(number) + "expected 'property list <count type> <item type> <name>'";
+                    return false;
+                }
+                const std::optional<Scalar> countType = ScalarFromName(tokens[2]);
+                if (!countType) {
+                    message = At(number) + "unknown property type " + Quoted(tokens[2]);
+                    return false;
+                }
+                if (!IsInteger(*countType)) {
+                    message = At(number) + "list count type " + Quoted(tokens[2]) + " is not an integer type";
+                    return false;
+                }
+                property.isList = true;
+                property.countType = *countType;
+                typeToken = 3;
+            } else if (tokens.size() != 3) {
+                message = At(number) + "expected 'property <type> <name>'";
+                return false;
+            }
+            const std::optional<Scalar> type = ScalarFromName(tokens[typeToken]);
+            if (!type) {
+                message = At(number) + "unknown property type " + Quoted(tokens[typeToken]);
+                return false;
+            }
+            property.type = *type;
+            property.name = std::string(tokens[typeToken + 1]);
+            header.elements.back().properties.push_back(std::move(property));
+            continue;
+        }
+        message = At(number) + "unknown header line " + Quoted(line);
+        return false;
+    }
+    message = At(cursor.LineNumber()) + "file ends inside the header (no 'end_header' line)";
+    return false;
+}
+
+// ---------------------------------------------------------------------------------------------
+// What each vertex property becomes
+// ---------------------------------------------------------------------------------------------
+
+enum class Role : std::uint8_t { Ignore, Position, Normal, Color, Extra };
+
+struct PropertyRole {
+    Role role = Role::Ignore;
+    std::uint8_t component = 0; // x y z or r g b
+    std::size_t extraIndex = 0;
+};
+
+struct VertexLayout {
+    std::vector<PropertyRole> roles; // one per vertex property
+    bool hasNormals = false;
+    bool hasColors = false;
+    std::vector<std::string> extraNames;
+};
+
+std::optional<std::size_t> FindScalar(const PlyElement& element, std::string_view name)
+{
+    for (std::size_t i = 0; i < element.properties.size(); ++i)
+        if (element.properties[i].name == name && !element.properties[i].isList)
+            return i;
+    return std::nullopt;
+}
+
+/// Colour components of 8 and 16 bit types are brought to 0..1 by their range; wider integers
+/// are taken to hold 0..255 as some writers store bytes in ints; floats are 0..1 already.
+/// A divisor rather than a factor, so that byte 51 becomes exactly 0.2f.
+float ColorDivisor(Scalar type)
+{
+    switch (type) {
+    case Scalar::Int16:
+    case Scalar::UInt16:
+        return 65535.0f;
+    case Scalar::Float32:
+    case Scalar::Float64:
+        return 1.0f;
+    default:
+        return 255.0f;
+    }
+}
+
+bool MapVertexProperties(const PlyElement& vertex, VertexLayout& layout, std::string& message)
+{
+    layout.roles.assign(vertex.properties.size(), PropertyRole{});
+    static constexpr std::array<std::string_view, 3> Axes = {"x", "y", "z"};
+    for (std::uint8_t c = 0; c < 3; ++c) {
+        const std::optional<std::size_t> index = FindScalar(vertex, Axes[c]);
+        if (!index) {
+            const bool isList = std::any_of(vertex.properties.begin(), vertex.properties.end(),
+                                            [&](const PlyProperty& p) { return p.name == Axes[c]; });
+            message = At(vertex.line) + "element 'vertex' " +
+                      (isList ? "has a list property " : "has no property ") + Quoted(Axes[c]);
+            return false;
+        }
+        layout.roles[*index] = {Role::Position, c, 0};
+    }
+
+    const auto assignTriple = [&](const std::array<std::string_view, 3>& names, Role role) {
+        std::array<std::optional<std::size_t>, 3> found;
+        for (std::size_t c = 0; c < 3; ++c) {
+            found[c] = FindScalar(vertex, names[c]);
+            if (!found[c] || layout.roles[*found[c]].role != Role::Ignore)
+                return false;
+        }
+        for (std::uint8_t c = 0; c < 3; ++c)
+            layout.roles[*found[c]] = {role, c, 0};
+        return true;
+    };
+    layout.hasNormals = assignTriple({"nx", "ny", "nz"}, Role::Normal);
+
+    static constexpr std::array<std::array<std::string_view, 4>, 3> ColorFamilies = {{
+        {"red", "green", "blue", "alpha"},
+        {"diffuse_red", "diffuse_green", "diffuse_blue", "diffuse_alpha"},
+        {"r", "g", "b", "a"},
+    }};
+    std::string_view alphaName;
+    for (const auto& family : ColorFamilies) {
+        if (assignTriple({family[0], family[1], family[2]}, Role::Color)) {
+            layout.hasColors = true;
+            alphaName = family[3];
+            break;
+        }
+    }
+
+    for (std::size_t i = 0; i < vertex.properties.size(); ++i) {
+        const PlyProperty& property = vertex.properties[i];
+        if (layout.roles[i].role != Role::Ignore || property.isList)
+            continue;
+        const bool isAlpha = property.name == "alpha" || property.name == "diffuse_alpha" ||
+                             (!alphaName.empty() && property.name == alphaName);
+        if (isAlpha)
+            continue;
+        layout.roles[i] = {Role::Extra, 0, layout.extraNames.size()};
+        layout.extraNames.push_back(property.name);
+    }
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Destination arrays
+// ---------------------------------------------------------------------------------------------
+
+/// Where one vertex property's values go: value i is written to out[i * stride], divided by
+/// divisor.
+struct Target {
+    float* out = nullptr;
+    std::size_t stride = 0;
+    float divisor = 1.0f;
+};
+
+struct VertexArrays {
+    std::vector<glm::vec3> positions;
+    std::vector<glm::vec3> normals;
+    std::vector<tesk::Color3f> colors;
+    std::vector<std::vector<float>> extras;
+    std::vector<Target> targets; // one per vertex property; out is null for ignored ones
+};
+
+static_assert(sizeof(glm::vec3) == 3 * sizeof(float), "glm::vec3 is three packed floats");
+static_assert(sizeof(tesk::Color3f) == 3 * sizeof(float), "Color3f is three packed floats");
+
+void AllocateArrays(const PlyElement& vertex, const VertexLayout& layout, std::size_t count, VertexArrays& arrays)
+{
+    runa::ResizeFresh(arrays.positions, count);
+    if (layout.hasNormals)
+        runa::ResizeFresh(arrays.normals, count);
+    if (layout.hasColors)
+        runa::ResizeFresh(arrays.colors, count);
+    arrays.extras.resize(layout.extraNames.size());
+    for (auto& extra : arrays.extras)
+        runa::ResizeFresh(extra, count);
+
+    arrays.targets.assign(vertex.properties.size(), Target{});
+    if (count == 0)
+        return;
+    for (std::size_t i = 0; i < layout.roles.size(); ++i) {
+        const PropertyRole& role = layout.roles[i];
+        Target& target = arrays.targets[i];
+        switch (role.role) {
+        case Role::Ignore:
+            break;
+        case Role::Position:
+            target = {&arrays.positions.data()->x + role.component, 3, 1.0f};
+            break;
+        case Role::Normal:
+            target = {&arrays.normals.data()->x + role.component, 3, 1.0f};
+            break;
+        case Role::Color:
+            target = {&arrays.colors.data()->r + role.component, 3, ColorDivisor(vertex.properties[i].type)};
+            break;
+        case Role::Extra:
+            target = {arrays.extras[role.extraIndex].data(), 1, 1.0f};
+            break;
+        }
+    }
+}
+
+void StoreInCloud(VertexArrays& arrays, const VertexLayout& layout, tesk::PointCloud& cloud)
+{
+    cloud.SetPositions(std::move(arrays.positions));
+    if (layout.hasNormals && !cloud.Empty())
+        cloud.SetNormals(std::move(arrays.normals));
+    if (layout.hasColors)
+        cloud.AddColorProperty("RGB", std::move(arrays.colors));
+    for (std::size_t i = 0; i < arrays.extras.size(); ++i)
+        cloud.AddFloatProperty(layout.extraNames[i], std::move(arrays.extras[i]));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Binary body
+// ---------------------------------------------------------------------------------------------
+
+template <typename T, bool Swap>
+T Load(const unsigned char* source)
+{
+    unsigned char bytes[sizeof(T)];
+    if constexpr (Swap) {
+        for (std::size_t i = 0; i < sizeof(T); ++i)
+            bytes[i] = source[sizeof(T) - 1 - i];
+    } else {
+        std::memcpy(bytes, source, sizeof(T));
+    }
+    T value;
+    std::memcpy(&value, bytes, sizeof(T));
+    return value;
+}
+
+// The inner loop of binary reading: one property of `count` consecutive vertices, with the
+// type and byte order fixed at compile time so it compiles to a plain strided copy.
+template <typename T, bool Swap>
+void ConvertColumn(const unsigned char* source, std::size_t stride, std::size_t count, const Target& target,
+                   std::size_t first)
+{
+    float* out = target.out + first * target.stride;
+    for (std::size_t i = 0; i < count; ++i, source += stride, out += target.stride)
+        *out = static_cast<float>(Load<T, Swap>(source)) / target.divisor;
+}
+
+template <bool Swap>
+void ConvertColumn(Scalar type, const unsigned char* source, std::size_t stride, std::size_t count,
+                   const Target& target, std::size_t first)
+{
+    switch (type) {
+    case Scalar::Int8:
+        return ConvertColumn<std::int8_t, Swap>(source, stride, count, target, first);
+    case Scalar::UInt8:
+        return ConvertColumn<std::uint8_t, Swap>(source, stride, count, target, first);
+    case Scalar::Int16:
+        return ConvertColumn<std::int16_t, Swap>(source, stride, count, target, first);
+    case Scalar::UInt16:
+        return ConvertColumn<std::uint16_t, Swap>(source, stride, count, target, first);
+    case Scalar::Int32:
+        return ConvertColumn<std::int32_t, Swap>(source, stride, count, target, first);
+    case Scalar::UInt32:
+        return ConvertColumn<std::uint32_t, Swap>(source, stride, count, target, first);
+    case Scalar::Float32:
+        return ConvertColumn<float, Swap>(source, stride, count, target, first);
+    case Scalar::Float64:
+        return ConvertColumn<double, Swap>(source, stride, count, target, first);
+    }
+}
+
+template <bool Swap>
+double LoadScalar(Scalar type, const unsigned char* source)
+{
+    switch (type) {
+    case Scalar::Int8:
+        return Load<std::int8_t, Swap>(source);
+    case Scalar::UInt8:
+        return Load<std::uint8_t, Swap>(source);
+    case Scalar::Int16:
+        return Load<std::int16_t, Swap>(source);
+    case Scalar::UInt16:
+        return Load<std::uint16_t, Swap>(source);
+    case Scalar::Int32:
+        return Load<std::int32_t, Swap>(source);
+    case Scalar::UInt32:
+        return Load<std::uint32_t, Swap>(source);
+    case Scalar::Float32:
+        return Load<float, Swap>(source);
+    case Scalar::Float64:
+        return Load<double, Swap>(source);
+    }
+    return 0.0;
+}
+
+class BinaryBody {
+public:
+    BinaryBody(std::string_view bytes, std::size_t offset, bool swap)
+        : data_(reinterpret_cast<const unsigned char*>(bytes.data())), size_(bytes.size()), offset_(offset), swap_(swap)
+    {
+    }
+
+    std::size_t Remaining() const { return size_ - offset_; }
+    std::size_t Offset() const { return offset_; }
+
+    /// Steps over `count` items of an element the viewer does not use.
+    bool SkipElement(const PlyElement& element, std::string& message)
+    {
+        if (!element.HasLists()) {
+            const std::size_t size = element.MinimumItemSize();
+            if (size == 0)
+                return true;
+            if (element.count > Remaining() / size) {
+                const std::size_t whole = Remaining() / size;
+                message = EndsInside(element, whole, offset_ + whole * size);
+                return false;
+            }
+            offset_ += static_cast<std::size_t>(element.count) * size;
+            return true;
+        }
+        // Every item holds at least one list count, so this loop ends with the file.
+        for (std::uint64_t item = 0; item < element.count; ++item) {
+            const std::size_t start = offset_;
+            for (const PlyProperty& property : element.properties)
+                if (!SkipProperty(property, element, item, start, message))
+                    return false;
+        }
+        return true;
+    }
+
+    /// Vertices without list properties have a fixed stride: convert them a block at a time,
+    /// one property after another, so the block stays in cache and no type test runs per value.
+    void ReadFixedVertices(const PlyElement& vertex, const std::vector<Target>& targets)
+    {
+        const std::size_t stride = vertex.MinimumItemSize();
+        const auto count = static_cast<std::size_t>(vertex.count);
+        std::vector<std::size_t> offsets;
+        std::size_t at = 0;
+        for (const PlyProperty& property : vertex.properties) {
+            offsets.push_back(at);
+            at += ScalarSize(property.type);
+        }
+        constexpr std::size_t Block = 2048;
+        for (std::size_t first = 0; first < count; first += Block) {
+            const std::size_t n = std::min(Block, count - first);
+            const unsigned char* rows = data_ + offset_ + first * stride;
+            for (std::size_t p = 0; p < targets.size(); ++p) {
+                if (targets[p].out == nullptr)
+                    continue;
+                if (swap_)
+                    ConvertColumn<true>(vertex.properties[p].type, rows + offsets[p], stride, n, targets[p], first);
+                else
+                    ConvertColumn<false>(vertex.properties[p].type, rows + offsets[p], stride, n, targets[p], first);
+            }
+        }
+        offset_ += count * stride;
+    }
+
+    /// Vertices with list properties (rare): walked value by value.
+    bool ReadVariableVertices(const PlyElement& vertex, const std::vector<Target>& targets, std::string& message)
+    {
+        for (std::uint64_t item = 0; item < vertex.count; ++item) {
+            const std::size_t start = offset_;
+            for (std::size_t p = 0; p < vertex.properties.size(); ++p) {
+                const PlyProperty& property = vertex.properties[p];
+                if (property.isList) {
+                    if (!SkipProperty(property, vertex, item, start, message))
+                        return false;
+                    continue;
+                }
+                const std::size_t size = ScalarSize(property.type);
+                if (Remaining() < size) {
+                    message = EndsInside(vertex, item, start);
+                    return false;
+                }
+                const Target& target = targets[p];
+                if (target.out != nullptr) {
+                    const double value = swap_ ? LoadScalar<true>(property.type, data_ + offset_)
+                                               : LoadScalar<false>(property.type, data_ + offset_);
+                    target.out[item * target.stride] = static_cast<float>(value) / target.divisor;
+                }
+                offset_ += size;
+            }
+        }
+        return true;
+    }
+
+    std::string EndsInside(const PlyElement& element, std::uint64_t item, std::size_t itemStart) const
+    {
+        return "byte " + std::to_string(itemStart) + ": file ends inside " + element.name + " " +
+               std::to_string(item + 1) + " of " + std::to_string(element.count);
+    }
+
+private:
+    bool SkipProperty(const PlyProperty& property, const PlyElement& element, std::uint64_t item,
+                      std::size_t itemStart, std::string& message)
+    {
+        if (!property.isList) {
+            const std::size_t size = ScalarSize(property.type);
+            if (Remaining() < size) {
+                message = EndsInside(element, item, itemStart);
+                return false;
+            }
+            offset_ += size;
+            return true;
+        }
+        const std::size_t countSize = ScalarSize(property.countType);
+        if (Remaining() < countSize) {
+            message = EndsInside(element, item, itemStart);
+            return false;
+        }
+        const double length = swap_ ? LoadScalar<true>(property.countType, data_ + offset_)
+                                    : LoadScalar<false>(property.countType, data_ + offset_);
+        if (length < 0.0) {
+            message = "byte " + std::to_string(offset_) + ": negative list length " +
+                      std::to_string(static_cast<long long>(length)) + " in " + element.name + " " +
+                      std::to_string(item + 1);
+            return false;
+        }
+        offset_ += countSize;
+        const auto items = static_cast<std::size_t>(length);
+        const std::size_t itemSize = ScalarSize(property.type);
+        if (items > Remaining() / itemSize) {
+            message = EndsInside(element, item, itemStart);
+            return false;
+        }
+        offset_ += items * itemSize;
+        return true;
+    }
+
+    const unsigned char* data_;
+    std::size_t size_;
+    std::size_t offset_;
+    bool swap_;
+};
+
+bool ReadBinary(std::string_view bytes, const PlyHeader& header, std::size_t vertexIndex, const VertexLayout& layout,
+                VertexArrays& arrays, std::string& message)
+{
+    const bool fileIsLittle = header.encoding == Encoding::BinaryLittleEndian;
+    const bool swap = fileIsLittle != (std::endian::native == std::endian::little);
+    BinaryBody body(bytes, header.bodyOffset, swap);
+    for (std::size_t e = 0; e < vertexIndex; ++e)
+        if (!body.SkipElement(header.elements[e], message))
+            return false;
+
+    // Check the claimed count against what is left before allocating anything for it.
+    const PlyElement& vertex = header.elements[vertexIndex];
+    const std::size_t minimum = vertex.MinimumItemSize();
+    if (vertex.count > body.Remaining() / minimum) {
+        const std::size_t whole = body.Remaining() / minimum;
+        message = vertex.HasLists() ? "byte " + std::to_string(body.Offset()) + ": file is too short for " +
+                                          std::to_string(vertex.count) + " vertices"
+                                    : body.EndsInside(vertex, whole, body.Offset() + whole * minimum);
+        return false;
+    }
+    AllocateArrays(vertex, layout, static_cast<std::size_t>(vertex.count), arrays);
+    // Elements after the vertices (faces...) are not read at all.
+    if (vertex.HasLists())
+        return body.ReadVariableVertices(vertex, arrays.targets, message);
+    body.ReadFixedVertices(vertex, arrays.targets);
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Ascii body
+// ---------------------------------------------------------------------------------------------
+
+bool ReadAscii(std::string_view bytes, const PlyHeader& header, std::size_t vertexIndex, const VertexLayout& layout,
+               VertexArrays& arrays, std::string& message)
+{
+    LineCursor cursor(bytes, header.bodyOffset, header.endLine);
+    std::string_view line;
+    std::vector<std::string_view> tokens;
+    const auto blank = [](char c) { return IsBlank(c); };
+    const auto nextLine = [&]() {
+        while (cursor.Next(line)) {
+            SplitTokens(line, tokens, blank);
+            if (!tokens.empty())
+                return true;
+        }
+        return false;
+    };
+
+    for (std::size_t e = 0; e < vertexIndex; ++e) {
+        const PlyElement& element = header.elements[e];
+        for (std::uint64_t item = 0; item < element.count; ++item) {
+            if (!nextLine()) {
+                message = At(cursor.LineNumber()) + "file ends after " + std::to_string(item) + " of " +
+                          std::to_string(element.count) + " " + element.name + " lines";
+                return false;
+            }
+        }
+    }
+
+    // A vertex line holds at least one character and one separator or line end per property,
+    // which bounds how many vertices the rest of the file can hold. Arrays are sized to that
+    // bound at most, so an absurd count in the header fails when the lines run out instead
+    // of allocating for it first.
+    const PlyElement& vertex = header.elements[vertexIndex];
+    const std::size_t remaining = bytes.size() - std::min(bytes.size(), cursor.Position());
+    const std::size_t fits = (remaining + 1) / (2 * vertex.properties.size());
+    const std::uint64_t count = vertex.count;
+    const std::size_t allocated = count < fits ? static_cast<std::size_t>(count) : fits;
+    AllocateArrays(vertex, layout, allocated, arrays);
+    const std::vector<Target>& targets = arrays.targets;
+    const bool hasLists = vertex.HasLists();
+    const std::size_t expected = vertex.properties.size();
+
+    for (std::uint64_t item = 0; item < count; ++item) {
+        if (!nextLine()) {
+            message = At(cursor.LineNumber()) + "file ends after " + std::to_string(item) + " of " +
+                      std::to_string(count) + " vertices";
+            return false;
+        }
+        const std::size_t number = cursor.LineNumber();
+        if (!hasLists && tokens.size() != expected) {
+            message = At(number) + "expected " + std::to_string(expected) + " values, found " +
+                      std::to_string(tokens.size());
+            return false;
+        }
+        std::size_t t = 0;
+        for (std::size_t p = 0; p < expected; ++p) {
+            const PlyProperty& property = vertex.properties[p];
+            if (t >= tokens.size()) {
+                message = At(number) + "the vertex line ends early, at property " + Quoted(property.name);
+                return false;
+            }
+            if (property.isList) {
+                unsigned long long length = 0;
+                if (!ParseCount(tokens[t], length)) {
+                    message = At(number) + "bad list length " + Quoted(tokens[t]);
+                    return false;
+                }
+                if (length >= tokens.size() - t) {
+                    message = At(number) + "the vertex line ends early, inside list " + Quoted(property.name);
+                    return false;
+                }
+                t += 1 + static_cast<std::size_t>(length);
+                continue;
+            }
+            float value = 0.0f;
+            if (!ParseFloat(tokens[t], value)) {
+                message = At(number) + Quoted(tokens[t]) + " is not a number";
+                return false;
+            }
+            ++t;
+            // Past `allocated` only a line that is about to fail can arrive: nothing to store.
+            const Target& target = targets[p];
+            if (target.out != nullptr && item < allocated)
+                target.out[item * target.stride] = value / target.divisor;
+        }
+        if (t != tokens.size()) {
+            message = At(number) + "unexpected values after the last property";
+            return false;
+        }
+    }
+    return true;
+}
+
+bool Parse(std::string_view bytes, tesk::PointCloud& cloud, std::string& message)
+{
+    PlyHeader header;
+    if (!ParseHeader(bytes, header, message))
+        return false;
+
+    std::size_t vertexIndex = header.elements.size();
+    for (std::size_t e = 0; e < header.elements.size(); ++e) {
+        if (header.elements[e].name == "vertex") {
+            vertexIndex = e;
+            break;
+        }
+    }
+    if (vertexIndex == header.elements.size()) {
+        message = At(header.endLine) + "the header declares no 'vertex' element";
+        return false;
+    }
+
+    VertexLayout layout;
+    if (!MapVertexProperties(header.elements[vertexIndex], layout, message))
+        return false;
+
+    VertexArrays arrays;
+    const bool read = header.encoding == Encoding::Ascii
+                          ? ReadAscii(bytes, header, vertexIndex, layout, arrays, message)
+                          : ReadBinary(bytes, header, vertexIndex, layout, arrays, message);
+    if (!read)
+        return false;
+
+    tesk::PointCloud result;
+    StoreInCloud(arrays, layout, result);
+    cloud = std::move(result);
+    return true;
+}
+
+bool Finish(bool ok, const std::string& name, const std::string& message, std::string& error)
+{
+    if (ok)
+        return true;
+    error = name + ": " + message;
+    rlog::Fail(error, Label);
+    return false;
+}
+
+} // namespace
+
+bool ReadPlyFromMemory(std::string_view bytes, const std::string& name, tesk::PointCloud& cloud, std::string& error)
+{
+    std::string message;
+    bool ok = false;
+    try {
+        ok = Parse(bytes, cloud, message);
+    } catch (const std::bad_alloc&) {
+        message = "not enough memory to hold the points";
+    } catch (const std::length_error&) {
+        message = "not enough memory to hold the points";
+    }
+    return Finish(ok, name, message, error);
+}
+
+bool ReadPly(const std::string& path, tesk::PointCloud& cloud, std::string& error)
+{
+    FileBytes file;
+    if (!file.Load(path, error)) {
+        rlog::Fail(error, Label);
+        return false;
+    }
+    return ReadPlyFromMemory(file.View(), DisplayName(path), cloud, error);
+}
+
+} // namespace vexa::viewer

@@ -1,0 +1,400 @@
+#include "TextCloudReader.h"
+
+#include "FileBytes.h"
+#include <runa/HugePages.h>
+#include "TextScan.h"
+
+#include <runa/rlog.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <new>
+#include <optional>
+#include <stdexcept>
+#include <vector>
+
+namespace vexa::viewer {
+
+namespace {
+
+constexpr const char* Label = "vexa::viewer::ReadTextCloud";
+
+bool IsSeparator(char c)
+{
+    return IsBlank(c) || c == ',' || c == ';';
+}
+
+bool IsComment(std::string_view line)
+{
+    const std::size_t start = line.find_first_not_of(" \t");
+    if (start == std::string_view::npos)
+        return false;
+    line.remove_prefix(start);
+    return line.front() == '#' || line.starts_with("//");
+}
+
+/// Digits only (an optional '+'): how a colour byte is written, as opposed to "0.5" or "1e2".
+bool IsIntegerText(std::string_view token)
+{
+    if (!token.empty() && token.front() == '+')
+        token.remove_prefix(1);
+    return !token.empty() && std::all_of(token.begin(), token.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+std::string Lower(std::string_view text)
+{
+    std::string lower(text);
+    for (char& c : lower)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return lower;
+}
+
+std::string At(std::size_t line)
+{
+    return "line " + std::to_string(line) + ": ";
+}
+
+enum class Role : std::uint8_t { Position, Normal, Color, Extra };
+
+struct Column {
+    Role role = Role::Extra;
+    std::uint8_t component = 0;
+    std::size_t extraIndex = 0;
+};
+
+/// What each column of the file becomes.
+struct ColumnLayout {
+    std::vector<Column> columns;
+    std::vector<std::string> extraNames;
+    std::array<std::size_t, 3> position = {0, 1, 2};
+    std::array<std::size_t, 3> normal = {};
+    std::array<std::size_t, 3> color = {};
+    std::array<std::string, 3> colorNames; // kept in case the values turn out not to be colours
+    bool hasNormals = false;
+    bool hasColors = false;
+};
+
+/// Index of the first column whose lower-case name is one of `names` and is still unused.
+std::optional<std::size_t> FindColumn(const std::vector<std::string>& lowerNames, const std::vector<bool>& used,
+                                      std::initializer_list<std::string_view> names)
+{
+    for (std::size_t i = 0; i < lowerNames.size(); ++i)
+        if (!used[i] && std::find(names.begin(), names.end(), lowerNames[i]) != names.end())
+            return i;
+    return std::nullopt;
+}
+
+ColumnLayout LayoutFromNames(const std::vector<std::string>& names)
+{
+    ColumnLayout layout;
+    const std::size_t count = names.size();
+    layout.columns.assign(count, Column{});
+    std::vector<std::string> lower;
+    for (const std::string& name : names)
+        lower.push_back(Lower(name));
+    std::vector<bool> used(count, false);
+
+    // Finds three columns by name, one per component; claims them only when all three exist.
+    const auto claim = [&](const std::array<std::initializer_list<std::string_view>, 3>& choices,
+                           std::array<std::size_t, 3>& found) {
+        std::vector<bool> trial = used;
+        for (std::size_t c = 0; c < 3; ++c) {
+            const std::optional<std::size_t> index = FindColumn(lower, trial, choices[c]);
+            if (!index)
+                return false;
+            found[c] = *index;
+            trial[*index] = true;
+        }
+        used = trial;
+        return true;
+    };
+
+    if (!claim({{{"x"}, {"y"}, {"z"}}}, layout.position)) {
+        layout.position = {0, 1, 2};
+        used[0] = used[1] = used[2] = true;
+    }
+    layout.hasNormals = claim({{{"nx"}, {"ny"}, {"nz"}}}, layout.normal);
+    layout.hasColors = claim({{{"r", "red", "diffuse_red"}, {"g", "green", "diffuse_green"},
+                               {"b", "blue", "diffuse_blue"}}},
+                             layout.color);
+
+    for (std::uint8_t c = 0; c < 3; ++c) {
+        layout.columns[layout.position[c]] = {Role::Position, c, 0};
+        if (layout.hasNormals)
+            layout.columns[layout.normal[c]] = {Role::Normal, c, 0};
+        if (layout.hasColors) {
+            layout.columns[layout.color[c]] = {Role::Color, c, 0};
+            layout.colorNames[c] = names[layout.color[c]];
+        }
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        if (used[i])
+            continue;
+        layout.columns[i] = {Role::Extra, 0, layout.extraNames.size()};
+        layout.extraNames.push_back(names[i]);
+    }
+    return layout;
+}
+
+ColumnLayout LayoutWithoutNames(std::size_t count, bool colors)
+{
+    ColumnLayout layout;
+    layout.columns.assign(count, Column{});
+    std::size_t next = 0;
+    for (std::uint8_t c = 0; c < 3; ++c)
+        layout.columns[next++] = {Role::Position, c, 0};
+    if (colors) {
+        layout.hasColors = true;
+        for (std::uint8_t c = 0; c < 3; ++c) {
+            layout.color[c] = next;
+            layout.columns[next++] = {Role::Color, c, 0};
+        }
+    }
+    for (; next < count; ++next) {
+        layout.columns[next] = {Role::Extra, 0, layout.extraNames.size()};
+        layout.extraNames.push_back("Value " + std::to_string(layout.extraNames.size() + 1));
+    }
+    return layout;
+}
+
+struct TextArrays {
+    std::vector<glm::vec3> positions;
+    std::vector<glm::vec3> normals;
+    std::vector<tesk::Color3f> colors; // as written in the file until the scale is known
+    std::vector<std::vector<float>> extras;
+
+    void Reserve(std::size_t count, bool withNormals, bool withColors)
+    {
+        runa::ReserveFresh(positions, count);
+        if (withNormals)
+            runa::ReserveFresh(normals, count);
+        if (withColors)
+            runa::ReserveFresh(colors, count);
+        for (auto& extra : extras)
+            runa::ReserveFresh(extra, count);
+    }
+};
+
+/// How the colour columns were written, to decide at the end how to scale them.
+struct ColorStats {
+    bool allIntegers = true;
+    float minimum = 0.0f;
+    float maximum = 0.0f;
+};
+
+class TextCloudParser {
+public:
+    explicit TextCloudParser(std::string_view text) : text_(text)
+    {
+        // A UTF-8 byte order mark, as spreadsheet programs write before CSV files.
+        if (text_.starts_with("\xEF\xBB\xBF"))
+            text_.remove_prefix(3);
+    }
+
+    bool Parse(tesk::PointCloud& cloud, std::string& message)
+    {
+        LineCursor cursor(text_);
+        std::string_view line;
+        std::vector<std::string_view> tokens;
+        std::size_t contentLines = 0;
+        bool sawCount = false;
+        unsigned long long countHint = 0;
+
+        while (cursor.Next(line)) {
+            SplitTokens(line, tokens, IsSeparator);
+            if (tokens.empty() || IsComment(line))
+                continue;
+            const std::size_t number = cursor.LineNumber();
+            ++contentLines;
+            if (!started_) {
+                if (contentLines == 1 && tokens.size() == 1 && ParseCount(tokens[0], countHint)) {
+                    sawCount = true;
+                    continue;
+                }
+                const bool firstLine = contentLines == 1 || (contentLines == 2 && sawCount);
+                if (firstLine && names_.empty() && AllNames(tokens)) {
+                    for (std::string_view token : tokens)
+                        names_.emplace_back(token);
+                    continue;
+                }
+                if (!Start(tokens, number, message))
+                    return false;
+                const std::size_t left = text_.size() - cursor.Position() + line.size() + 1;
+                const std::size_t estimate = left / (line.size() + 1) + 1;
+                const std::size_t plausible = left / (2 * columnCount_) + 1;
+                arrays_.Reserve(sawCount && countHint <= plausible ? static_cast<std::size_t>(countHint)
+                                                                   : std::min(estimate, plausible),
+                                layout_.hasNormals, layout_.hasColors);
+            }
+            if (!ReadLine(tokens, number, message))
+                return false;
+        }
+        Store(cloud);
+        return true;
+    }
+
+private:
+    static bool AllNames(const std::vector<std::string_view>& tokens)
+    {
+        float ignored = 0.0f;
+        return std::none_of(tokens.begin(), tokens.end(), [&](std::string_view t) { return ParseFloat(t, ignored); });
+    }
+
+    bool Start(const std::vector<std::string_view>& tokens, std::size_t number, std::string& message)
+    {
+        columnCount_ = tokens.size();
+        if (columnCount_ < 3) {
+            message = At(number) + "expected at least 3 values (x y z), found " + std::to_string(columnCount_);
+            return false;
+        }
+        if (!names_.empty()) {
+            if (names_.size() != columnCount_) {
+                message = At(number) + "the header names " + std::to_string(names_.size()) +
+                          " columns but this line has " + std::to_string(columnCount_) + " values";
+                return false;
+            }
+            layout_ = LayoutFromNames(names_);
+            namedColors_ = layout_.hasColors;
+        } else {
+            bool colors = columnCount_ >= 6;
+            for (std::size_t c = 3; colors && c < 6; ++c) {
+                float value = 0.0f;
+                colors = IsIntegerText(tokens[c]) && ParseFloat(tokens[c], value) && value <= 255.0f;
+            }
+            layout_ = LayoutWithoutNames(columnCount_, colors);
+        }
+        arrays_.extras.resize(layout_.extraNames.size());
+        row_.assign(columnCount_, 0.0f);
+        started_ = true;
+        return true;
+    }
+
+    bool ReadLine(const std::vector<std::string_view>& tokens, std::size_t number, std::string& message)
+    {
+        if (tokens.size() != columnCount_) {
+            message = At(number) + "expected " + std::to_string(columnCount_) + " values, found " +
+                      std::to_string(tokens.size());
+            return false;
+        }
+        for (std::size_t c = 0; c < columnCount_; ++c) {
+            if (!ParseFloat(tokens[c], row_[c])) {
+                message = At(number) + "'" + Printable(tokens[c]) + "' is not a number";
+                return false;
+            }
+        }
+        const auto& p = layout_.position;
+        arrays_.positions.push_back({row_[p[0]], row_[p[1]], row_[p[2]]});
+        if (layout_.hasNormals) {
+            const auto& n = layout_.normal;
+            arrays_.normals.push_back({row_[n[0]], row_[n[1]], row_[n[2]]});
+        }
+        if (layout_.hasColors) {
+            const auto& k = layout_.color;
+            arrays_.colors.push_back({row_[k[0]], row_[k[1]], row_[k[2]]});
+            if (namedColors_)
+                Observe(tokens);
+        }
+        for (std::size_t c = 0; c < columnCount_; ++c)
+            if (layout_.columns[c].role == Role::Extra)
+                arrays_.extras[layout_.columns[c].extraIndex].push_back(row_[c]);
+        return true;
+    }
+
+    void Observe(const std::vector<std::string_view>& tokens)
+    {
+        for (std::size_t column : layout_.color) {
+            const float value = row_[column];
+            colorStats_.allIntegers = colorStats_.allIntegers && IsIntegerText(tokens[column]);
+            colorStats_.minimum = std::min(colorStats_.minimum, value);
+            colorStats_.maximum = std::max(colorStats_.maximum, value);
+        }
+    }
+
+    /// Named colour columns hold bytes (integers up to 255) or fractions (all at most 1); floats
+    /// up to 255 are bytes written with a decimal point. Anything else is not a colour, and the
+    /// columns are kept as float properties under their names.
+    std::optional<float> NamedColorDivisor() const
+    {
+        const ColorStats& s = colorStats_;
+        if (!(s.minimum >= 0.0f) || !(s.maximum <= 255.0f))
+            return std::nullopt;
+        if (s.allIntegers || s.maximum > 1.0f)
+            return 255.0f;
+        return 1.0f;
+    }
+
+    void Store(tesk::PointCloud& cloud)
+    {
+        tesk::PointCloud result;
+        result.SetPositions(std::move(arrays_.positions));
+        if (layout_.hasNormals && !result.Empty())
+            result.SetNormals(std::move(arrays_.normals));
+        std::vector<std::vector<float>> demoted;
+        if (layout_.hasColors) {
+            // Divided rather than multiplied by 1/255, so that byte 51 becomes exactly 0.2f.
+            const std::optional<float> divisor = namedColors_ ? NamedColorDivisor() : std::optional<float>(255.0f);
+            if (divisor) {
+                for (tesk::Color3f& color : arrays_.colors)
+                    color = {color.r / *divisor, color.g / *divisor, color.b / *divisor};
+                result.AddColorProperty("RGB", std::move(arrays_.colors));
+            } else {
+                demoted.resize(3);
+                for (const tesk::Color3f& color : arrays_.colors) {
+                    demoted[0].push_back(color.r);
+                    demoted[1].push_back(color.g);
+                    demoted[2].push_back(color.b);
+                }
+            }
+        }
+        for (std::size_t i = 0; i < arrays_.extras.size(); ++i)
+            result.AddFloatProperty(layout_.extraNames[i], std::move(arrays_.extras[i]));
+        for (std::size_t c = 0; c < demoted.size(); ++c)
+            result.AddFloatProperty(layout_.colorNames[c], std::move(demoted[c]));
+        cloud = std::move(result);
+    }
+
+    std::string_view text_;
+    std::vector<std::string> names_;
+    bool started_ = false;
+    bool namedColors_ = false;
+    std::size_t columnCount_ = 0;
+    ColumnLayout layout_;
+    TextArrays arrays_;
+    ColorStats colorStats_;
+    std::vector<float> row_;
+};
+
+} // namespace
+
+bool ReadTextCloudFromMemory(std::string_view text, const std::string& name, tesk::PointCloud& cloud,
+                             std::string& error)
+{
+    std::string message;
+    bool ok = false;
+    try {
+        TextCloudParser parser(text);
+        ok = parser.Parse(cloud, message);
+    } catch (const std::bad_alloc&) {
+        message = "not enough memory to hold the points";
+    } catch (const std::length_error&) {
+        message = "not enough memory to hold the points";
+    }
+    if (ok)
+        return true;
+    error = name + ": " + message;
+    rlog::Fail(error, Label);
+    return false;
+}
+
+bool ReadTextCloud(const std::string& path, tesk::PointCloud& cloud, std::string& error)
+{
+    FileBytes file;
+    if (!file.Load(path, error)) {
+        rlog::Fail(error, Label);
+        return false;
+    }
+    return ReadTextCloudFromMemory(file.View(), DisplayName(path), cloud, error);
+}
+
+} // namespace vexa::viewer

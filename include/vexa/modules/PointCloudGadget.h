@@ -1,0 +1,81 @@
+#pragma once
+// Draws a point cloud resource in one view area and turns the user's colour choice (material,
+// normals, one of the cloud's colour sets, or one of its float properties through a colour
+// map) into what the renderer shows.
+//
+// State record after the base one: u32 0, the style's block, u32 0, then u32 colour source,
+// u32 colouring option, u32 data option, f32 correction, u32 colour map. Choices the cloud
+// cannot honour (colours or data it does not have) fall back to the material colour.
+
+#include <vexa/Export.h>
+#include <vexa/Gadget.h>
+
+#include <vexa/draw/PointCloudStyle.h>
+
+#include <tesk/ColorMap.h>
+
+#include <memory>
+
+namespace vexa::modules {
+
+class PointCloudResource;
+
+class VEXA_API PointCloudGadget : public Gadget {
+public:
+    enum ColorSource : int { Material = 0, Normals = 1, Colors = 2, DataMapping = 3 };
+
+    explicit PointCloudGadget(const PointCloudResource* resource);
+    ~PointCloudGadget() override;
+
+    void Initialize() override;
+    void GenerateGui(GuiGenerator& generator) override;
+    /// Frames the cloud: looks at its centre of mass from 2 radii away along (1, 1, 1) and
+    /// sets near and far planes to its size.
+    bool FocusCamera(glm::vec3& target, glm::vec3& position) const override;
+
+    /// Applies the colour source to the style (and the renderer's colours).
+    void OnColorSourceChange();
+    /// Hands the selected colour set to the renderer.
+    void UpdateColors();
+    /// Maps the selected float data through the colour map and hands the colours over.
+    void UpdateDataMapping();
+
+    const std::shared_ptr<draw::PointCloudStyle>& GetStyle() const { return style_; }
+    int GetColorSource() const { return colorSource_; }
+    int GetColoringOption() const { return coloringOption_; }
+    int GetDataOption() const { return dataOption_; }
+    float GetCorrection() const { return correction_; }
+    int GetColorMap() const { return colorMap_; }
+    void SetColorSource(int source) { colorSource_ = source; }
+    void SetColoringOption(int option) { coloringOption_ = option; }
+    void SetDataOption(int option) { dataOption_ = option; }
+    void SetCorrection(float correction) { correction_ = correction; }
+    void SetColorMap(int map) { colorMap_ = map; }
+
+    /// The data mapping's parameter of one value: (value - minimum) / ((maximum - minimum) /
+    /// correction), capped at 1. A correction above 1 spreads the low values over the whole
+    /// map and saturates the rest.
+    static float MapParameter(float value, float minimum, float maximum, float correction);
+
+protected:
+    bool ReadFromStream(std::istream& stream) override;
+    void WriteToStream(std::ostream& stream) const override;
+
+private:
+    void AddGuiHeader(GuiGenerator& generator);
+    void AddGuiColorSource(GuiGenerator& generator);
+    void AddGuiDisplayNormals(GuiGenerator& generator);
+    /// Replaces choices the resource cannot honour by the material colour.
+    void ValidateChoices();
+
+    const PointCloudResource* cloud_;
+    std::shared_ptr<draw::PointCloudStyle> style_;
+    int colorSource_ = Material;
+    int coloringOption_ = 0;
+    int dataOption_ = 0;
+    float correction_ = 1.0f;
+    int colorMap_ = static_cast<int>(tesk::ColorMap::GrayScale);
+    bool stateRestored_ = false;
+};
+
+} // namespace vexa::modules

@@ -1,0 +1,106 @@
+#pragma once
+// A point cloud as the viewer keeps it: the renderer (which holds the positions, on the GPU
+// after the first frame), a few numbers for the panel and the camera, and copies of the
+// per-point colour sets and float data that the gadgets turn into colours on demand.
+
+#include <vexa/Export.h>
+#include <vexa/Resource.h>
+
+#include <tesk/Color.h>
+#include <tesk/PointCloud.h>
+
+#include <runa/SpaceDefinition.h>
+
+#include <glm/vec3.hpp>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vexa::draw {
+class PointCloudRenderer;
+}
+
+namespace vexa::modules {
+
+// Resources are destroyed through shared pointers of their concrete type (see Resource.h),
+// so the public non-virtual destructor is safe; keep hosts' -Wnon-virtual-dtor quiet about it.
+#if defined(__GNUC__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+#endif
+class VEXA_API PointCloudResource : public Resource {
+public:
+    /// One float property of the cloud with its range. The range always includes 0 (both ends
+    /// start there), so a data mapping shows values relative to zero, not to their minimum.
+    struct DataRecord {
+        std::vector<float> values;
+        float minimum = 0.0f;
+        float maximum = 0.0f;
+    };
+#if defined(__GNUC__)
+#pragma GCC diagnostic pop
+#endif
+
+    PointCloudResource(const std::string& name, const tesk::PointCloud& cloud);
+
+    std::shared_ptr<Gadget> CreateGadget() override;
+
+    const std::shared_ptr<draw::PointCloudRenderer>& GetRenderer() const { return renderer_; }
+    std::uint32_t GetPointCount() const { return pointCount_; }
+    const glm::vec3& GetCenterOfMass() const { return centerOfMass_; }
+    /// Root-mean-square distance of (a sample of) the points from their centre of mass.
+    float GetApproxRadius() const { return approxRadius_; }
+    bool HasNormals() const { return hasNormals_; }
+    bool HasFloatData() const { return !fdataNames_.empty(); }
+    bool IsColoringAvailable() const { return !coloringNames_.empty(); }
+    const std::vector<std::string>& GetColoringNames() const { return coloringNames_; }
+    const std::vector<std::string>& GetFDataNames() const { return fdataNames_; }
+    /// Throws std::out_of_range past the end.
+    const std::vector<tesk::Color3f>& GetColoringOption(std::size_t index) const;
+    /// Throws std::out_of_range past the end.
+    const DataRecord& GetFDataOption(std::size_t index) const;
+    const std::optional<runa::SpaceDefinition>& GetSpace() const { return space_; }
+    /// The space's name, "N/A" without one.
+    std::string GetSpaceId() const;
+
+    /// How a view area that has no saved point cloud settings yet starts colouring this cloud
+    /// (a PointCloudGadget::ColorSource and the colour set or data index it uses). Without a
+    /// preference, and as soon as the user has chosen in that view area, the saved choice rules.
+    /// `colorMap` is the tesk::ColorMap a data mapping starts with.
+    void SetPreferredColorSource(int source, int option = 0, int colorMap = 5);
+    int GetPreferredColorSource() const { return preferredSource_; }
+    int GetPreferredColorOption() const { return preferredOption_; }
+    int GetPreferredColorMap() const { return preferredColorMap_; }
+
+    /// The sampling the centre and radius use: every point below 1000 points, else every
+    /// (count / 1000)-th.
+    static std::size_t SampleStep(std::size_t pointCount);
+
+protected:
+    /// Takes everything from `cloud` anew (also to replace the data of a listed resource).
+    void StoreData(const tesk::PointCloud& cloud);
+
+private:
+    std::shared_ptr<draw::PointCloudRenderer> renderer_;
+    std::uint32_t pointCount_ = 0;
+    std::optional<runa::SpaceDefinition> space_;
+    bool hasNormals_ = false;
+    glm::vec3 centerOfMass_{0.0f};
+    float approxRadius_ = 0.0f;
+    std::vector<std::string> coloringNames_;
+    std::vector<std::vector<tesk::Color3f>> coloringOptions_;
+    std::vector<std::string> fdataNames_;
+    std::vector<DataRecord> fdataOptions_;
+    int preferredSource_ = 0;
+    int preferredOption_ = 0;
+    int preferredColorMap_ = 5;
+};
+
+/// Makes a resource of `cloud` under `name` and, when the library is running, shows it (or
+/// replaces the listed one with that name).
+VEXA_API std::shared_ptr<PointCloudResource> AddPointCloud(const std::string& name, const tesk::PointCloud& cloud);
+
+} // namespace vexa::modules

@@ -1,0 +1,299 @@
+#include <vexa/modules/PointCloudGadget.h>
+
+#include <vexa/GuiGenerator.h>
+#include <vexa/gui/BoolFunc.h>
+#include <vexa/gui/Elements.h>
+#include <vexa/gui/StylingRows.h>
+#include <vexa/modules/PointCloudResource.h>
+
+#include <vexa/draw/Palette.h>
+#include <vexa/draw/PointCloudRenderer.h>
+#include <vexa/draw/PointCloudStyle.h>
+
+#include <runa/BinaryStream.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <sstream>
+
+namespace vexa::modules {
+
+namespace {
+
+constexpr unsigned int kStyleBlockVersion = 0;
+constexpr unsigned int kFieldsVersion = 0;
+
+} // namespace
+
+PointCloudGadget::PointCloudGadget(const PointCloudResource* resource)
+    : Gadget(resource)
+    , cloud_(resource)
+    , style_(std::make_shared<draw::PointCloudStyle>())
+{
+    style_->normalLength = draw::PointCloudStyle::kDefaultNormalLength;
+    style_->color = draw::palette::kNormals;
+}
+
+PointCloudGadget::~PointCloudGadget() = default;
+
+void PointCloudGadget::Initialize()
+{
+    LoadState();
+    Gadget::Initialize();
+    if (cloud_ == nullptr)
+        return;
+    if (!stateRestored_)
+    {
+        colorSource_ = cloud_->GetPreferredColorSource();
+        if (colorSource_ == Colors)
+            coloringOption_ = cloud_->GetPreferredColorOption();
+        else if (colorSource_ == DataMapping)
+            dataOption_ = cloud_->GetPreferredColorOption();
+        colorMap_ = cloud_->GetPreferredColorMap();
+    }
+    ValidateChoices();
+    OnColorSourceChange();
+    if (!cloud_->HasNormals())
+    {
+        style_->showNormals = false;
+        style_->useNormals = false;
+    }
+    AddRenderer(cloud_->GetRenderer(), style_, 0);
+}
+
+float PointCloudGadget::MapParameter(float value, float minimum, float maximum, float correction)
+{
+    const float scale = (maximum - minimum) / correction;
+    // A range of one value (all zeros) or a zero correction has no scale: the low end.
+    if (!(scale > 0.0f))
+        return 0.0f;
+    return std::min((value - minimum) / scale, 1.0f);
+}
+
+void PointCloudGadget::OnColorSourceChange()
+{
+    switch (colorSource_)
+    {
+    case Normals:
+        style_->colorMode = draw::ColorMode::Normals;
+        break;
+    case Colors:
+        style_->colorMode = draw::ColorMode::PerPoint;
+        UpdateColors();
+        break;
+    case DataMapping:
+        style_->colorMode = draw::ColorMode::PerPoint;
+        UpdateDataMapping();
+        break;
+    default:
+        style_->colorMode = draw::ColorMode::Material;
+        break;
+    }
+    DrawOnNextUpdate();
+}
+
+void PointCloudGadget::UpdateColors()
+{
+    if (cloud_ == nullptr || !cloud_->IsColoringAvailable())
+        return;
+    const auto index = static_cast<std::size_t>(std::max(coloringOption_, 0));
+    if (index >= cloud_->GetColoringNames().size())
+        return;
+    cloud_->GetRenderer()->SetColors(cloud_->GetColoringOption(index));
+    DrawOnNextUpdate();
+}
+
+void PointCloudGadget::UpdateDataMapping()
+{
+    if (cloud_ == nullptr || !cloud_->HasFloatData())
+        return;
+    const auto index = static_cast<std::size_t>(std::max(dataOption_, 0));
+    if (index >= cloud_->GetFDataNames().size())
+        return;
+    const PointCloudResource::DataRecord& record = cloud_->GetFDataOption(index);
+    std::vector<float> mapping(record.values.size());
+    const float minimum = record.minimum;
+    const float maximum = record.maximum;
+    const float correction = correction_;
+    std::transform(record.values.begin(), record.values.end(), mapping.begin(),
+                   [=](float v) { return MapParameter(v, minimum, maximum, correction); });
+    int map = colorMap_;
+    if (map < 0 || map >= tesk::kColorMapCount)
+        map = static_cast<int>(tesk::ColorMap::GrayScale);
+    cloud_->GetRenderer()->SetColors(tesk::MapValuesToColors(mapping, static_cast<tesk::ColorMap>(map)));
+    DrawOnNextUpdate();
+}
+
+bool PointCloudGadget::FocusCamera(glm::vec3& target, glm::vec3& position) const
+{
+    if (cloud_ == nullptr)
+        return false;
+    // A single point (or a cloud of one repeated point) has no size; frame it as a small one
+    // so that the far plane stays beyond the near plane.
+    const float r = std::max(cloud_->GetApproxRadius(), 1e-3f);
+    target = cloud_->GetCenterOfMass();
+    position = target + glm::vec3(2.0f * r);
+    SetNearFar(r * 0.01f, r * 100.0f);
+    return true;
+}
+
+void PointCloudGadget::GenerateGui(GuiGenerator& generator)
+{
+    Gadget::GenerateGui(generator);
+    if (!IsInitialized() || cloud_ == nullptr)
+        return;
+    AddGuiHeader(generator);
+
+    draw::PointCloudStyle* style = style_.get();
+    generator.AddSeparator();
+    if (gui::NumericFloat* size = generator.AddNumericFloat("Point size"))
+        size->SetMinMax(1.0f, 20.0f)->SetStep(1.0f)->SetLink(&style->pointSize);
+    if (gui::Checkbox* cull = generator.AddCheckbox("Back-face culling"))
+        cull->SetLink(&style->cullBackFacing);
+
+    generator.AddSeparator();
+    AddGuiColorSource(generator);
+
+    if (gui::Panel* colors = generator.PanelBegin())
+    {
+        colors->SetConditionFunc([this] { return colorSource_ == Colors; });
+        if (gui::Droplist* option = generator.AddDroplist("Coloring Option"))
+            option->AddItemsIndexed(cloud_->GetColoringNames())->SetLink(&coloringOption_)->Subscribe([this](const gui::Droplist*) {
+                UpdateColors();
+            });
+        generator.PanelEnd();
+    }
+    if (gui::Panel* data = generator.PanelBegin())
+    {
+        data->SetConditionFunc([this] { return colorSource_ == DataMapping; });
+        auto remap = [this](const auto*) { UpdateDataMapping(); };
+        if (gui::Droplist* option = generator.AddDroplist("Data"))
+            option->AddItemsIndexed(cloud_->GetFDataNames())->SetLink(&dataOption_)->Subscribe(remap);
+        if (gui::Droplist* map = gui::AddGuiColorMap(generator))
+            map->SetLink(&colorMap_)->Subscribe(remap);
+        // The maximum first: a fresh slider's range ends at 1, which would cap the minimum.
+        if (gui::SlidingFloat* correction = generator.AddSlidingFloat("Correction"))
+            correction->SetMax(10.0f)->SetMin(1.0f)->SetStep(1.0f)->SetLink(&correction_)->Subscribe(remap);
+        generator.PanelEnd();
+    }
+    if (cloud_->HasNormals())
+        AddGuiDisplayNormals(generator);
+}
+
+void PointCloudGadget::AddGuiHeader(GuiGenerator& generator)
+{
+    generator.AddLabel("Point count: " + std::to_string(cloud_->GetPointCount()));
+    generator.AddLabel("Point space: " + cloud_->GetSpaceId());
+    std::ostringstream size;
+    size.precision(2);
+    size << 2.0f * cloud_->GetApproxRadius();
+    std::string unit;
+    if (cloud_->GetSpace())
+    {
+        try
+        {
+            unit = cloud_->GetSpace()->GetUnitAbbreviation();
+        }
+        catch (const std::out_of_range&)
+        {
+            // A space with a unit index from a newer writer: show the number alone.
+        }
+    }
+    generator.AddLabel("Approx size: " + size.str() + " " + unit);
+}
+
+void PointCloudGadget::AddGuiColorSource(GuiGenerator& generator)
+{
+    gui::Droplist* source = generator.AddDroplist("Color source");
+    if (source == nullptr)
+        return;
+    source->AddItems({{"Material", Material}, {"Normals", Normals}});
+    if (cloud_->IsColoringAvailable())
+        source->AddItem("Colors", Colors);
+    if (cloud_->HasFloatData())
+        source->AddItem("Data Mapping", DataMapping);
+    source->SetLink(&colorSource_)->Subscribe([this](const gui::Droplist*) { OnColorSourceChange(); });
+}
+
+void PointCloudGadget::AddGuiDisplayNormals(GuiGenerator& generator)
+{
+    draw::PointCloudStyle* style = style_.get();
+    generator.AddSeparator();
+    if (gui::Checkbox* show = generator.AddCheckbox("Display normals"))
+        show->SetLink(&style->showNormals);
+    if (gui::Panel* panel = generator.PanelBegin())
+    {
+        panel->SetConditionBool(&style->showNormals, BoolFunc::IfTrue);
+        if (gui::NumericFloat* length = generator.AddNumericFloat("Length"))
+            length->SetMinMax(0.00001f, 1000000.0f)->SetStep(1.0f)->SetLink(&style->normalLength);
+        generator.PanelEnd();
+    }
+}
+
+void PointCloudGadget::ValidateChoices()
+{
+    if (cloud_ == nullptr)
+        return;
+    const auto colorings = static_cast<int>(cloud_->GetColoringNames().size());
+    const auto datas = static_cast<int>(cloud_->GetFDataNames().size());
+    if (colorSource_ == Colors && colorings == 0)
+    {
+        colorSource_ = Material;
+        coloringOption_ = 0;
+    }
+    if (coloringOption_ < 0 || coloringOption_ >= colorings)
+        coloringOption_ = 0;
+    if (colorSource_ == DataMapping && datas == 0)
+    {
+        colorSource_ = Material;
+        dataOption_ = 0;
+    }
+    if (dataOption_ < 0 || dataOption_ >= datas)
+        dataOption_ = 0;
+    if (colorSource_ < Material || colorSource_ > DataMapping)
+        colorSource_ = Material;
+    if (!(correction_ >= 1.0f && correction_ <= 10.0f))
+        correction_ = 1.0f;
+    if (colorMap_ < 0 || colorMap_ >= tesk::kColorMapCount)
+        colorMap_ = static_cast<int>(tesk::ColorMap::GrayScale);
+}
+
+bool PointCloudGadget::ReadFromStream(std::istream& stream)
+{
+    if (!Gadget::ReadFromStream(stream))
+        return false;
+    draw::PointCloudStyle style = *style_;
+    runa::BinaryReader reader(stream);
+    if (!reader.ReadVersion(kStyleBlockVersion) || !style.ReadFromStream(stream) || !reader.ReadVersion(kFieldsVersion))
+        return false;
+    std::uint32_t source = 0, coloring = 0, data = 0, map = 0;
+    float correction = 1.0f;
+    if (!reader.Read(source) || !reader.Read(coloring) || !reader.Read(data) || !reader.Read(correction) ||
+        !reader.Read(map))
+        return false;
+    *style_ = style;
+    colorSource_ = static_cast<int>(source);
+    coloringOption_ = static_cast<int>(coloring);
+    dataOption_ = static_cast<int>(data);
+    correction_ = correction;
+    colorMap_ = static_cast<int>(map);
+    stateRestored_ = true;
+    ValidateChoices();
+    return true;
+}
+
+void PointCloudGadget::WriteToStream(std::ostream& stream) const
+{
+    Gadget::WriteToStream(stream);
+    runa::BinaryWriter writer(stream);
+    writer.WriteVersion(kStyleBlockVersion);
+    style_->WriteToStream(stream);
+    writer.WriteVersion(kFieldsVersion);
+    writer.Write(static_cast<std::uint32_t>(colorSource_));
+    writer.Write(static_cast<std::uint32_t>(coloringOption_));
+    writer.Write(static_cast<std::uint32_t>(dataOption_));
+    writer.Write(correction_);
+    writer.Write(static_cast<std::uint32_t>(colorMap_));
+}
+
+} // namespace vexa::modules

@@ -1,0 +1,138 @@
+#include <vexa/modules/PointCloudResource.h>
+
+#include <vexa/Lifecycle.h>
+#include <vexa/modules/PointCloudGadget.h>
+
+#include <vexa/draw/PointCloudRenderer.h>
+
+#include <runa/HugePages.h>
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+namespace vexa::modules {
+
+PointCloudResource::PointCloudResource(const std::string& name, const tesk::PointCloud& cloud)
+    : Resource(name, "PointCloudResource")
+{
+    StoreData(cloud);
+}
+
+std::shared_ptr<Gadget> PointCloudResource::CreateGadget()
+{
+    return std::make_shared<PointCloudGadget>(this);
+}
+
+const std::vector<tesk::Color3f>& PointCloudResource::GetColoringOption(std::size_t index) const
+{
+    return coloringOptions_.at(index);
+}
+
+const PointCloudResource::DataRecord& PointCloudResource::GetFDataOption(std::size_t index) const
+{
+    return fdataOptions_.at(index);
+}
+
+std::string PointCloudResource::GetSpaceId() const
+{
+    return space_ ? space_->name : std::string("N/A");
+}
+
+void PointCloudResource::SetPreferredColorSource(int source, int option, int colorMap)
+{
+    preferredSource_ = source;
+    preferredOption_ = option;
+    preferredColorMap_ = colorMap;
+}
+
+std::size_t PointCloudResource::SampleStep(std::size_t pointCount)
+{
+    return pointCount >= 1000 ? pointCount / 1000 : 1;
+}
+
+void PointCloudResource::StoreData(const tesk::PointCloud& cloud)
+{
+    renderer_ = std::make_shared<draw::PointCloudRenderer>(cloud);
+    pointCount_ = static_cast<std::uint32_t>(cloud.Size());
+    hasNormals_ = cloud.HasNormals();
+    space_ = cloud.GetSpace();
+
+    // A sample of about a thousand points is plenty to frame the camera and costs nothing
+    // next to the copies below. The divisor is count / step (not the number of samples, which
+    // can be one more); points with a non-finite coordinate are left out of sum and divisor so
+    // that one bad point does not throw the camera into NaN.
+    const std::span<const glm::vec3> positions = cloud.GetPositions();
+    const std::size_t count = positions.size();
+    const std::size_t step = SampleStep(count);
+    glm::dvec3 sum(0.0);
+    std::size_t skipped = 0;
+    for (std::size_t i = 0; i < count; i += step)
+    {
+        const glm::vec3& p = positions[i];
+        if (std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z))
+            sum += glm::dvec3(p);
+        else
+            ++skipped;
+    }
+    const std::size_t divisor = count / step > skipped ? count / step - skipped : 0;
+    centerOfMass_ = divisor > 0 ? glm::vec3(sum / static_cast<double>(divisor)) : glm::vec3(0.0f);
+    double squares = 0.0;
+    std::size_t samples = 0;
+    for (std::size_t i = 0; i < count; i += step)
+    {
+        const glm::vec3& p = positions[i];
+        if (!(std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z)))
+            continue;
+        const glm::dvec3 d = glm::dvec3(p) - glm::dvec3(centerOfMass_);
+        squares += d.x * d.x + d.y * d.y + d.z * d.z;
+        ++samples;
+    }
+    approxRadius_ = samples > 0 ? static_cast<float>(std::sqrt(squares / static_cast<double>(samples))) : 0.0f;
+
+    coloringNames_.clear();
+    coloringOptions_.clear();
+    fdataNames_.clear();
+    fdataOptions_.clear();
+    for (const tesk::PointProperty& property : cloud.GetProperties())
+    {
+        if (property.GetType() == tesk::PropertyType::Color)
+        {
+            const std::span<const tesk::Color3f> colors = property.GetColors().first(std::min(property.Size(), count));
+            coloringNames_.push_back(property.GetName());
+            std::vector<tesk::Color3f>& copy = coloringOptions_.emplace_back();
+            // Ten million colours are 120 MB of fresh memory: fault it in huge pages.
+            runa::ReserveFresh(copy, colors.size());
+            copy.assign(colors.begin(), colors.end());
+        }
+        else if (property.GetType() == tesk::PropertyType::Float)
+        {
+            const std::span<const float> values = property.GetFloats().first(std::min(property.Size(), count));
+            DataRecord record;
+            runa::ReserveFresh(record.values, values.size());
+            record.values.assign(values.begin(), values.end());
+            // Both ends start at 0, so the range always includes it. NaNs and infinities
+            // stay out of it (they would make every other value map to one colour).
+            for (float v : record.values)
+            {
+                if (!std::isfinite(v))
+                    continue;
+                if (v < record.minimum)
+                    record.minimum = v;
+                if (v > record.maximum)
+                    record.maximum = v;
+            }
+            fdataNames_.push_back(property.GetName());
+            fdataOptions_.push_back(std::move(record));
+        }
+    }
+}
+
+std::shared_ptr<PointCloudResource> AddPointCloud(const std::string& name, const tesk::PointCloud& cloud)
+{
+    auto resource = std::make_shared<PointCloudResource>(name, cloud);
+    AddResource(resource);
+    return resource;
+}
+
+} // namespace vexa::modules

@@ -1,0 +1,254 @@
+// The engine's own GUI: the layout chooser, the notice, sidebar regeneration and the rules a
+// look gives each resource's panel, driven through a real engine and its window.
+
+#include "core/Engine.h"
+#include "core/Viewarea.h"
+#include "gui/GuiStylingPanel.h"
+#include "gui/Sidebar.h"
+#include "scene/GadgetManager.h"
+
+#include <vexa/draw/RenderSystem.h>
+
+#include <plor/Window.h>
+
+#include <tesk/Image.h>
+
+#include <CEGUI/CEGUI.h>
+
+#include "EngineTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <fstream>
+
+namespace {
+
+using namespace engine_test;
+
+constexpr int kTab = 258;
+
+void Fire(CEGUI::Window* window, const CEGUI::String& event, const CEGUI::String& eventNamespace)
+{
+    CEGUI::WindowEventArgs args(window);
+    window->fireEvent(event, args, eventNamespace);
+}
+
+vexa::ResourceId Plain(const std::string& name)
+{
+    return vexa::ResourceId(name, "PlainResource");
+}
+
+} // namespace
+
+TEST(EngineGui, TabTogglesTheLayoutChooserOnlyWithShortcutsOn)
+{
+    if (!HasDisplay())
+        GTEST_SKIP() << "needs a display";
+    const fs::path state = FreshDirectory("chooser");
+    MessageBoxes boxes;
+    vexa::Engine engine;
+    ASSERT_TRUE(Start(engine, state));
+    int hostKeys = 0;
+    engine.SetKeyDownCallback([&](const vexa::Key& key, const vexa::ModKeys&) { hostKeys += key == vexa::Key::Tab; });
+    engine.Update();
+
+    engine.GetOptions().SetShortcutsEnabled(false);
+    engine.OnKeyDown(kTab, {}, false);
+    EXPECT_FALSE(engine.IsLayoutChooserShown());
+    EXPECT_EQ(hostKeys, 1) << "the host still hears the key";
+
+    engine.GetOptions().SetShortcutsEnabled(true);
+    engine.OnKeyDown(kTab, {}, false);
+    ASSERT_TRUE(engine.IsLayoutChooserShown());
+    engine.OnKeyDown(kTab, {}, true);
+    EXPECT_TRUE(engine.IsLayoutChooserShown()) << "a held key does not toggle";
+    EXPECT_EQ(hostKeys, 2);
+
+    CEGUI::Window* chooser = engine.GetLayoutChooser();
+    EXPECT_EQ(chooser->getProperty("Colour"), "AA000000");
+    const char* captions[] = {"Single View", "Dual Split", "B Split", "Quad Split"};
+    const std::size_t parts[] = {1, 2, 3, 4};
+    for (int i = 0; i < 4; ++i)
+    {
+        CEGUI::Window* tile = chooser->getChild("layout" + std::to_string(i));
+        EXPECT_EQ(tile->getID(), static_cast<CEGUI::uint>(i + 1));
+        EXPECT_EQ(tile->getChild("caption")->getText(), captions[i]);
+        std::size_t sketched = 0;
+        for (std::size_t c = 0; c < tile->getChildCount(); ++c)
+        {
+            const CEGUI::Window* child = tile->getChildAtIdx(c);
+            sketched += child->isPropertyPresent("Colour") && child->getProperty("Colour") == "55FFFFFF";
+        }
+        EXPECT_EQ(sketched, parts[i]) << captions[i];
+    }
+
+    // Drawn over the dimmed scene: the sketch of "Single View" is lighter than the background
+    // beside the tiles, and the chooser does not swallow the host's frame rate once shown.
+    engine.Update();
+    ASSERT_TRUE(engine.GetWindow()->SetContextConditional());
+    const tesk::Image frame = engine.GetRenderSystem()->CaptureImage();
+    engine.GetWindow()->UnsetContextConditional();
+    ASSERT_FALSE(frame.IsEmpty());
+    frame.SavePng((state / "chooser.png").string());
+    const CEGUI::Rectf sketch = chooser->getChild("layout0")->getChild("area0")->getUnclippedOuterRect().get();
+    const auto brightness = [&](float x, float y) {
+        const std::size_t at = static_cast<std::size_t>(y) * frame.RowValueCount() +
+                               static_cast<std::size_t>(x) * static_cast<std::size_t>(frame.GetChannels());
+        const auto pixels = frame.GetUInt8Data();
+        return pixels[at] + pixels[at + 1] + pixels[at + 2];
+    };
+    EXPECT_GT(brightness(sketch.getPosition().d_x + sketch.getWidth() / 2, sketch.getPosition().d_y + sketch.getHeight() / 2),
+              brightness(4.0f, 4.0f) + 60);
+
+    // A click beside the tiles closes it, and Tab brings it back.
+    Fire(chooser, CEGUI::Window::EventMouseClick, CEGUI::Window::EventNamespace);
+    EXPECT_FALSE(engine.IsLayoutChooserShown());
+    engine.OnKeyDown(kTab, {}, false);
+    ASSERT_TRUE(engine.IsLayoutChooserShown());
+
+    // Choosing "B Split" rebuilds three view areas with fresh ids and closes the chooser.
+    const unsigned int firstId = engine.GetViewareas()[0]->GetId();
+    engine.AddResource(std::make_shared<PlainResource>("shown"));
+    Fire(chooser->getChild("layout2"), CEGUI::PushButton::EventClicked, CEGUI::PushButton::EventNamespace);
+    EXPECT_FALSE(engine.IsLayoutChooserShown());
+    ASSERT_EQ(engine.GetViewareas().size(), 3u);
+    EXPECT_GT(engine.GetViewareas()[0]->GetId(), firstId);
+    EXPECT_EQ(engine.GetOptions().GetViewLayout(), 3);
+    EXPECT_TRUE(engine.GetOptions().IsDirty());
+    for (const auto& area : engine.GetViewareas())
+        EXPECT_TRUE(area->GetGadgetManager().HasGadget(Plain("shown"))) << "the new areas show the listed resources";
+    // The right column is split in two: the lower area starts halfway down the window.
+    const glm::ivec2 size = engine.GetWindow()->GetFramebufferSize();
+    EXPECT_TRUE(engine.GetViewareas()[2]->Contains(0.75f * static_cast<float>(size.x), 0.75f * static_cast<float>(size.y)));
+    EXPECT_FALSE(engine.GetViewareas()[2]->Contains(0.25f * static_cast<float>(size.x), 0.75f * static_cast<float>(size.y)));
+    engine.Update();
+    EXPECT_FALSE(engine.GetOptions().IsDirty()) << "saved by the next step";
+}
+
+TEST(EngineGui, IconifiedWindowSkipsTheWholeStep)
+{
+    if (!HasDisplay())
+        GTEST_SKIP() << "needs a display";
+    const fs::path state = FreshDirectory("iconified");
+    MessageBoxes boxes;
+    vexa::Engine engine;
+    ASSERT_TRUE(Start(engine, state));
+    engine.GetOptions().SetOptimizedRendering(false);
+    engine.Update();
+    const std::uint64_t frames = engine.GetRenderSystem()->GetFrameCount();
+
+    engine.OnWindowIconified(true);
+    engine.ShowNotice("still here", 1.0f);
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 20; ++i)
+        engine.Update();
+    const auto elapsed = std::chrono::steady_clock::now() - start;
+    EXPECT_EQ(engine.GetRenderSystem()->GetFrameCount(), frames) << "nothing is drawn, even without optimised rendering";
+    EXPECT_FLOAT_EQ(engine.GetNoticeCountdown(), 1.0f) << "time does not run for the hidden window's widgets";
+    EXPECT_LT(elapsed, std::chrono::milliseconds(200)) << "an iconified step returns at once";
+
+    engine.OnWindowIconified(false);
+    engine.Update();
+    EXPECT_EQ(engine.GetRenderSystem()->GetFrameCount(), frames + 1);
+}
+
+TEST(EngineGui, NoticeFadesAndSidebarRegeneratesOnTheNextStep)
+{
+    if (!HasDisplay())
+        GTEST_SKIP() << "needs a display";
+    const fs::path state = FreshDirectory("notice");
+    MessageBoxes boxes;
+    vexa::Engine engine;
+    ASSERT_TRUE(Start(engine, state));
+    engine.Update();
+
+    engine.ShowNotice("Layout saved", 0.2f);
+    CEGUI::Window* notice = engine.GetRenderSystem() != nullptr
+                                ? CEGUI::System::getSingleton().getDefaultGUIContext().getRootWindow()->getChild("vexa_notice")
+                                : nullptr;
+    ASSERT_NE(notice, nullptr);
+    EXPECT_TRUE(notice->isVisible());
+    EXPECT_EQ(notice->getText(), "Layout saved");
+    EXPECT_LE(notice->getAlpha(), 0.2f / 2.5f + 1e-3f);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    while (engine.GetNoticeCountdown() > 0.0f && std::chrono::steady_clock::now() < end)
+    {
+        engine.Update();
+        // Short notices never reach full opacity: they start fading at once.
+        EXPECT_LE(notice->getAlpha(), 0.2f / 2.5f + 1e-3f);
+    }
+    EXPECT_FALSE(notice->isVisible());
+
+    engine.AddResource(std::make_shared<PlainResource>("a"));
+    vexa::Sidebar* sidebar = engine.GetViewareas()[0]->GetSidebar();
+    ASSERT_NE(sidebar, nullptr);
+    sidebar->GetResourcePanel(Plain("a"))->SetCollapsed(true);
+    const CEGUI::Window* before = sidebar->GetResourcePanel(Plain("a"))->GetWindow();
+    sidebar->RequestRegeneration();
+    EXPECT_EQ(sidebar->GetResourcePanel(Plain("a"))->GetWindow(), before) << "not from inside the request";
+    engine.Update();
+    EXPECT_FALSE(sidebar->IsRegenerationRequested());
+    ASSERT_NE(sidebar->GetResourcePanel(Plain("a")), nullptr);
+    EXPECT_NE(sidebar->GetResourcePanel(Plain("a"))->GetWindow(), before);
+    EXPECT_TRUE(sidebar->GetResourcePanel(Plain("a"))->IsCollapsed());
+}
+
+TEST(EngineGui, ResourceRulesOfTheLookShapeTheSidebar)
+{
+    if (!HasDisplay())
+        GTEST_SKIP() << "needs a display";
+    const fs::path state = FreshDirectory("rules");
+    const fs::path look = state / "look.json";
+    std::ofstream(look) << R"({"vexa": {"version": "1.0", "views": [{"position": "0,0;0,0", "size": "1,0;1,0",
+        "units": [{"id": "PlainResource:fixed", "permanent": true},
+                  {"id": "PlainResource:quiet", "gui-enabled": false, "auto-select": true},
+                  {"id": "PlainResource:locked", "select-enabled": false, "auto-select": true},
+                  {"id": "PlainResource:first", "auto-select": true},
+                  {"id": "PlainResource:second", "auto-select": true},
+                  {"id": "PlainResource:plain"}]}]}})";
+    MessageBoxes boxes;
+    vexa::Engine engine;
+    ASSERT_TRUE(Start(engine, state, look.string()));
+    vexa::Viewarea& area = *engine.GetViewareas()[0];
+    vexa::Sidebar& sidebar = *area.GetSidebar();
+    std::vector<vexa::ResourceId> reported;
+    sidebar.SetSelectionCallback([&](const vexa::ResourceId& id) { reported.push_back(id); });
+    for (const char* name : {"fixed", "quiet", "locked", "first", "plain", "second", "unlisted"})
+        engine.AddResource(std::make_shared<PlainResource>(name));
+
+    // Rules only admit what they name; a resource without a panel is still drawn.
+    EXPECT_FALSE(area.GetGadgetManager().HasGadget(Plain("unlisted")));
+    EXPECT_TRUE(area.GetGadgetManager().HasGadget(Plain("quiet")));
+    EXPECT_EQ(sidebar.GetResourcePanel(Plain("quiet")), nullptr);
+    EXPECT_EQ(sidebar.GetResourcePanelCount(), 5u);
+
+    // The newest auto-selected resource wins; the ones that may not be selected never do.
+    EXPECT_EQ(sidebar.GetSelectedResource(), Plain("second"));
+    EXPECT_TRUE(sidebar.GetResourcePanel(Plain("second"))->IsHighlighted());
+    EXPECT_FALSE(sidebar.GetResourcePanel(Plain("first"))->IsHighlighted());
+
+    // Permanent: no remove button, the pin takes its place at the edge.
+    vexa::GuiStylingPanel& fixed = *sidebar.GetResourcePanel(Plain("fixed"));
+    EXPECT_FALSE(fixed.GetButton("btn_remove")->isVisible());
+    EXPECT_EQ(fixed.GetButton("btn_pin")->getXPosition(), CEGUI::UDim(1, -24));
+    EXPECT_TRUE(sidebar.GetResourcePanel(Plain("plain"))->GetButton("btn_remove")->isVisible());
+
+    // A double click on a header selects, unless the rule says no.
+    Fire(sidebar.GetResourcePanel(Plain("locked"))->GetHeader(), CEGUI::Window::EventMouseDoubleClick,
+         CEGUI::Window::EventNamespace);
+    EXPECT_EQ(sidebar.GetSelectedResource(), Plain("second"));
+    EXPECT_FALSE(sidebar.SetSelectedResource(Plain("locked")));
+    EXPECT_FALSE(sidebar.SetSelectedResource(Plain("quiet")));
+    EXPECT_TRUE(reported.empty());
+    Fire(fixed.GetHeader(), CEGUI::Window::EventMouseDoubleClick, CEGUI::Window::EventNamespace);
+    EXPECT_EQ(sidebar.GetSelectedResource(), Plain("fixed"));
+    EXPECT_TRUE(fixed.IsHighlighted());
+    EXPECT_FALSE(sidebar.GetResourcePanel(Plain("second"))->IsHighlighted());
+    EXPECT_EQ(reported, std::vector<vexa::ResourceId>{Plain("fixed")});
+
+    // The host may still remove a permanent resource.
+    engine.RemoveResourcesWithPrefix("fixed");
+    EXPECT_EQ(sidebar.GetResourcePanel(Plain("fixed")), nullptr);
+    EXPECT_FALSE(area.GetGadgetManager().HasGadget(Plain("fixed")));
+}

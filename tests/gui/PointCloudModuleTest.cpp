@@ -1,0 +1,268 @@
+#include <vexa/GuiGenerator.h>
+#include <vexa/modules/PointCloudGadget.h>
+#include <vexa/modules/PointCloudResource.h>
+
+#include <vexa/draw/PointCloudRenderer.h>
+#include <vexa/draw/PointCloudStyle.h>
+
+#include <tesk/ColorMap.h>
+#include <tesk/PointCloud.h>
+
+#include <runa/SpaceDefinition.h>
+
+#include "FakeEngine.h"
+#include "GuiTestSupport.h"
+#include "LogCapture.h"
+
+#include <nubo/Combobox.h>
+
+#include <CEGUI/CEGUI.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+#include <vector>
+
+namespace {
+
+using vexa::modules::PointCloudGadget;
+using vexa::modules::PointCloudResource;
+
+tesk::PointCloud Line(std::size_t count)
+{
+    std::vector<glm::vec3> positions(count);
+    for (std::size_t i = 0; i < count; ++i)
+        positions[i] = glm::vec3(static_cast<float>(i), 0.0f, 0.0f);
+    return tesk::PointCloud(std::move(positions));
+}
+
+// A small cloud with everything the panel can offer: normals, two colour sets, float data.
+tesk::PointCloud RichCloud()
+{
+    tesk::PointCloud cloud = Line(4);
+    cloud.SetNormals(std::vector<glm::vec3>(4, glm::vec3(0.0f, 0.0f, 1.0f)));
+    cloud.AddColorProperty("RGB", std::vector<tesk::Color3f>(4, tesk::Color3f(1.0f, 0.0f, 0.0f)));
+    cloud.AddFloatProperty("Intensity", std::vector<float>{5.0f, 7.5f, 10.0f, 6.0f});
+    cloud.AddColorProperty("Labels", std::vector<tesk::Color3f>(4, tesk::Color3f(0.0f, 1.0f, 0.0f)));
+    return cloud;
+}
+
+std::shared_ptr<PointCloudGadget> MakeGadget(const std::shared_ptr<PointCloudResource>& resource)
+{
+    auto gadget = std::static_pointer_cast<PointCloudGadget>(resource->CreateGadget());
+    // Without a view area the renderer cannot be added: expected here, and logged.
+    testing_support::LogCapture quiet;
+    gadget->Initialize();
+    return gadget;
+}
+
+TEST(PointCloudResource, SamplesAboutAThousandPointsForCentreAndRadius)
+{
+    EXPECT_EQ(PointCloudResource::SampleStep(999), 1u);
+    EXPECT_EQ(PointCloudResource::SampleStep(1000), 1u);
+    EXPECT_EQ(PointCloudResource::SampleStep(2500), 2u);
+
+    // 999 points at x = 0..998: every point is sampled, the centre is the plain mean.
+    PointCloudResource small("small", Line(999));
+    EXPECT_FLOAT_EQ(small.GetCenterOfMass().x, 499.0f);
+    // 2500 points: samples 0, 2, ..., 2498 (1250 of them), divided by 2500 / 2 = 1250.
+    PointCloudResource large("large", Line(2500));
+    EXPECT_FLOAT_EQ(large.GetCenterOfMass().x, 1249.0f);
+    // Root-mean-square distance of the even numbers 0..2498 from 1249.
+    double squares = 0.0;
+    for (int i = 0; i < 2500; i += 2)
+        squares += (i - 1249.0) * (i - 1249.0);
+    EXPECT_NEAR(large.GetApproxRadius(), std::sqrt(squares / 1250.0), 1e-2);
+
+    // One bad point does not poison the frame; an empty cloud frames the origin.
+    tesk::PointCloud withNan = Line(3);
+    withNan.GetMutablePositions()[1].y = std::numeric_limits<float>::quiet_NaN();
+    testing_support::LogCapture log;
+    PointCloudResource nan("nan", withNan);
+    EXPECT_FLOAT_EQ(nan.GetCenterOfMass().x, 1.0f);
+    PointCloudResource empty("empty", tesk::PointCloud());
+    EXPECT_EQ(empty.GetCenterOfMass(), glm::vec3(0.0f));
+    EXPECT_EQ(empty.GetApproxRadius(), 0.0f);
+    EXPECT_EQ(empty.GetPointCount(), 0u);
+}
+
+TEST(PointCloudResource, CopiesColourSetsAndFloatDataWithRangesThatIncludeZero)
+{
+    tesk::PointCloud cloud = RichCloud();
+    cloud.AddUVProperty("uv", std::vector<glm::vec2>(4));
+    cloud.AddFloatProperty("Depth", std::vector<float>{-3.0f, -1.0f, std::numeric_limits<float>::infinity(), -2.0f});
+    PointCloudResource resource("rich", cloud);
+
+    EXPECT_EQ(resource.GetId().ToString(), "PointCloudResource:rich");
+    EXPECT_EQ(resource.GetPointCount(), 4u);
+    EXPECT_TRUE(resource.HasNormals());
+    EXPECT_EQ(resource.GetColoringNames(), (std::vector<std::string>{"RGB", "Labels"}));
+    EXPECT_EQ(resource.GetFDataNames(), (std::vector<std::string>{"Intensity", "Depth"}));
+    EXPECT_EQ(resource.GetColoringOption(1)[0], tesk::Color3f(0.0f, 1.0f, 0.0f));
+    // Values in 5..10 get the range 0..10; all-negative data gets -3..0; infinities stay out.
+    EXPECT_EQ(resource.GetFDataOption(0).minimum, 0.0f);
+    EXPECT_EQ(resource.GetFDataOption(0).maximum, 10.0f);
+    EXPECT_EQ(resource.GetFDataOption(1).minimum, -3.0f);
+    EXPECT_EQ(resource.GetFDataOption(1).maximum, 0.0f);
+    EXPECT_THROW(resource.GetColoringOption(2), std::out_of_range);
+    EXPECT_THROW(resource.GetFDataOption(2), std::out_of_range);
+
+    EXPECT_EQ(resource.GetSpaceId(), "N/A");
+    cloud.SetSpace(runa::SpaceDefinition::TeskCamera);
+    PointCloudResource withSpace("spaced", cloud);
+    EXPECT_EQ(withSpace.GetSpaceId(), "TESK Camera");
+}
+
+TEST(PointCloudGadget, DataMappingScalesByTheCorrectionAndSaturates)
+{
+    EXPECT_FLOAT_EQ(PointCloudGadget::MapParameter(5.0f, 0.0f, 10.0f, 1.0f), 0.5f);
+    EXPECT_FLOAT_EQ(PointCloudGadget::MapParameter(2.0f, 0.0f, 10.0f, 4.0f), 0.8f);
+    EXPECT_FLOAT_EQ(PointCloudGadget::MapParameter(5.0f, 0.0f, 10.0f, 4.0f), 1.0f);
+    EXPECT_FLOAT_EQ(PointCloudGadget::MapParameter(-1.0f, -3.0f, 0.0f, 1.0f), 2.0f / 3.0f);
+    EXPECT_FLOAT_EQ(PointCloudGadget::MapParameter(0.0f, 0.0f, 0.0f, 1.0f), 0.0f) << "no range, no division by zero";
+
+    testing_support::FakeEngine engine;
+    auto resource = std::make_shared<PointCloudResource>("rich", RichCloud());
+    auto gadget = MakeGadget(resource);
+    gadget->SetColorSource(PointCloudGadget::DataMapping);
+    gadget->SetColorMap(static_cast<int>(tesk::ColorMap::GrayScale));
+    gadget->OnColorSourceChange();
+    EXPECT_EQ(gadget->GetStyle()->colorMode, vexa::draw::ColorMode::PerPoint);
+    EXPECT_TRUE(resource->GetRenderer()->HasColors());
+    EXPECT_TRUE(resource->GetRenderer()->HasPendingData()) << "the mapped colours wait for upload";
+
+    gadget->SetColorSource(PointCloudGadget::Normals);
+    gadget->OnColorSourceChange();
+    EXPECT_EQ(gadget->GetStyle()->colorMode, vexa::draw::ColorMode::Normals);
+}
+
+TEST(PointCloudGadget, StateFallsBackWhenTheCloudLacksWhatWasChosen)
+{
+    testing_support::FakeEngine engine;
+    auto rich = std::make_shared<PointCloudResource>("rich", RichCloud());
+    auto gadget = MakeGadget(rich);
+    gadget->SetColorSource(PointCloudGadget::DataMapping);
+    gadget->SetDataOption(0);
+    gadget->SetColoringOption(1);
+    gadget->SetCorrection(3.0f);
+    gadget->SetColorMap(static_cast<int>(tesk::ColorMap::Thermal));
+    gadget->GetStyle()->pointSize = 7.0f;
+    ASSERT_TRUE(gadget->SaveState());
+
+    // The same type in the same view area starts from that file.
+    auto again = MakeGadget(std::make_shared<PointCloudResource>("other", RichCloud()));
+    EXPECT_EQ(again->GetColorSource(), PointCloudGadget::DataMapping);
+    EXPECT_EQ(again->GetColoringOption(), 1);
+    EXPECT_FLOAT_EQ(again->GetCorrection(), 3.0f);
+    EXPECT_EQ(again->GetColorMap(), static_cast<int>(tesk::ColorMap::Thermal));
+    EXPECT_FLOAT_EQ(again->GetStyle()->pointSize, 7.0f);
+
+    // A bare cloud cannot map data nor pick colour sets: material, options back to 0, and no
+    // normals to show.
+    auto bare = MakeGadget(std::make_shared<PointCloudResource>("bare", Line(3)));
+    EXPECT_EQ(bare->GetColorSource(), PointCloudGadget::Material);
+    EXPECT_EQ(bare->GetColoringOption(), 0);
+    EXPECT_EQ(bare->GetDataOption(), 0);
+    EXPECT_EQ(bare->GetStyle()->colorMode, vexa::draw::ColorMode::Material);
+    EXPECT_FALSE(bare->GetStyle()->useNormals);
+    EXPECT_FLOAT_EQ(bare->GetStyle()->pointSize, 7.0f) << "the style is still restored";
+}
+
+TEST(PointCloudGadget, FocusFramesTheCloudFromTwoRadiiAway)
+{
+    testing_support::FakeEngine engine;
+    auto resource = std::make_shared<PointCloudResource>("line", Line(999));
+    auto gadget = MakeGadget(resource);
+    glm::vec3 target, eye;
+    ASSERT_TRUE(gadget->FocusCamera(target, eye));
+    const float r = resource->GetApproxRadius();
+    EXPECT_EQ(target, resource->GetCenterOfMass());
+    EXPECT_NEAR(eye.x - target.x, 2.0f * r, 1e-3f);
+    EXPECT_NEAR(eye.z - target.z, 2.0f * r, 1e-3f);
+}
+
+class PointCloudPanelTest : public gui_test::PanelTest {
+protected:
+    CEGUI::Window* Row(int n) const
+    {
+        return panel_->getChild("generated_element_" + CEGUI::PropertyHelper<std::int32_t>::toString(n));
+    }
+    // The rows of a panel group live inside it; search the whole tree by the row's name.
+    CEGUI::Window* FindRow(int n) const
+    {
+        return panel_->getChildRecursive("generated_element_" + CEGUI::PropertyHelper<std::int32_t>::toString(n));
+    }
+    std::vector<std::string> Texts() const
+    {
+        std::vector<std::string> texts;
+        for (int n = 0;; ++n)
+        {
+            CEGUI::Window* row = FindRow(n);
+            if (row == nullptr)
+                break;
+            std::string text;
+            if (CEGUI::Window* label = row->getChildRecursive("dynamic_label"))
+                text = label->getText().c_str();
+            if (CEGUI::Window* control = row->getChildRecursive("dynamic_control"))
+                text += "|" + std::string(control->getText().c_str());
+            texts.push_back(text);
+        }
+        return texts;
+    }
+    testing_support::FakeEngine engine_;
+};
+
+TEST_F(PointCloudPanelTest, HeaderAndColourSourcesFollowTheCloud)
+{
+    tesk::PointCloud bare = Line(2500);
+    bare.GetMutablePositions()[0].x = 2000.0f;
+    auto resource = std::make_shared<PointCloudResource>("bare", bare);
+    auto gadget = MakeGadget(resource);
+    {
+        vexa::GuiGenerator generator(resource->GetId(), panel_);
+        gadget->GenerateGui(generator);
+        const std::string all = [&] {
+            std::string joined;
+            for (const std::string& text : Texts())
+                joined += text + "\n";
+            return joined;
+        }();
+        EXPECT_NE(all.find("Point count: 2500"), std::string::npos) << all;
+        EXPECT_NE(all.find("Point space: N/A"), std::string::npos) << all;
+        // Twice the radius with two significant digits, and no unit after the blank.
+        EXPECT_NE(all.find("Approx size: 1.4e+03 \n"), std::string::npos) << all;
+        EXPECT_EQ(all.find("Display normals"), std::string::npos) << "no normals, no normal rows";
+    }
+
+    // With everything on offer the colour source lists all four, in order.
+    gui_test::PanelTest::TearDown();
+    gui_test::PanelTest::SetUp();
+    tesk::PointCloud rich = RichCloud();
+    rich.SetSpace(runa::SpaceDefinition::TivraMarker);
+    auto richResource = std::make_shared<PointCloudResource>("rich", rich);
+    auto richGadget = MakeGadget(richResource);
+    vexa::GuiGenerator generator(richResource->GetId(), panel_);
+    richGadget->GenerateGui(generator);
+    generator.SetAutoTestConditionsEnabled(true);
+    generator.TestElementConditions();
+
+    nubo::Combobox* source = nullptr;
+    const std::vector<std::string> texts = Texts();
+    for (std::size_t n = 0; n < texts.size(); ++n)
+        if (texts[n].rfind("Color source|", 0) == 0)
+            source = static_cast<nubo::Combobox*>(FindRow(static_cast<int>(n))->getChildRecursive("combo_element"));
+    ASSERT_NE(source, nullptr);
+    ASSERT_EQ(source->getItemCount(), 4u);
+    EXPECT_EQ(std::string(source->getListboxItemFromIndex(2)->getText().c_str()), "Colors");
+    EXPECT_EQ(std::string(source->getListboxItemFromIndex(3)->getText().c_str()), "Data Mapping");
+
+    // Picking "Data Mapping" in the list recolours through the gadget.
+    gui_test::Choose(source, 3);
+    EXPECT_EQ(richGadget->GetColorSource(), PointCloudGadget::DataMapping);
+    EXPECT_EQ(richGadget->GetStyle()->colorMode, vexa::draw::ColorMode::PerPoint);
+    EXPECT_TRUE(richResource->GetRenderer()->HasColors());
+}
+
+} // namespace

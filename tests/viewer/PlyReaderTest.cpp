@@ -1,0 +1,303 @@
+#include "PlyReader.h"
+
+#include "LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <vector>
+
+using vexa::viewer::ReadPlyFromMemory;
+
+namespace {
+
+// Writes PLY files of any encoding from the same values, so one test can compare encodings.
+class PlyWriter {
+public:
+    explicit PlyWriter(std::string format) : format_(std::move(format)) { header_ = "ply\nformat " + format_ + " 1.0\n"; }
+
+    PlyWriter& Line(const std::string& line)
+    {
+        header_ += line + "\n";
+        return *this;
+    }
+
+    PlyWriter& Value(const std::string& type, double value)
+    {
+        if (format_ == "ascii") {
+            char text[64];
+            if (std::isnan(value))
+                std::snprintf(text, sizeof text, "nan ");
+            else if (std::isinf(value))
+                std::snprintf(text, sizeof text, value > 0 ? "inf " : "-inf ");
+            else
+                std::snprintf(text, sizeof text, "%.17g ", value);
+            body_ += text;
+            return *this;
+        }
+        if (type == "char")
+            Append(static_cast<std::int8_t>(value));
+        else if (type == "uchar")
+            Append(static_cast<std::uint8_t>(value));
+        else if (type == "short")
+            Append(static_cast<std::int16_t>(value));
+        else if (type == "ushort")
+            Append(static_cast<std::uint16_t>(value));
+        else if (type == "int")
+            Append(static_cast<std::int32_t>(value));
+        else if (type == "uint")
+            Append(static_cast<std::uint32_t>(value));
+        else if (type == "float")
+            Append(static_cast<float>(value));
+        else
+            Append(value);
+        return *this;
+    }
+
+    PlyWriter& EndItem()
+    {
+        if (format_ == "ascii")
+            body_ += "\n";
+        return *this;
+    }
+
+    std::string Bytes() const { return header_ + "end_header\n" + body_; }
+
+private:
+    template <typename T>
+    void Append(T value)
+    {
+        char bytes[sizeof(T)];
+        std::memcpy(bytes, &value, sizeof(T));
+        const bool big = format_ == "binary_big_endian";
+        if (big == (std::endian::native == std::endian::little))
+            for (std::size_t i = 0; i < sizeof(T) / 2; ++i)
+                std::swap(bytes[i], bytes[sizeof(T) - 1 - i]);
+        body_.append(bytes, sizeof(T));
+    }
+
+    std::string format_;
+    std::string header_;
+    std::string body_;
+};
+
+const std::vector<std::string> Encodings = {"ascii", "binary_little_endian", "binary_big_endian"};
+
+tesk::PointCloud OnePointCloud()
+{
+    return tesk::PointCloud(std::vector<glm::vec3>{{7.0f, 7.0f, 7.0f}});
+}
+
+} // namespace
+
+TEST(PlyReader, EveryEncodingGivesTheSameCloud)
+{
+    struct Vertex {
+        float x, y, z, nx, ny, nz;
+        int red, green, blue, alpha;
+        float intensity;
+        int label, quality, flag;
+        double weight;
+    };
+    const std::vector<Vertex> vertices = {
+        {1.5f, -2.25f, 3.0f, 0, 0, 1, 255, 0, 51, 10, 0.125f, -70000, 65535, -128, 1e-3},
+        {-1e6f, 0.0f, 1e-6f, 0, 1, 0, 0, 255, 102, 20, -4.5f, 2147483647, 0, 127, 12345.678},
+        {std::numeric_limits<float>::infinity(), 4.0f, 5.0f, 1, 0, 0, 128, 128, 128, 30, 7.0f, 0, 300, 0, -1.0},
+    };
+
+    for (const std::string& encoding : Encodings) {
+        SCOPED_TRACE(encoding);
+        PlyWriter ply(encoding);
+        ply.Line("element vertex 3");
+        for (const char* axis : {"x", "y", "z", "nx", "ny", "nz"})
+            ply.Line(std::string("property float ") + axis);
+        ply.Line("property uchar red").Line("property uchar green").Line("property uchar blue");
+        ply.Line("property uchar alpha").Line("property float32 intensity").Line("property int label");
+        ply.Line("property uint16 quality").Line("property int8 flag").Line("property double weight");
+        ply.Line("element face 2").Line("property list uchar int vertex_indices");
+        for (const Vertex& v : vertices) {
+            for (float f : {v.x, v.y, v.z, v.nx, v.ny, v.nz})
+                ply.Value("float", f);
+            for (int c : {v.red, v.green, v.blue, v.alpha})
+                ply.Value("uchar", c);
+            ply.Value("float", v.intensity).Value("int", v.label).Value("ushort", v.quality);
+            ply.Value("char", v.flag).Value("double", v.weight).EndItem();
+        }
+        ply.Value("uchar", 3).Value("int", 0).Value("int", 1).Value("int", 2).EndItem();
+        ply.Value("uchar", 4).Value("int", 2).Value("int", 1).Value("int", 0).Value("int", 1).EndItem();
+
+        tesk::PointCloud cloud;
+        std::string error;
+        ASSERT_TRUE(ReadPlyFromMemory(ply.Bytes(), "all.ply", cloud, error)) << error;
+        ASSERT_EQ(cloud.Size(), 3u);
+        ASSERT_TRUE(cloud.HasNormals());
+        ASSERT_EQ(cloud.PropertyCount(), 6u) << "RGB and five floats; alpha dropped";
+        EXPECT_EQ(cloud.GetProperty(0)->GetName(), "RGB");
+        const std::vector<std::string> names = {"intensity", "label", "quality", "flag", "weight"};
+        for (std::size_t i = 0; i < names.size(); ++i)
+            EXPECT_EQ(cloud.GetProperty(i + 1)->GetName(), names[i]);
+
+        const auto colors = cloud.GetColorProperty("RGB");
+        for (std::size_t i = 0; i < vertices.size(); ++i) {
+            const Vertex& v = vertices[i];
+            EXPECT_EQ(cloud.GetPositions()[i], glm::vec3(v.x, v.y, v.z));
+            EXPECT_EQ(cloud.GetNormals()[i], glm::vec3(v.nx, v.ny, v.nz));
+            EXPECT_FLOAT_EQ(colors[i].r, v.red / 255.0f);
+            EXPECT_FLOAT_EQ(colors[i].g, v.green / 255.0f);
+            EXPECT_FLOAT_EQ(colors[i].b, v.blue / 255.0f);
+            EXPECT_EQ(cloud.GetFloatProperty("intensity")[i], v.intensity);
+            EXPECT_EQ(cloud.GetFloatProperty("label")[i], static_cast<float>(v.label));
+            EXPECT_EQ(cloud.GetFloatProperty("quality")[i], static_cast<float>(v.quality));
+            EXPECT_EQ(cloud.GetFloatProperty("flag")[i], static_cast<float>(v.flag));
+            EXPECT_EQ(cloud.GetFloatProperty("weight")[i], static_cast<float>(v.weight));
+        }
+    }
+}
+
+TEST(PlyReader, BigEndianDoublesAndListsBeforeAndInsideVertices)
+{
+    // An element with lists ahead of the vertices must be stepped over item by item, and a
+    // list inside the vertex element makes its stride vary per vertex.
+    for (const std::string& encoding : {std::string("binary_big_endian"), std::string("ascii")}) {
+        SCOPED_TRACE(encoding);
+        PlyWriter ply(encoding);
+        ply.Line("element group 2").Line("property list uint short members").Line("property float weight");
+        ply.Line("element vertex 2").Line("property double x").Line("property double y").Line("property double z");
+        ply.Line("property list uchar uint neighbours");
+        ply.Line("property float diffuse_red").Line("property float diffuse_green").Line("property float diffuse_blue");
+        ply.Value("uint", 2).Value("short", 5).Value("short", 6).Value("float", 0.5).EndItem();
+        ply.Value("uint", 0).Value("float", 1.5).EndItem();
+        ply.Value("double", 123456.75).Value("double", -0.1).Value("double", 1e30);
+        ply.Value("uchar", 2).Value("uint", 1).Value("uint", 9);
+        ply.Value("float", 0.25).Value("float", 0.5).Value("float", 1.0).EndItem();
+        ply.Value("double", 1.0).Value("double", 2.0).Value("double", 3.0);
+        ply.Value("uchar", 0);
+        ply.Value("float", 0.0).Value("float", 0.75).Value("float", 0.125).EndItem();
+
+        tesk::PointCloud cloud;
+        std::string error;
+        ASSERT_TRUE(ReadPlyFromMemory(ply.Bytes(), "be.ply", cloud, error)) << error;
+        ASSERT_EQ(cloud.Size(), 2u);
+        EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(123456.75f, -0.1f, 1e30f));
+        EXPECT_EQ(cloud.GetPositions()[1], glm::vec3(1.0f, 2.0f, 3.0f));
+        EXPECT_FALSE(cloud.HasNormals());
+        ASSERT_EQ(cloud.PropertyCount(), 1u);
+        const auto colors = cloud.GetColorProperty("RGB");
+        ASSERT_EQ(colors.size(), 2u);
+        EXPECT_EQ(colors[0], tesk::Color3f(0.25f, 0.5f, 1.0f));
+        EXPECT_EQ(colors[1], tesk::Color3f(0.0f, 0.75f, 0.125f));
+    }
+}
+
+TEST(PlyReader, ReadsHeadersAsOtherProgramsWriteThem)
+{
+    const std::string file = "ply\r\n"
+                             "format ascii 1.0\r\n"
+                             "comment Created by a scanning app\r\n"
+                             "comment   \r\n"
+                             "obj_info num_cols 640\r\n"
+                             "element vertex 3\r\n"
+                             "property float x\r\n"
+                             "property float y\r\n"
+                             "property float z\r\n"
+                             "property uchar red\r\n"
+                             "property uchar green\r\n"
+                             "property uchar blue\r\n"
+                             "property uchar alpha\r\n"
+                             "property float scalar_Intensity\r\n"
+                             "element face 1\r\n"
+                             "property list uchar int vertex_indices\r\n"
+                             "end_header\r\n"
+                             "0 0 0 255 0 0 255 0.5\r\n"
+                             "\t1  +2e0 -3 0 255 0 128 1.5   \r\n"
+                             "nan 1 inf 0 0 255 0 -2\r\n"
+                             "3 0 1 2\r\n";
+    tesk::PointCloud cloud;
+    std::string error;
+    ASSERT_TRUE(ReadPlyFromMemory(file, "scan.ply", cloud, error)) << error;
+    ASSERT_EQ(cloud.Size(), 3u);
+    EXPECT_EQ(cloud.GetPositions()[1], glm::vec3(1.0f, 2.0f, -3.0f));
+    EXPECT_TRUE(std::isnan(cloud.GetPositions()[2].x)) << "non-finite points are kept";
+    EXPECT_TRUE(std::isinf(cloud.GetPositions()[2].z));
+    EXPECT_EQ(cloud.CountNonFinite(), 1u);
+    ASSERT_EQ(cloud.PropertyCount(), 2u);
+    EXPECT_EQ(cloud.GetColorProperty("RGB")[0], tesk::Color3f(1.0f, 0.0f, 0.0f));
+    EXPECT_EQ(cloud.GetColorProperty("RGB")[2], tesk::Color3f(0.0f, 0.0f, 1.0f));
+    EXPECT_EQ(cloud.GetFloatProperty("scalar_Intensity")[1], 1.5f);
+    EXPECT_FALSE(cloud.HasProperty("alpha"));
+}
+
+TEST(PlyReader, EmptyVertexElementGivesAnEmptyCloud)
+{
+    for (const std::string& encoding : Encodings) {
+        PlyWriter ply(encoding);
+        ply.Line("element vertex 0").Line("property float x").Line("property float y").Line("property float z");
+        ply.Line("property uchar r").Line("property uchar g").Line("property uchar b");
+        tesk::PointCloud cloud = OnePointCloud();
+        std::string error;
+        ASSERT_TRUE(ReadPlyFromMemory(ply.Bytes(), "empty.ply", cloud, error)) << encoding << ": " << error;
+        EXPECT_TRUE(cloud.Empty());
+    }
+}
+
+TEST(PlyReader, BadFilesFailWithTheirPlaceAndLeaveTheCloudAlone)
+{
+    const std::string xyz = "element vertex 100\nproperty float x\nproperty float y\nproperty float z\n";
+    const std::string header = "ply\nformat binary_little_endian 1.0\n" + xyz + "end_header\n";
+    const std::string truncated = header + std::string(11 * 12 + 5, '\0'); // 11 whole vertices and a bit
+    const std::string absurdHeader = "ply\nformat binary_big_endian 1.0\nelement vertex 1000000000000\n"
+                                     "property float x\nproperty float y\nproperty float z\nend_header\n";
+    const std::string absurdBinary = absurdHeader + std::string(1000, '\0');
+    const std::string absurdAscii = "ply\nformat ascii 1.0\nelement vertex 1000000000000\nproperty float x\n"
+                                    "property float y\nproperty float z\nend_header\n1 2 3\n";
+    const std::string absurdFaces = "ply\nformat binary_little_endian 1.0\nelement face 1000000000000\n"
+                                    "property list uchar int vertex_indices\n" + xyz + "end_header\n\x03";
+    const std::string asciiStart = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\n"
+                                   "property float y\nproperty float z\nend_header\n";
+
+    struct Case {
+        std::string bytes;
+        std::string error;
+    };
+    const std::vector<Case> cases = {
+        {truncated, "bad.ply: byte " + std::to_string(header.size() + 11 * 12) + ": file ends inside vertex 12 of 100"},
+        {absurdBinary, "bad.ply: byte " + std::to_string(absurdHeader.size() + 83 * 12) +
+                           ": file ends inside vertex 84 of 1000000000000"},
+        {absurdAscii, "bad.ply: line 8: file ends after 1 of 1000000000000 vertices"},
+        {absurdFaces, "bad.ply: byte " + std::to_string(absurdFaces.size() - 1) +
+                          ": file ends inside face 1 of 1000000000000"},
+        {asciiStart + "1 2 3\n4 5\n6 7 8\n", "bad.ply: line 9: expected 3 values, found 2"},
+        {asciiStart + "1 2 3\n4 5 six\n6 7 8\n", "bad.ply: line 9: 'six' is not a number"},
+        {asciiStart + "1 2 3\n", "bad.ply: line 8: file ends after 1 of 3 vertices"},
+        {"ply\nformat binary_middle_endian 1.0\nend_header\n", "bad.ply: line 2: unknown format 'binary_middle_endian'"},
+        {"ply\nformat ascii 1.0\nelement vertex 1\nproperty flaot x\nend_header\n",
+         "bad.ply: line 4: unknown property type 'flaot'"},
+        {"ply\nformat ascii 1.0\nelement vertex 1\nproperty float x\nproperty float z\nend_header\n1 2\n",
+         "bad.ply: line 3: element 'vertex' has no property 'y'"},
+        {"ply\nformat ascii 1.0\nelement face 0\nend_header\n", "bad.ply: line 4: the header declares no 'vertex' element"},
+        {"ply\nformat ascii 1.0\nelement vertex 1\n", "bad.ply: line 3: file ends inside the header (no 'end_header' line)"},
+        {"solid cube\nfacet normal 0 0 1\n", "bad.ply: line 1: not a PLY file (the first line is not 'ply')"},
+        {"", "bad.ply: line 1: not a PLY file (the first line is not 'ply')"},
+    };
+
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.error);
+        testing_support::LogCapture log;
+        tesk::PointCloud cloud = OnePointCloud();
+        std::string error;
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_FALSE(ReadPlyFromMemory(c.bytes, "bad.ply", cloud, error));
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1)) << "no allocation for the claim";
+        EXPECT_EQ(error, c.error);
+        EXPECT_TRUE(log.Contains(c.error, "vexa::viewer::ReadPly"));
+        ASSERT_EQ(cloud.Size(), 1u);
+        EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(7.0f));
+    }
+}
