@@ -164,7 +164,7 @@ TEST(Engine, ResourceListRaisesNotificationsInListOrder)
     vexa::GetNotifications().Unsubscribe(&token);
 }
 
-TEST(Engine, IdleUpdatesDrawNothingUntilARedrawIsRequested)
+TEST(Engine, IdleUpdatesDrawNothingUntilARedrawOrADrag)
 {
     if (!HasDisplay())
         GTEST_SKIP() << "needs a display";
@@ -192,11 +192,22 @@ TEST(Engine, IdleUpdatesDrawNothingUntilARedrawIsRequested)
     EXPECT_EQ(renderSystem->GetFrameCount(), settled + 1);
     EXPECT_FALSE(engine.IsRedrawRequested());
 
+    // A drag over the scene turns the camera: that step draws one frame, the next none.
+    engine.OnMouseMove(100.0f, 200.0f);
+    engine.OnMouseDown(plor::MouseButton::Left, plor::Modifiers{});
+    engine.OnMouseMove(140.0f, 215.0f);
+    engine.Update();
+    EXPECT_EQ(renderSystem->GetFrameCount(), settled + 2);
+    engine.OnMouseUp(plor::MouseButton::Left, plor::Modifiers{});
+    engine.Update();
+    engine.Update();
+    EXPECT_EQ(renderSystem->GetFrameCount(), settled + 2);
+
     // Without optimised rendering every step draws.
     engine.GetOptions().SetOptimizedRendering(false);
     engine.Update();
     engine.Update();
-    EXPECT_EQ(renderSystem->GetFrameCount(), settled + 3);
+    EXPECT_EQ(renderSystem->GetFrameCount(), settled + 4);
     // The first start had no options.bin yet: the GPU check (if it warned) used a box.
     EXPECT_TRUE(fs::exists(state / "options.bin"));
 }
