@@ -203,6 +203,9 @@ int main(int argc, char** argv)
         return 1;
     }
     vexa::SetAssetDirectory(assets);
+    // The library logs every message box's text already (to standard error); printing it a
+    // second time through the default handler only repeats it.
+    vexa::SetMessageBoxHandler([](const std::string&, const std::string&, vexa::MessageIcon) {});
     std::string look = options.look;
     if (look.empty())
         look = (fs::path(assets) / "looks" / (options.demo ? "demo.json" : "viewer.json")).string();

@@ -27,13 +27,13 @@ namespace {
 const Rgba kDark{20, 30, 40, 255};
 const Rgba kRed{255, 0, 0, 255};
 
-bool IsBackground(const Rgba& c)
+bool IsDark(const Rgba& c)
 {
     return gl_test_support::Near(c, kDark);
 }
 bool IsShape(const Rgba& c)
 {
-    return !IsBackground(c);
+    return !IsDark(c);
 }
 
 ::testing::AssertionResult Matches(const Rgba& actual, const Rgba& expected, int tolerance = 12)
@@ -117,13 +117,13 @@ TEST_F(GeometryRendererGlTest, SolidBoxFillsItsPlaceWithTheMaterialColour)
     Pixels picture = Draw(box, style, context);
     EXPECT_TRUE(Matches(picture.At(kMid, kMid), kRed));
     EXPECT_TRUE(Matches(picture.At(kMid + 25, kMid - 25), kRed));
-    EXPECT_TRUE(IsBackground(picture.At(4, 4)));
-    EXPECT_TRUE(IsBackground(picture.At(kMid + 40, kMid)));
+    EXPECT_TRUE(IsDark(picture.At(4, 4)));
+    EXPECT_TRUE(IsDark(picture.At(kMid + 40, kMid)));
 
     // The model transform moves and shrinks it: the middle is empty, its new place is red.
     style.transform = tesk::Transform({0.6f, 0.0f, 0.0f}, glm::quat(1.0f, 0.0f, 0.0f, 0.0f), glm::vec3(0.5f));
     picture = Draw(box, style, context);
-    EXPECT_TRUE(IsBackground(picture.At(kMid, kMid)));
+    EXPECT_TRUE(IsDark(picture.At(kMid, kMid)));
     EXPECT_TRUE(Matches(picture.At(ToPixel(context.viewProjection, {0.6f, 0.0f, 0.25f})), kRed));
 
     // Hidden styles draw nothing; released GPU objects come back at the next frame.
@@ -164,9 +164,9 @@ TEST_F(GeometryRendererGlTest, WiresOutlineTheBoxAndLeaveItsFacesOpen)
 
     Pixels picture = Draw(box, style, context);
     // Inside the face but away from its diagonal and from the far face's outline.
-    EXPECT_TRUE(IsBackground(picture.At(kMid + 12, kMid)));
-    EXPECT_TRUE(IsBackground(picture.At(kMid, kMid - 12)));
-    EXPECT_TRUE(IsBackground(picture.At(kMid + front + 8, kMid)));
+    EXPECT_TRUE(IsDark(picture.At(kMid + 12, kMid)));
+    EXPECT_TRUE(IsDark(picture.At(kMid, kMid - 12)));
+    EXPECT_TRUE(IsDark(picture.At(kMid + front + 8, kMid)));
     // Alone, wires take the surface colour (green), not the dark wire colour.
     EXPECT_GT(picture.Count(IsShape, kMid + front - 2, kMid - 2, kMid + front + 3, kMid + 3), 0);
     EXPECT_TRUE(Matches(picture.At(kMid + front, kMid), {0, 255, 0}, 40));
@@ -200,7 +200,7 @@ TEST_F(GeometryRendererGlTest, CullingRemovesBackFaces)
 
     EXPECT_TRUE(Matches(Draw(plane, style, behind).At(kMid, kMid), kRed));
     style.cullBackFacing = true;
-    EXPECT_TRUE(IsBackground(Draw(plane, style, behind).At(kMid, kMid)));
+    EXPECT_TRUE(IsDark(Draw(plane, style, behind).At(kMid, kMid)));
     EXPECT_TRUE(Matches(Draw(plane, style, before).At(kMid, kMid), kRed));
 
     // From inside a box every face is a back face.
@@ -229,7 +229,7 @@ TEST_F(GeometryRendererGlTest, NormalDisplayReachesBeyondTheSilhouette)
         for (int y = 0; y < kSize; ++y)
             for (int x = 0; x < kSize; ++x) {
                 const int dx = x - kMid, dy = y - kMid;
-                if (dx * dx + dy * dy <= radius * radius || IsBackground(picture.At(x, y)))
+                if (dx * dx + dy * dy <= radius * radius || IsDark(picture.At(x, y)))
                     continue;
                 const Rgba c = picture.At(x, y);
                 count += !yellowOnly || (c.r > 150 && c.g > 150 && c.b < 100) ? 1 : 0;
@@ -253,14 +253,14 @@ TEST_F(GeometryRendererGlTest, PointsModeDrawsRoundDotsAtTheVertices)
     const RenderContext context = MakeLitContext({0.0f, 0.0f, 3.0f});
 
     const Pixels picture = Draw(box, style, context);
-    EXPECT_TRUE(IsBackground(picture.At(kMid, kMid))) << "no vertex in the middle of the face";
+    EXPECT_TRUE(IsDark(picture.At(kMid, kMid))) << "no vertex in the middle of the face";
     for (const glm::vec3 corner : {glm::vec3(0.5f, 0.5f, 0.5f), glm::vec3(-0.5f, -0.5f, 0.5f)}) {
         const glm::vec2 p = ToPixel(context.viewProjection, corner);
         EXPECT_TRUE(Matches(picture.At(p), {255, 255, 255}));
         EXPECT_TRUE(Matches(picture.At(p + glm::vec2(0.0f, 5.0f)), {255, 255, 255}));
         // Inside the square sprite but outside its disc.
         const glm::vec2 diagonal = p + glm::vec2(7.0f, -7.0f) * glm::sign(glm::vec2(corner.x, -corner.y));
-        EXPECT_TRUE(IsBackground(picture.At(diagonal)));
+        EXPECT_TRUE(IsDark(picture.At(diagonal)));
     }
     // Points & Wires joins the two.
     style.pointSize = 4.0f;

@@ -72,6 +72,18 @@ inline bool IsDrawn(const Rgba& c)
 {
     return !Near(c, kBackground, 4);
 }
+inline bool IsBackground(const Rgba& c)
+{
+    return Near(c, kBackground, 4);
+}
+
+/// Near() that prints both colours when it fails.
+inline ::testing::AssertionResult Looks(const Rgba& actual, const Rgba& expected, int tolerance = 3)
+{
+    if (Near(actual, expected, tolerance))
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "pixel " << actual << " is not within " << tolerance << " of " << expected;
+}
 
 /// RGBA pixels, top row first (as plor::ReadPixelsRgba and RenderSystem::CaptureImage give them).
 class Pixels {

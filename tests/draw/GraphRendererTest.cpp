@@ -20,11 +20,7 @@
 #include <vector>
 
 using namespace vexa::draw;
-using gl_test_support::GlTest;
-using gl_test_support::kBackground;
-using gl_test_support::Near;
-using gl_test_support::Pixels;
-using gl_test_support::Rgba;
+using namespace gl_test_support;
 
 namespace {
 
@@ -137,7 +133,7 @@ TEST_F(GraphGlTest, RisingDataRisesAndWiderLinesCoverMore)
     EXPECT_GT(wideCount, 4 * thinCount);
 
     // The frame (in the style's colour) is drawn around the plot.
-    const Rgba frame = gl_test_support::FromFloat(0.62f, 0.62f, 0.62f);
+    const Rgba frame = FromFloat(0.62f, 0.62f, 0.62f);
     EXPECT_GT(thin.Count([&](const Rgba& c) { return Near(c, frame, 6); }), 200);
 }
 

@@ -21,11 +21,7 @@
 #include <vector>
 
 using namespace vexa::draw;
-using gl_test_support::GlTest;
-using gl_test_support::kBackground;
-using gl_test_support::Near;
-using gl_test_support::Pixels;
-using gl_test_support::Rgba;
+using namespace gl_test_support;
 
 namespace {
 

@@ -28,14 +28,7 @@
 #include <vector>
 
 using namespace vexa::draw;
-using gl_test_support::GlTest;
-using gl_test_support::IsDrawn;
-using gl_test_support::IsGreen;
-using gl_test_support::IsRed;
-using gl_test_support::kBackground;
-using gl_test_support::Near;
-using gl_test_support::Pixels;
-using gl_test_support::Rgba;
+using namespace gl_test_support;
 
 namespace {
 
@@ -68,11 +61,6 @@ std::shared_ptr<PointCloudStyle> FlatStyle(int colorMode = ColorMode::Material)
     style->material.color = {1.0f, 1.0f, 0.0f};
     style->material.useLighting = false;
     return style;
-}
-
-bool IsBackground(const Rgba& c)
-{
-    return Near(c, gl_test_support::kBackground, 3);
 }
 
 class PointCloudGlTest : public GlTest {
@@ -176,7 +164,7 @@ TEST_F(PointCloudGlTest, PerPointColoursLandWhereTheirPointsAre)
     EXPECT_TRUE(IsRed(pixels.At(kRightX, kMidY))) << pixels.At(kRightX, kMidY);
     style->colorMode = ColorMode::Material;
     pixels = Draw();
-    EXPECT_TRUE(Near(pixels.At(kLeftX, kMidY), Rgba{255, 255, 0, 255})) << pixels.At(kLeftX, kMidY);
+    EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), Rgba{255, 255, 0, 255}));
 
     // A bigger point size covers more pixels.
     style->pointSize = 20.0f;
@@ -193,10 +181,10 @@ TEST_F(PointCloudGlTest, DataMappedThroughAColourMapShowsTheMapsEnds)
 
     const Pixels pixels = Draw();
     const std::span<const tesk::Color3f> keys = tesk::ColorMapKeys(tesk::ColorMap::Thermal);
-    const Rgba first = gl_test_support::FromFloat(keys.front().r, keys.front().g, keys.front().b);
-    const Rgba last = gl_test_support::FromFloat(keys.back().r, keys.back().g, keys.back().b);
-    EXPECT_TRUE(Near(pixels.At(kLeftX, kMidY), first)) << pixels.At(kLeftX, kMidY) << " vs " << first;
-    EXPECT_TRUE(Near(pixels.At(kRightX, kMidY), last)) << pixels.At(kRightX, kMidY) << " vs " << last;
+    const Rgba first = FromFloat(keys.front().r, keys.front().g, keys.front().b);
+    const Rgba last = FromFloat(keys.back().r, keys.back().g, keys.back().b);
+    EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), first));
+    EXPECT_TRUE(Looks(pixels.At(kRightX, kMidY), last));
 }
 
 TEST_F(PointCloudGlTest, NormalsColourLightAndCullThePoints)
@@ -207,8 +195,8 @@ TEST_F(PointCloudGlTest, NormalsColourLightAndCullThePoints)
     ASSERT_GT(scene_->AddInstance(renderer, style), 0);
 
     Pixels pixels = Draw();
-    EXPECT_TRUE(Near(pixels.At(kLeftX, kMidY), Rgba{128, 128, 255, 255}, 4)) << pixels.At(kLeftX, kMidY);
-    EXPECT_TRUE(Near(pixels.At(kRightX, kMidY), Rgba{128, 128, 0, 255}, 4)) << pixels.At(kRightX, kMidY);
+    EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), Rgba{128, 128, 255, 255}, 4));
+    EXPECT_TRUE(Looks(pixels.At(kRightX, kMidY), Rgba{128, 128, 0, 255}, 4));
 
     // Culling removes the point that faces away, and only that one.
     style->cullBackFacing = true;
@@ -219,8 +207,8 @@ TEST_F(PointCloudGlTest, NormalsColourLightAndCullThePoints)
     // Without normals in use there is nothing to cull or colour by: both points in the material colour.
     style->useNormals = false;
     pixels = Draw();
-    EXPECT_TRUE(Near(pixels.At(kLeftX, kMidY), Rgba{255, 255, 0, 255})) << pixels.At(kLeftX, kMidY);
-    EXPECT_TRUE(Near(pixels.At(kRightX, kMidY), Rgba{255, 255, 0, 255})) << pixels.At(kRightX, kMidY);
+    EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), Rgba{255, 255, 0, 255}));
+    EXPECT_TRUE(Looks(pixels.At(kRightX, kMidY), Rgba{255, 255, 0, 255}));
 
     // Lit, a point turned towards the light is brighter than the flat colour's ambient part.
     style->useNormals = true;
@@ -235,8 +223,8 @@ TEST_F(PointCloudGlTest, NormalsColourLightAndCullThePoints)
     scene_->SetLights({headlight});
     pixels = Draw();
     // Ambient 0.25 plus half the light head-on: 0.75 of white, on both sides (two-sided).
-    EXPECT_TRUE(Near(pixels.At(kLeftX, kMidY), Rgba{191, 191, 191, 255}, 4)) << pixels.At(kLeftX, kMidY);
-    EXPECT_TRUE(Near(pixels.At(kRightX, kMidY), Rgba{191, 191, 191, 255}, 4)) << pixels.At(kRightX, kMidY);
+    EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), Rgba{191, 191, 191, 255}, 4));
+    EXPECT_TRUE(Looks(pixels.At(kRightX, kMidY), Rgba{191, 191, 191, 255}, 4));
 }
 
 TEST_F(PointCloudGlTest, NormalLinesAndOrientedDiscs)

@@ -27,12 +27,7 @@
 #include <string>
 
 using namespace vexa::draw;
-using gl_test_support::GlTest;
-using gl_test_support::IsDrawn;
-using gl_test_support::IsGreen;
-using gl_test_support::IsRed;
-using gl_test_support::Pixels;
-using gl_test_support::Rgba;
+using namespace gl_test_support;
 
 namespace {
 

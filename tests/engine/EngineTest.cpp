@@ -19,6 +19,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 using engine_test::FreshDirectory;
 using engine_test::HasDisplay;
@@ -111,12 +112,12 @@ TEST(Engine, DirectorySettersFollowTheirOwnSlashRules)
     vexa::Engine engine;
 
     EXPECT_TRUE(engine.SetIntermediateDirectory((base / "plain").string()));
-    EXPECT_EQ(engine.GetIntermediateDirectory(), (base / "plain").string() + "/");
     EXPECT_TRUE(fs::is_directory(base / "plain"));
-    EXPECT_TRUE(engine.SetIntermediateDirectory((base / "slash").string() + "/"));
-    EXPECT_EQ(engine.GetIntermediateDirectory(), (base / "slash").string() + "/");
-    engine.SetIntermediateDirectory((base / "back").string() + "\\");
-    EXPECT_EQ(engine.GetIntermediateDirectory(), (base / "back").string() + "\\/");
+    // {given, kept}: a slash is added unless there is one; a backslash is part of the name.
+    for (const auto& [given, kept] : {std::pair{"plain", "plain/"}, {"slash/", "slash/"}, {"back\\", "back\\/"}}) {
+        engine.SetIntermediateDirectory(base.string() + "/" + given);
+        EXPECT_EQ(engine.GetIntermediateDirectory(), base.string() + "/" + kept);
+    }
 
     // On this system a backslash is part of the name; the asset rule still takes it as a separator.
     const fs::path withBackslash = base / "assets\\";
@@ -171,9 +172,7 @@ TEST(Engine, IdleUpdatesDrawNothingUntilARedrawOrADrag)
     const fs::path state = FreshDirectory("idle");
     MessageBoxes boxes;
     vexa::Engine engine;
-    engine.SetAssetDirectory(VEXA_SOURCE_ASSET_DIR);
-    engine.SetIntermediateDirectory(state.string());
-    ASSERT_TRUE(engine.Initialize(""));
+    ASSERT_TRUE(engine_test::Start(engine, state));
     ASSERT_TRUE(engine.GetOptions().IsOptimizedRendering());
     vexa::draw::RenderSystem* renderSystem = engine.GetRenderSystem();
     ASSERT_NE(renderSystem, nullptr);
@@ -229,9 +228,7 @@ TEST(Engine, WindowFileWithZeroHeightIsIgnored)
     MessageBoxes boxes;
     testing_support::LogCapture log;
     vexa::Engine engine;
-    engine.SetAssetDirectory(VEXA_SOURCE_ASSET_DIR);
-    engine.SetIntermediateDirectory(state.string());
-    ASSERT_TRUE(engine.Initialize(""));
+    ASSERT_TRUE(engine_test::Start(engine, state));
     // The built-in look's size stands.
     EXPECT_EQ(engine.GetWindowManager().GetWindowParams().width, 640);
     EXPECT_EQ(engine.GetWindowManager().GetWindowParams().height, 480);

@@ -16,8 +16,11 @@
 
 #include <gtest/gtest.h>
 
+#include <glm/glm.hpp>
+
 #include <memory>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -65,6 +68,7 @@ TEST_F(ElementsTest, ConditionsReadTheFlagAtEveryTest)
 {
     GuiGenerator gen(panel_);
     gui::Button* button = gen.AddButton("Run");
+    EXPECT_EQ(button->GetCaption(), "Run");
     EXPECT_TRUE(button->TestCondition()) << "no condition: shown";
 
     bool flag = true;
@@ -119,17 +123,13 @@ TEST_F(ElementsTest, SpinnersForwardRangesAndTruncateWholeNumbers)
     ASSERT_NE(numeric, nullptr);
     EXPECT_EQ(numeric->GetWidget()->getTextInputMode(), CEGUI::Spinner::Integer);
     numeric->SetMinMax(-5, 10)->SetStep(2)->SetLink(&count);
-    EXPECT_EQ(numeric->GetMin(), -5);
-    EXPECT_EQ(numeric->GetMax(), 10);
-    EXPECT_EQ(numeric->GetStep(), 2);
+    EXPECT_EQ(std::make_tuple(numeric->GetMin(), numeric->GetMax(), numeric->GetStep()), std::make_tuple(-5, 10, 2));
     EXPECT_DOUBLE_EQ(numeric->GetWidget()->getCurrentValue(), 3.0);
 
     int seen = 0;
     numeric->Subscribe([&](const gui::NumericInt* n) { seen = n->Get(); });
     numeric->GetWidget()->setCurrentValue(7.9);
-    EXPECT_EQ(numeric->Get(), 7);
-    EXPECT_EQ(count, 7);
-    EXPECT_EQ(seen, 7);
+    EXPECT_EQ(std::make_tuple(numeric->Get(), count, seen), std::make_tuple(7, 7, 7));
     numeric->GetWidget()->setCurrentValue(-2.5);
     EXPECT_EQ(count, -2) << "truncated towards zero";
 
@@ -137,12 +137,9 @@ TEST_F(ElementsTest, SpinnersForwardRangesAndTruncateWholeNumbers)
     gui::NumericFloat* real = gen.AddNumericFloat("Scale");
     ASSERT_NE(real, nullptr);
     real->SetMinMax(0.5f, 4.0f)->SetStep(0.25f)->SetLink(&scale);
-    EXPECT_FLOAT_EQ(real->GetMin(), 0.5f);
-    EXPECT_FLOAT_EQ(real->GetMax(), 4.0f);
-    EXPECT_FLOAT_EQ(real->GetStep(), 0.25f);
+    EXPECT_EQ(glm::vec3(real->GetMin(), real->GetMax(), real->GetStep()), glm::vec3(0.5f, 4.0f, 0.25f));
     real->GetWidget()->setCurrentValue(2.75);
-    EXPECT_FLOAT_EQ(scale, 2.75f);
-    EXPECT_FLOAT_EQ(real->Get(), 2.75f);
+    EXPECT_EQ(glm::vec2(scale, real->Get()), glm::vec2(2.75f));
 }
 
 TEST_F(ElementsTest, SlidingFloatAddsItsOwnMinimumToTheSlider)
@@ -153,19 +150,17 @@ TEST_F(ElementsTest, SlidingFloatAddsItsOwnMinimumToTheSlider)
     float value = 0.0f;
     int changes = 0;
     slider->SetMax(5.0f)->SetMin(2.0f)->SetLink(&value)->Subscribe([&](const gui::SlidingFloat*) { ++changes; });
-    EXPECT_FLOAT_EQ(slider->GetMin(), 2.0f);
-    EXPECT_FLOAT_EQ(slider->GetMax(), 5.0f);
+    const auto range = [&] { return glm::vec2(slider->GetMin(), slider->GetMax()); };
+    EXPECT_EQ(range(), glm::vec2(2.0f, 5.0f));
     EXPECT_FLOAT_EQ(slider->GetWidget()->getMaxValue(), 3.0f) << "the slider itself runs from 0";
 
     slider->Set(7.0f);
-    EXPECT_FLOAT_EQ(slider->Get(), 5.0f);
-    EXPECT_FLOAT_EQ(value, 5.0f);
+    EXPECT_EQ(glm::vec2(slider->Get(), value), glm::vec2(5.0f));
     changes = 0;
 
     slider->SetMin(4.0f);
     EXPECT_FLOAT_EQ(slider->Get(), 5.0f) << "the shown value stays";
-    EXPECT_FLOAT_EQ(slider->GetMin(), 4.0f);
-    EXPECT_FLOAT_EQ(slider->GetMax(), 5.0f);
+    EXPECT_EQ(range(), glm::vec2(4.0f, 5.0f));
     EXPECT_FLOAT_EQ(slider->GetWidget()->getCurrentValue(), 1.0f);
     EXPECT_EQ(changes, 0) << "nothing the user sees changed";
     slider->Set(0.0f);
@@ -174,19 +169,16 @@ TEST_F(ElementsTest, SlidingFloatAddsItsOwnMinimumToTheSlider)
     // A minimum past the value moves the value up with it, reported once.
     changes = 0;
     slider->SetMin(4.5f);
-    EXPECT_FLOAT_EQ(slider->Get(), 4.5f);
-    EXPECT_FLOAT_EQ(value, 4.5f);
+    EXPECT_EQ(glm::vec2(slider->Get(), value), glm::vec2(4.5f));
     EXPECT_EQ(changes, 1);
 
     // A minimum above the maximum is capped at it; a maximum below the minimum collapses.
     slider->SetMin(9.0f);
-    EXPECT_FLOAT_EQ(slider->GetMin(), 5.0f);
-    EXPECT_FLOAT_EQ(slider->GetMax(), 5.0f);
+    EXPECT_EQ(range(), glm::vec2(5.0f, 5.0f));
     slider->SetMinMax(1.0f, 3.0f);
-    EXPECT_FLOAT_EQ(slider->GetMin(), 1.0f);
-    EXPECT_FLOAT_EQ(slider->GetMax(), 3.0f);
+    EXPECT_EQ(range(), glm::vec2(1.0f, 3.0f));
     slider->SetMax(-1.0f);
-    EXPECT_FLOAT_EQ(slider->GetMax(), 1.0f);
+    EXPECT_EQ(range(), glm::vec2(1.0f, 1.0f));
 
     slider->SetMax(3.0f)->SetStep(0.2f);
     EXPECT_FLOAT_EQ(slider->GetWidget()->getClickStep(), 0.2f);
@@ -200,16 +192,14 @@ TEST_F(ElementsTest, SlidingIntSnapsTheThumbToWholeNumbers)
     gui::SlidingInt* slider = gen.AddSlidingInt("Level");
     ASSERT_NE(slider, nullptr);
     slider->SetMax(8)->SetMin(-2);
-    EXPECT_EQ(slider->GetMin(), -2);
-    EXPECT_EQ(slider->GetMax(), 8);
+    EXPECT_EQ(std::make_pair(slider->GetMin(), slider->GetMax()), std::make_pair(-2, 8));
     int level = 3;
     slider->SetLink(&level);
     EXPECT_FLOAT_EQ(slider->GetWidget()->getCurrentValue(), 5.0f);
 
     // While dragging, the slider lands between whole numbers; the thumb event snaps it.
     slider->GetWidget()->setCurrentValue(4.4f);
-    EXPECT_EQ(slider->Get(), 2);
-    EXPECT_EQ(level, 2);
+    EXPECT_EQ(std::make_pair(slider->Get(), level), std::make_pair(2, 2));
     Fire(slider->GetWidget()->getThumb(), CEGUI::Thumb::EventThumbPositionChanged, CEGUI::Thumb::EventNamespace);
     EXPECT_FLOAT_EQ(slider->GetWidget()->getCurrentValue(), 4.0f);
 
@@ -218,10 +208,8 @@ TEST_F(ElementsTest, SlidingIntSnapsTheThumbToWholeNumbers)
     EXPECT_FLOAT_EQ(slider->GetWidget()->getCurrentValue(), 7.0f);
     EXPECT_EQ(level, 5);
 
-    slider->Set(100);
-    EXPECT_EQ(slider->Get(), 8);
-    slider->Set(-100);
-    EXPECT_EQ(slider->Get(), -2);
+    for (const auto& [asked, kept] : {std::pair{100, 8}, std::pair{-100, -2}})
+        EXPECT_EQ(slider->Set(asked)->Get(), kept) << asked;
 }
 
 TEST_F(ElementsTest, DroplistReportsTheValueOfTheChosenItem)
@@ -238,11 +226,10 @@ TEST_F(ElementsTest, DroplistReportsTheValueOfTheChosenItem)
     std::vector<int> seen;
     list->Subscribe([&](const gui::Droplist* d) { seen.push_back(d->Get()); });
     Choose(list->GetWidget(), 0);
-    EXPECT_EQ(colorMap, 5);
-    EXPECT_EQ(list->GetText(), "Gray scale");
+    EXPECT_EQ(std::make_pair(colorMap, list->GetText()), std::make_pair(5, std::string("Gray scale")));
     Choose(list->GetWidget(), 2);
-    EXPECT_EQ(colorMap, 1);
     EXPECT_EQ(seen, (std::vector<int>{5, 1}));
+    EXPECT_EQ(colorMap, 1);
 
     list->Set(5);
     EXPECT_EQ(list->GetText(), "Gray scale");
@@ -258,11 +245,10 @@ TEST_F(ElementsTest, CheckboxListRowsIdsAndSelectButtons)
     GuiGenerator gen(panel_);
     gui::CheckboxList* list = gen.AddCheckboxList();
     ASSERT_NE(list, nullptr);
-    EXPECT_EQ(list->AddItem("Ground"), 0u);
-    EXPECT_EQ(list->AddItem("Wall", false), 1u);
-    EXPECT_EQ(list->AddItem("Roof", false), 2u);
-    EXPECT_EQ(list->AddItem("Tree"), 3u) << "without an id, the number of items before it";
-    EXPECT_EQ(list->AddItem("Car", true, 17), 17u);
+    // Without an id, an item takes the number of items before it.
+    EXPECT_EQ((std::vector<std::size_t>{list->AddItem("Ground"), list->AddItem("Wall", false), list->AddItem("Roof", false),
+                                        list->AddItem("Tree"), list->AddItem("Car", true, 17)}),
+              (std::vector<std::size_t>{0, 1, 2, 3, 17}));
     {
         testing_support::LogCapture log;
         EXPECT_EQ(list->AddItem("Bus", false, 17), 17u);
@@ -275,8 +261,7 @@ TEST_F(ElementsTest, CheckboxListRowsIdsAndSelectButtons)
     auto* car = dynamic_cast<CEGUI::ToggleButton*>(row->getChildRecursive(17));
     ASSERT_NE(car, nullptr);
     EXPECT_EQ(car->getText(), "Car");
-    EXPECT_TRUE(car->isSelected());
-    EXPECT_TRUE(list->IsItemChecked(17));
+    EXPECT_TRUE(car->isSelected() && list->IsItemChecked(17));
     CEGUI::Window* stripe = row->getChild("colorstripe");
     EXPECT_EQ(stripe->getType(), "DarkVexa/ColorRect");
     list->SetItemColor(17, tesk::Color3f(1.0f, 0.0f, 0.0f));

@@ -16,7 +16,12 @@
 
 #include <gtest/gtest.h>
 
+#include <glm/glm.hpp>
+
+#include <iterator>
 #include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 using namespace vexa;
@@ -66,75 +71,68 @@ TEST_F(GuiGeneratorTest, RowsAreNamedNumberedAndSizedByKind)
     EXPECT_FLOAT_EQ(root->GetPadding(), 10.0f);
     EXPECT_FLOAT_EQ(root->GetElementSpacing(), 2.0f);
 
-    gui::Label* label = gen.AddLabel("Hello");
-    ASSERT_NE(label, nullptr);
-    EXPECT_EQ(label->GetId(), 0u);
-    CEGUI::Window* row = panel_->getChild("generated_element_0");
-    EXPECT_EQ(row->getType(), "DefaultWindow");
-    EXPECT_EQ(row->getID(), 0u);
-    EXPECT_TRUE(row->isMouseInputPropagationEnabled());
-    EXPECT_EQ(row->getSize(), PixelSize(1.0f, -20.0f, 20.0f));
-    CEGUI::Window* control = row->getChild("dynamic_control");
-    EXPECT_EQ(control, label->GetWidget());
-    EXPECT_EQ(control->getType(), "DarkVexa/Label");
-    EXPECT_EQ(control->getID(), 0u);
-    EXPECT_TRUE(control->isMouseInputPropagationEnabled());
-    EXPECT_EQ(control->getSize(), PixelSize(1.0f, 0.0f, 20.0f));
-    EXPECT_EQ(label->Get(), "Hello");
-    EXPECT_EQ(control->getProperty("HorzFormatting"), "LeftAligned");
-    EXPECT_TRUE(control->isDisabled());
+    // Every kind: its widget type, row height and text, on the widget or (labelled) beside it.
+    struct Kind {
+        std::pair<unsigned int, CEGUI::Window*> element; // id and widget
+        const char* type;
+        float rowHeight;
+        const char* text;
+        bool labelled;
+    };
+    const auto of = [](auto* element) {
+        return element == nullptr ? std::pair<unsigned int, CEGUI::Window*>(~0u, nullptr)
+                                  : std::pair<unsigned int, CEGUI::Window*>(element->GetId(), element->GetWidget());
+    };
+    const Kind kinds[] = {
+        {of(gen.AddLabel("Hello")), "DarkVexa/Label", 20.0f, "Hello", false},
+        {of(gen.AddButton("Reset view")), "DarkVexa/PushButton", 26.0f, "Reset view", false},
+        {of(gen.AddCheckbox("Show axes")), "DarkVexa/Checkbox", 26.0f, "Show axes", false},
+        {of(gen.AddNumericFloat("Point size")), "DarkVexa/Spinner", 26.0f, "Point size", true},
+        {of(gen.AddDroplist("Color map")), "DarkVexa/Combobox", 26.0f, "Color map", true},
+        {of(gen.AddSeparator()), "DarkVexa/SeparatorHor", 15.0f, nullptr, false},
+        {of(gen.AddCheckboxList()), "DarkVexa/ArrayPanel", 0.0f, nullptr, false},
+        {of(gen.AddSlidingInt("Size")), "DarkVexa/Slider", 26.0f, "Size", true},
+        {of(gen.AddSlidingFloat("Alpha")), "DarkVexa/Slider", 26.0f, "Alpha", true},
+        {of(gen.AddNumericInt("Count")), "DarkVexa/Spinner", 26.0f, "Count", true},
+    };
+    ASSERT_EQ(panel_->getChildCount(), std::size(kinds));
+    const auto control = [&](unsigned int n) { return panel_->getChild("generated_element_" + std::to_string(n) + "/dynamic_control"); };
+    for (unsigned int n = 0; n < std::size(kinds); ++n) {
+        const Kind& kind = kinds[n];
+        SCOPED_TRACE(kind.type);
+        ASSERT_NE(kind.element.second, nullptr);
+        EXPECT_EQ(kind.element.first, n);
+        CEGUI::Window* row = panel_->getChild("generated_element_" + std::to_string(n));
+        EXPECT_EQ(row->getType(), "DefaultWindow");
+        EXPECT_EQ(row->getID(), n);
+        EXPECT_TRUE(row->isMouseInputPropagationEnabled());
+        EXPECT_EQ(row->getSize(), PixelSize(1.0f, -20.0f, kind.rowHeight));
+        EXPECT_EQ(kind.element.second->getType(), kind.type);
+        // The drop list sits in a holder so that its open list can hang below the row.
+        EXPECT_EQ(n == 4 ? control(n)->getChild("combo_element") : control(n), kind.element.second);
+        if (kind.labelled) {
+            CEGUI::Window* label = row->getChild("dynamic_label");
+            EXPECT_EQ(label->getText(), kind.text);
+            EXPECT_EQ(label->getType(), "DarkVexa/Label");
+            EXPECT_EQ(label->getPosition(), CEGUI::UVector2(CEGUI::UDim(0.0f, 0.0f), CEGUI::UDim(0.0f, 0.0f)));
+            EXPECT_EQ(label->getSize(), PixelSize(0.5f, 0.0f, 26.0f));
+            EXPECT_EQ(label->getProperty("HorzFormatting"), "LeftAligned");
+        } else if (kind.text != nullptr) {
+            EXPECT_EQ(kind.element.second->getText(), kind.text);
+        }
+    }
 
-    gui::Button* button = gen.AddButton("Reset view");
-    EXPECT_EQ(button->GetId(), 1u);
-    EXPECT_EQ(panel_->getChild("generated_element_1")->getSize(), PixelSize(1.0f, -20.0f, 26.0f));
-    EXPECT_EQ(button->GetWidget()->getType(), "DarkVexa/PushButton");
-    EXPECT_EQ(button->GetCaption(), "Reset view");
-
-    gui::Checkbox* checkbox = gen.AddCheckbox("Show axes");
-    EXPECT_EQ(checkbox->GetWidget()->getType(), "DarkVexa/Checkbox");
-    EXPECT_EQ(checkbox->GetWidget()->getSize(), PixelSize(0.5f, 15.0f, 26.0f));
-    EXPECT_EQ(checkbox->GetWidget()->getText(), "Show axes");
-
-    gui::NumericFloat* numeric = gen.AddNumericFloat("Point size");
-    ASSERT_NE(numeric, nullptr);
-    CEGUI::Window* numericRow = panel_->getChild("generated_element_3");
-    EXPECT_EQ(numeric->GetWidget(), numericRow->getChild("dynamic_control"));
-    EXPECT_EQ(numeric->GetWidget()->getType(), "DarkVexa/Spinner");
-    EXPECT_EQ(numeric->GetWidget()->getPosition(), CEGUI::UVector2(CEGUI::UDim(0.5f, 0.0f), CEGUI::UDim(0.0f, 0.0f)));
-    EXPECT_EQ(numeric->GetWidget()->getSize(), PixelSize(0.5f, 0.0f, 26.0f));
-    CEGUI::Window* numericLabel = numericRow->getChild("dynamic_label");
-    EXPECT_EQ(numericLabel->getType(), "DarkVexa/Label");
-    EXPECT_EQ(numericLabel->getText(), "Point size");
-    EXPECT_EQ(numericLabel->getPosition(), CEGUI::UVector2(CEGUI::UDim(0.0f, 0.0f), CEGUI::UDim(0.0f, 0.0f)));
-    EXPECT_EQ(numericLabel->getSize(), PixelSize(0.5f, 0.0f, 26.0f));
-    EXPECT_EQ(numericLabel->getProperty("HorzFormatting"), "LeftAligned");
-
-    gui::Droplist* droplist = gen.AddDroplist("Color map");
-    ASSERT_NE(droplist, nullptr);
-    EXPECT_EQ(droplist->GetId(), 4u);
-    CEGUI::Window* holder = panel_->getChild("generated_element_4/dynamic_control");
-    EXPECT_EQ(holder->getType(), "DefaultWindow");
-    EXPECT_EQ(holder->getSize(), PixelSize(0.5f, 0.0f, 26.0f));
-    EXPECT_EQ(holder->getChild("combo_element"), droplist->GetWidget());
-    EXPECT_EQ(droplist->GetWidget()->getType(), "DarkVexa/Combobox");
-    EXPECT_EQ(droplist->GetWidget()->getSize(), PixelSize(1.0f, 0.0f, 50.0f));
-    EXPECT_EQ(panel_->getChild("generated_element_4/dynamic_label")->getText(), "Color map");
-
-    gui::Separator* separator = gen.AddSeparator();
-    EXPECT_EQ(separator->GetWidget()->getType(), "DarkVexa/SeparatorHor");
-    EXPECT_EQ(panel_->getChild("generated_element_5")->getSize(), PixelSize(1.0f, -20.0f, 15.0f));
-
-    gui::CheckboxList* list = gen.AddCheckboxList();
-    EXPECT_EQ(list->GetWidget()->getType(), "DarkVexa/ArrayPanel");
-    EXPECT_EQ(panel_->getChild("generated_element_6")->getSize(), PixelSize(1.0f, -20.0f, 0.0f));
-
-    EXPECT_EQ(gen.AddSlidingInt("Size")->GetWidget()->getType(), "DarkVexa/Slider");
-    EXPECT_EQ(gen.AddSlidingFloat("Alpha")->GetWidget()->getType(), "DarkVexa/Slider");
-    gui::NumericInt* count = gen.AddNumericInt("Count");
-    ASSERT_NE(count, nullptr);
-    EXPECT_EQ(count->GetId(), 9u);
-    EXPECT_EQ(panel_->getChild("generated_element_9/dynamic_label")->getText(), "Count");
-    EXPECT_EQ(panel_->getChildCount(), 10u);
+    EXPECT_EQ(control(0)->getID(), 0u);
+    EXPECT_TRUE(control(0)->isMouseInputPropagationEnabled());
+    EXPECT_TRUE(control(0)->isDisabled());
+    EXPECT_EQ(control(0)->getSize(), PixelSize(1.0f, 0.0f, 20.0f));
+    EXPECT_EQ(control(0)->getProperty("HorzFormatting"), "LeftAligned");
+    EXPECT_EQ(control(2)->getSize(), PixelSize(0.5f, 15.0f, 26.0f));
+    EXPECT_EQ(control(3)->getPosition(), CEGUI::UVector2(CEGUI::UDim(0.5f, 0.0f), CEGUI::UDim(0.0f, 0.0f)));
+    EXPECT_EQ(control(3)->getSize(), PixelSize(0.5f, 0.0f, 26.0f));
+    EXPECT_EQ(control(4)->getType(), "DefaultWindow");
+    EXPECT_EQ(control(4)->getSize(), PixelSize(0.5f, 0.0f, 26.0f));
+    EXPECT_EQ(kinds[4].element.second->getSize(), PixelSize(1.0f, 0.0f, 50.0f));
 }
 
 TEST_F(GuiGeneratorTest, GroupsContinueTheNumberingAndDoNotNest)
@@ -178,12 +176,9 @@ TEST_F(GuiGeneratorTest, HiddenRowsCollapseButKeepTheirSpacing)
                              panel_->getChild("generated_element_2")};
 
     gen.TestElementConditions();
-    EXPECT_FLOAT_EQ(Height(rows[0]), 26.0f);
-    EXPECT_FLOAT_EQ(Height(rows[1]), 0.0f);
-    EXPECT_FLOAT_EQ(Height(rows[2]), 15.0f);
-    EXPECT_FLOAT_EQ(Top(rows[0]), 10.0f);
-    EXPECT_FLOAT_EQ(Top(rows[1]), 38.0f);
-    EXPECT_FLOAT_EQ(Top(rows[2]), 40.0f) << "a collapsed row still takes its 2 px of spacing";
+    EXPECT_EQ(glm::vec3(Height(rows[0]), Height(rows[1]), Height(rows[2])), glm::vec3(26.0f, 0.0f, 15.0f));
+    // A collapsed row still takes its 2 px of spacing.
+    EXPECT_EQ(glm::vec3(Top(rows[0]), Top(rows[1]), Top(rows[2])), glm::vec3(10.0f, 38.0f, 40.0f));
     EXPECT_FLOAT_EQ(Height(panel_), 10.0f + 28.0f + 2.0f + 17.0f + 10.0f);
 
     expert = false;
@@ -221,6 +216,23 @@ TEST_F(GuiGeneratorTest, AGroupShrinksWithItsHiddenRowsAndHidesThemAll)
 
 TEST_F(GuiGeneratorTest, ResourceGeneratorReportsChangesAndRetestsOnceAutoTestIsOn)
 {
+    // Without a resource, the generator neither reports nor re-tests: only its owner does.
+    {
+        GuiChangeObserver observer;
+        GuiGenerator gen(panel_);
+        bool details = false;
+        gui::Checkbox* toggle = gen.AddCheckbox("Details")->SetLink(&details);
+        gen.AddButton("Detail")->SetConditionBool(&details, BoolFunc::IfTrue);
+        gen.TestElementConditions();
+        gen.SetAutoTestConditionsEnabled(true);
+        toggle->GetWidget()->setSelected(true);
+        EXPECT_TRUE(details);
+        EXPECT_TRUE(observer.ids.empty());
+        EXPECT_FLOAT_EQ(Height(panel_->getChild("generated_element_1")), 0.0f);
+    }
+    PanelTest::TearDown();
+    PanelTest::SetUp();
+
     GuiChangeObserver observer;
     const ResourceId id("scans/left", "PointCloudResource");
     GuiGenerator gen(id, panel_);
@@ -250,22 +262,6 @@ TEST_F(GuiGeneratorTest, ResourceGeneratorReportsChangesAndRetestsOnceAutoTestIs
     toggle->GetWidget()->setSelected(false);
     EXPECT_EQ(observer.ids.size(), 2u);
     EXPECT_FLOAT_EQ(Height(detailRow), 26.0f);
-}
-
-TEST_F(GuiGeneratorTest, GeneratorWithoutResourceNeitherReportsNorRetests)
-{
-    GuiChangeObserver observer;
-    GuiGenerator gen(panel_);
-    bool details = false;
-    gui::Checkbox* toggle = gen.AddCheckbox("Details")->SetLink(&details);
-    gen.AddButton("Detail")->SetConditionBool(&details, BoolFunc::IfTrue);
-    gen.TestElementConditions();
-    gen.SetAutoTestConditionsEnabled(true);
-
-    toggle->GetWidget()->setSelected(true);
-    EXPECT_TRUE(details);
-    EXPECT_TRUE(observer.ids.empty());
-    EXPECT_FLOAT_EQ(Height(panel_->getChild("generated_element_1")), 0.0f) << "only its owner re-tests";
 }
 
 TEST_F(GuiGeneratorTest, GeneratorWithoutPanelLogsAndAddsNothing)

@@ -40,14 +40,12 @@ TEST(Rlog, EveryFunctionReachesTheSinkWithItsLevel)
     rlog::Crash("c", "a::Crash");
     rlog::Log(rlog::Level::Warning, "l", "a::Log");
 
-    ASSERT_EQ(entries.size(), 5u);
-    EXPECT_EQ(entries[0].level, rlog::Level::Info);
-    EXPECT_EQ(entries[1].level, rlog::Level::Warning);
-    EXPECT_EQ(entries[2].level, rlog::Level::Failure);
-    EXPECT_EQ(entries[3].level, rlog::Level::Crash);
-    EXPECT_EQ(entries[4].level, rlog::Level::Warning);
-    EXPECT_EQ(entries[2].message, "f");
-    EXPECT_EQ(entries[2].label, "a::Fail");
+    std::vector<rlog::Level> levels;
+    for (const Entry& entry : entries)
+        levels.push_back(entry.level);
+    EXPECT_EQ(levels, (std::vector{rlog::Level::Info, rlog::Level::Warning, rlog::Level::Failure,
+                                   rlog::Level::Crash, rlog::Level::Warning}));
+    EXPECT_EQ(entries[2].message + " " + entries[2].label, "f a::Fail");
 }
 
 TEST(Rlog, SetSinkReturnsPreviousAndEmptyRestoresDefault)

@@ -53,16 +53,13 @@ bool SignBits(const glm::vec3& v, bool x, bool y, bool z)
 
 TEST(SpaceDefinition, AxisVectorsKeepNegativeZeros)
 {
-    EXPECT_EQ(runa::AxisVector(Axis::PosX), glm::vec3(1, 0, 0));
-    EXPECT_EQ(runa::AxisVector(Axis::PosY), glm::vec3(0, 1, 0));
-    EXPECT_EQ(runa::AxisVector(Axis::PosZ), glm::vec3(0, 0, 1));
-    EXPECT_EQ(runa::AxisVector(Axis::NegX), glm::vec3(-1, 0, 0));
-    EXPECT_EQ(runa::AxisVector(Axis::NegY), glm::vec3(0, -1, 0));
-    EXPECT_EQ(runa::AxisVector(Axis::NegZ), glm::vec3(0, 0, -1));
-    EXPECT_TRUE(SignBits(runa::AxisVector(Axis::PosY), false, false, false));
-    EXPECT_TRUE(SignBits(runa::AxisVector(Axis::NegX), true, true, true));
-    EXPECT_TRUE(SignBits(runa::AxisVector(Axis::NegY), true, true, true));
-    EXPECT_TRUE(SignBits(runa::AxisVector(Axis::NegZ), true, true, true));
+    // Axis values 0..5 are +X, +Y, +Z, -X, -Y, -Z; the negative ones carry -0 in the other two.
+    for (std::uint8_t axis = 0; axis < 6; ++axis) {
+        glm::vec3 expected(0.0f);
+        expected[axis % 3] = axis < 3 ? 1.0f : -1.0f;
+        EXPECT_EQ(runa::AxisVector(axis), expected) << int(axis);
+        EXPECT_TRUE(SignBits(runa::AxisVector(axis), axis >= 3, axis >= 3, axis >= 3)) << int(axis);
+    }
     EXPECT_EQ(runa::AxisVector(6), glm::vec3(0));
     EXPECT_EQ(runa::AxisVector(255), glm::vec3(0));
 

@@ -17,19 +17,14 @@ const tesk::ColorMap kAllMaps[] = {
 
 TEST(ColorMapTest, StoredValuesAndNamesAreFixed)
 {
-    EXPECT_EQ(static_cast<int>(tesk::ColorMap::Rainbow), 0);
-    EXPECT_EQ(static_cast<int>(tesk::ColorMap::Thermal), 1);
-    EXPECT_EQ(static_cast<int>(tesk::ColorMap::BlueToRed), 2);
-    EXPECT_EQ(static_cast<int>(tesk::ColorMap::RedToGreen), 3);
-    EXPECT_EQ(static_cast<int>(tesk::ColorMap::Scattered), 4);
-    EXPECT_EQ(static_cast<int>(tesk::ColorMap::GrayScale), 5);
-    EXPECT_EQ(static_cast<int>(tesk::ColorMap::Colorful), 6);
+    // Stored in state files: kAllMaps lists them in their stored order.
+    for (int i = 0; i < 7; ++i)
+        EXPECT_EQ(tesk::ColorMapFromInt(i), kAllMaps[i]) << i;
 
     EXPECT_STREQ(tesk::ColorMapName(tesk::ColorMap::GrayScale), "Gray scale");
     EXPECT_STREQ(tesk::ColorMapName(tesk::ColorMap::BlueToRed), "Blue To Red");
     EXPECT_STREQ(tesk::ColorMapName(static_cast<tesk::ColorMap>(42)), "Unknown");
 
-    EXPECT_EQ(tesk::ColorMapFromInt(4), tesk::ColorMap::Scattered);
     EXPECT_FALSE(tesk::ColorMapFromInt(7).has_value());
     EXPECT_FALSE(tesk::ColorMapFromInt(-1).has_value());
 }
@@ -46,13 +41,10 @@ TEST(ColorMapTest, EndsAreTheFirstAndLastKeys)
         ASSERT_GE(keys.size(), 2u);
         const tesk::Color3f first = keys.front();
         const tesk::Color3f last = keys.back();
-        EXPECT_EQ(tesk::MapValueToColor(0.0f, map), first) << tesk::ColorMapName(map);
-        EXPECT_EQ(tesk::MapValueToColor(1.0f, map), last) << tesk::ColorMapName(map);
-        EXPECT_EQ(tesk::MapValueToColor(-3.0f, map), first) << tesk::ColorMapName(map);
-        EXPECT_EQ(tesk::MapValueToColor(-inf, map), first) << tesk::ColorMapName(map);
-        EXPECT_EQ(tesk::MapValueToColor(7.0f, map), last) << tesk::ColorMapName(map);
-        EXPECT_EQ(tesk::MapValueToColor(inf, map), last) << tesk::ColorMapName(map);
-        EXPECT_EQ(tesk::MapValueToColor(nan, map), first) << tesk::ColorMapName(map);
+        for (const float low : {0.0f, -3.0f, -inf, nan})
+            EXPECT_EQ(tesk::MapValueToColor(low, map), first) << tesk::ColorMapName(map) << " at " << low;
+        for (const float high : {1.0f, 7.0f, inf})
+            EXPECT_EQ(tesk::MapValueToColor(high, map), last) << tesk::ColorMapName(map) << " at " << high;
 
         // Every colour of every map is displayable.
         for (float t = 0.0f; t <= 1.0f; t += 0.01f) {

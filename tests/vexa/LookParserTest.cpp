@@ -6,7 +6,10 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <stdexcept>
+#include <tuple>
+#include <vector>
 
 using namespace vexa;
 using testing_support::LogCapture;
@@ -59,23 +62,13 @@ TEST_F(LookParserTest, MinimalLookGivesDefaultWindowWithOneFullWindowView)
     EXPECT_TRUE(parser.Succeeded());
     EXPECT_TRUE(log.messages.empty());
 
+    ExpectDefaultLook(parser);
     const auto& window = parser.GetWindowLook();
-    EXPECT_EQ(window.width, 640);
-    EXPECT_EQ(window.height, 480);
-    EXPECT_EQ(window.caption, "VEXA v0.7.0");
-    EXPECT_FALSE(window.maximized);
-    EXPECT_FALSE(window.fullscreen);
+    EXPECT_EQ(std::tie(window.width, window.height, window.caption), std::make_tuple(640, 480, "VEXA v0.7.0"));
     EXPECT_EQ(window.background.ToHex(), "3D3D3D");
-
-    ASSERT_EQ(parser.GetViewareaLooks().size(), 1u);
     const auto& view = parser.GetViewareaLooks()[0];
-    EXPECT_FLOAT_EQ(view.position.x.Resolve(800.0f), 0.0f);
-    EXPECT_FLOAT_EQ(view.size.width.Resolve(800.0f), 800.0f);
-    EXPECT_FLOAT_EQ(view.size.height.Resolve(600.0f), 600.0f);
-    EXPECT_TRUE(view.axes);
-    EXPECT_TRUE(view.sidebarEnabled);
-    EXPECT_TRUE(view.sidebarVisible);
-    EXPECT_EQ(view.gridMode, 0u);
+    EXPECT_EQ(glm::vec3(view.position.x.Resolve(800.0f), view.size.width.Resolve(800.0f), view.size.height.Resolve(600.0f)),
+              glm::vec3(0.0f, 800.0f, 600.0f));
     EXPECT_EQ(view.camera.position, glm::vec3(2.0f, 2.0f, 2.0f));
 
     // An empty view list is the same as none.
@@ -102,42 +95,31 @@ TEST_F(LookParserTest, ReadsWindowKeysViewsAndUnits)
     EXPECT_TRUE(log.messages.empty());
 
     const auto& window = parser.GetWindowLook();
-    EXPECT_EQ(window.caption, "Scans");
-    EXPECT_TRUE(window.maximized);
-    EXPECT_TRUE(window.fullscreen);
-    EXPECT_EQ(window.width, 1024);
-    EXPECT_EQ(window.height, 768);
-    EXPECT_FALSE(window.optionsEnabled);
-    EXPECT_FALSE(window.keyShortcutsEnabled);
-    EXPECT_EQ(window.background, tesk::Color3b(0x10, 0x20, 0x30));
+    EXPECT_EQ(std::tie(window.caption, window.maximized, window.fullscreen, window.width, window.height,
+                       window.optionsEnabled, window.keyShortcutsEnabled, window.background),
+              std::make_tuple("Scans", true, true, 1024, 768, false, false, tesk::Color3b(0x10, 0x20, 0x30)));
 
     const auto& views = parser.GetViewareaLooks();
     ASSERT_EQ(views.size(), 3u);
-    EXPECT_EQ(views[0].gridMode, 0u); // grid planes are matched case-sensitively
-    EXPECT_EQ(views[1].gridMode, 3u);
-    EXPECT_EQ(views[2].gridMode, 2u);
-    EXPECT_FLOAT_EQ(views[0].gridUnits, 2.0f);
-    EXPECT_FLOAT_EQ(views[1].gridUnits, 0.25f);
+    // Grid planes are matched case-sensitively: "XY" is no plane.
+    EXPECT_EQ(std::vector<std::uint32_t>({views[0].gridMode, views[1].gridMode, views[2].gridMode}),
+              std::vector<std::uint32_t>({0u, 3u, 2u}));
+    EXPECT_EQ(glm::vec2(views[0].gridUnits, views[1].gridUnits), glm::vec2(2.0f, 0.25f));
     EXPECT_FLOAT_EQ(views[0].size.width.Resolve(800.0f), 395.0f);
     EXPECT_FLOAT_EQ(views[1].position.x.Resolve(800.0f), 405.0f);
-    EXPECT_FALSE(views[0].axes);
-    EXPECT_FALSE(views[0].sidebarEnabled);
-    EXPECT_FALSE(views[0].sidebarVisible);
-    EXPECT_FALSE(views[0].cameraAnimatorEnabled);
-    EXPECT_FALSE(views[0].settingsEnabled);
-    EXPECT_TRUE(views[1].axes);
-    EXPECT_TRUE(views[1].settingsEnabled);
+    const auto flags = [](const ViewareaLook& v) {
+        return std::vector<bool>{v.axes, v.sidebarEnabled, v.sidebarVisible, v.cameraAnimatorEnabled, v.settingsEnabled};
+    };
+    EXPECT_EQ(flags(views[0]), std::vector<bool>(5, false));
+    EXPECT_EQ(flags(views[1]), std::vector<bool>(5, true));
 
-    ASSERT_EQ(views[1].resourceLooks.size(), 2u);
-    const auto& cloud = views[1].resourceLooks[0];
-    EXPECT_EQ(cloud.id, ResourceId("scans/a", "PointCloudResource"));
-    EXPECT_TRUE(cloud.permanent);
-    EXPECT_FALSE(cloud.guiEnabled);
-    EXPECT_FALSE(cloud.selectEnabled);
-    EXPECT_TRUE(cloud.autoSelect);
+    ResourceLook cloud;
+    cloud.id = ResourceId("scans/a", "PointCloudResource");
+    cloud.permanent = cloud.autoSelect = true;
+    cloud.guiEnabled = cloud.selectEnabled = false;
     ResourceLook meshDefaults;
     meshDefaults.id = ResourceId("MeshResource:m");
-    EXPECT_EQ(views[1].resourceLooks[1], meshDefaults);
+    EXPECT_EQ(views[1].resourceLooks, (std::vector<ResourceLook>{cloud, meshDefaults}));
 }
 
 TEST_F(LookParserTest, MistypedKeysKeepTheirDefaults)
@@ -212,48 +194,43 @@ TEST_F(LookParserTest, MissingVersionThrowsAfterLogging)
 
 TEST_F(LookParserTest, UnreadableFilesThrowAfterLogging)
 {
-    {
+    // Each throws after exactly one message that names the place: the file, or the line.
+    const std::pair<std::function<void()>, std::string> cases[] = {
+        {[&] { LookParser((dir_ / "missing.json").string()); }, "missing.json"},
+        {[&] { Parse("{\"vexa\": {\n  \"version\": \"1.0\",\n}"); }, "line 3"},
+        {[] { LookParser::FromString("not json"); }, ""},
+    };
+    for (const auto& [parse, place] : cases) {
         LogCapture log;
-        EXPECT_THROW(LookParser((dir_ / "missing.json").string()), std::exception);
+        EXPECT_THROW(parse(), std::exception) << place;
         ASSERT_EQ(log.messages.size(), 1u);
         EXPECT_EQ(log.messages[0].label, "vexa::LookParser");
-        EXPECT_NE(log.messages[0].message.find("missing.json"), std::string::npos);
-    }
-    {
-        LogCapture log;
-        EXPECT_THROW(Parse("{\"vexa\": {\n  \"version\": \"1.0\",\n}"), std::exception);
-        ASSERT_EQ(log.messages.size(), 1u);
-        EXPECT_EQ(log.messages[0].label, "vexa::LookParser");
-        EXPECT_NE(log.messages[0].message.find("line 3"), std::string::npos) << log.messages[0].message;
-    }
-    {
-        LogCapture log;
-        EXPECT_THROW(LookParser::FromString("not json"), std::exception);
-        EXPECT_EQ(log.messages.size(), 1u);
+        EXPECT_NE(log.messages[0].message.find(place), std::string::npos) << log.messages[0].message;
     }
 }
 
 TEST_F(LookParserTest, MalformedCompositeInViewThrows)
 {
-    {
-        LogCapture log;
-        EXPECT_THROW(Parse(Look(R"("views": [{"position": "0.5;0,0", "size": "1,0;1,0"}])")), std::exception);
-        EXPECT_TRUE(log.Contains("Composite must have two parameters (percents and pixels) separated by a \",\"",
-                                 "vexa::StringToCompositeFloat"));
-    }
-    {
-        LogCapture log;
-        EXPECT_THROW(Parse(Look(R"("views": [{"position": "0,0;0,0", "size": "1,0;1,0;1,0"}])")), std::exception);
-        EXPECT_TRUE(log.Contains("Size must contain two composites (width and height) separated by a \";\"",
-                                 "vexa::StringToCompositeSize"));
-    }
-    {
+    struct Case {
+        const char* views;
+        std::string message;
+        std::string label;
+    };
+    const Case cases[] = {
+        {R"({"position": "0.5;0,0", "size": "1,0;1,0"})",
+         "Composite must have two parameters (percents and pixels) separated by a \",\"", "vexa::StringToCompositeFloat"},
+        {R"({"position": "0,0;0,0", "size": "1,0;1,0;1,0"})",
+         "Size must contain two composites (width and height) separated by a \";\"", "vexa::StringToCompositeSize"},
         // The float conversion's own error comes through, with the key named in the log.
+        {R"({"position": "0,0;0,0", "size": "a,0;1,0"})",
+         "Key size holds \"a,0;1,0\", which has a part that is not a number", "vexa::LookParser::ReadViewareaLooks"},
+    };
+    for (const Case& c : cases) {
         LogCapture log;
-        EXPECT_THROW(Parse(Look(R"("views": [{"position": "0,0;0,0", "size": "a,0;1,0"}])")), std::invalid_argument);
-        EXPECT_TRUE(log.Contains("Key size holds \"a,0;1,0\", which has a part that is not a number",
-                                 "vexa::LookParser::ReadViewareaLooks"));
+        EXPECT_THROW(Parse(Look(std::string(R"("views": [)") + c.views + "]")), std::exception) << c.views;
+        EXPECT_TRUE(log.Contains(c.message, c.label)) << c.views;
     }
+    EXPECT_THROW(Parse(Look(R"("views": [{"position": "0,0;0,0", "size": "a,0;1,0"}])")), std::invalid_argument);
 }
 
 TEST_F(LookParserTest, ParsesFromText)

@@ -11,6 +11,7 @@
 #include <string>
 #include <thread>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 using namespace vexa;
@@ -41,38 +42,36 @@ protected:
 
 TEST_F(PlatformTest, IntermediateDirectoryGetsOneSlashAndIsCreatedOneLevelDeep)
 {
+    // {given, created, taken}. A backslash is not a separator here: the slash goes after it.
+    // Only the last level is created, yet the path is still taken; "" is never the root.
+    struct Case {
+        std::string given;
+        bool created;
+        std::string taken;
+    };
+    const Case cases[] = {{root_ + "/state", true, root_ + "/state/"},
+                          {root_ + "/kept/", true, root_ + "/kept/"},
+                          {root_ + "/win\\", true, root_ + "/win\\/"},
+                          {root_ + "/a/b", false, root_ + "/a/b/"},
+                          {"", false, ""}};
     std::string directory;
-    EXPECT_TRUE(NormalizeIntermediateDirectory(root_ + "/state", directory));
-    EXPECT_EQ(directory, root_ + "/state/");
+    for (const Case& c : cases) {
+        EXPECT_EQ(NormalizeIntermediateDirectory(c.given, directory), c.created) << c.given;
+        EXPECT_EQ(directory, c.taken);
+    }
     EXPECT_TRUE(fs::is_directory(root_ + "/state"));
-
-    EXPECT_TRUE(NormalizeIntermediateDirectory(root_ + "/kept/", directory));
-    EXPECT_EQ(directory, root_ + "/kept/");
-
-    // A backslash is not a separator for this directory: the slash goes after it.
-    EXPECT_TRUE(NormalizeIntermediateDirectory(root_ + "/win\\", directory));
-    EXPECT_EQ(directory, root_ + "/win\\/");
-
-    // Only the last level is created; the path is still taken.
-    EXPECT_FALSE(NormalizeIntermediateDirectory(root_ + "/a/b", directory));
-    EXPECT_EQ(directory, root_ + "/a/b/");
     EXPECT_FALSE(fs::exists(root_ + "/a"));
-
-    // Never the file-system root.
-    EXPECT_FALSE(NormalizeIntermediateDirectory("", directory));
-    EXPECT_EQ(directory, "");
 }
 
 TEST_F(PlatformTest, AssetDirectoryMustExistAndKeepsATrailingSeparator)
 {
     std::string directory;
-    EXPECT_TRUE(NormalizeAssetDirectory(root_, directory));
-    EXPECT_EQ(directory, root_ + "/");
-    EXPECT_TRUE(NormalizeAssetDirectory(root_ + "/", directory));
-    EXPECT_EQ(directory, root_ + "/");
     fs::create_directory(root_ + "/assets\\");
-    EXPECT_TRUE(NormalizeAssetDirectory(root_ + "/assets\\", directory));
-    EXPECT_EQ(directory, root_ + "/assets\\");
+    for (const auto& [given, kept] : {std::pair{root_, root_ + "/"}, {root_ + "/", root_ + "/"},
+                                      {root_ + "/assets\\", root_ + "/assets\\"}}) {
+        EXPECT_TRUE(NormalizeAssetDirectory(given, directory)) << given;
+        EXPECT_EQ(directory, kept);
+    }
 
     testing_support::LogCapture log;
     const std::string missing = root_ + "/missing";

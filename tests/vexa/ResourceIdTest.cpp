@@ -3,69 +3,51 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <string>
+#include <utility>
 
 using vexa::ResourceId;
 
-TEST(ResourceId, ParsesTextFormAtFirstColon)
+TEST(ResourceId, ParsesTextFormAtTheFirstColonAndNeedsBothFields)
 {
+    struct Case {
+        const char* text;
+        const char* type;
+        const char* name;
+        bool valid;
+    };
+    const Case cases[] = {
+        {"PointCloudResource:scans/a", "PointCloudResource", "scans/a", true},
+        {"a:b:c", "a", "b:c", true},
+        {"cloud", "cloud", "cloud", true}, // a bare name is type and name
+        {":cloud", "", "cloud", false},
+        {"T:", "T", "", false},
+        {"", "", "", false},
+    };
+    for (const Case& c : cases) {
+        const ResourceId id{std::string(c.text)};
+        EXPECT_EQ(std::make_pair(id.type, id.name), std::make_pair(std::string(c.type), std::string(c.name))) << c.text;
+        EXPECT_EQ(id.IsValid(), c.valid) << c.text;
+    }
     const ResourceId cloud("PointCloudResource:scans/a");
-    EXPECT_EQ(cloud.type, "PointCloudResource");
-    EXPECT_EQ(cloud.name, "scans/a");
-    EXPECT_EQ(cloud.ToString(), "PointCloudResource:scans/a");
     EXPECT_EQ(ResourceId(cloud.ToString()), cloud);
-
-    const ResourceId nested("a:b:c");
-    EXPECT_EQ(nested.type, "a");
-    EXPECT_EQ(nested.name, "b:c");
-}
-
-TEST(ResourceId, BareNameBecomesTypeAndName)
-{
-    const ResourceId bare("cloud");
-    EXPECT_EQ(bare.type, "cloud");
-    EXPECT_EQ(bare.name, "cloud");
-    EXPECT_TRUE(bare.IsValid());
-}
-
-TEST(ResourceId, ValidityNeedsBothFields)
-{
     EXPECT_EQ(ResourceId(std::string()), ResourceId::INVALID);
-    EXPECT_FALSE(ResourceId::INVALID.IsValid());
     EXPECT_EQ(ResourceId::INVALID.ToString(), ":");
-
-    const ResourceId noType(":cloud");
-    EXPECT_EQ(noType.type, "");
-    EXPECT_EQ(noType.name, "cloud");
-    EXPECT_FALSE(noType.IsValid());
-
-    const ResourceId noName("T:");
-    EXPECT_EQ(noName.type, "T");
-    EXPECT_EQ(noName.name, "");
-    EXPECT_FALSE(noName.IsValid());
 
     ResourceId id("T:x");
     id.Invalidate();
-    EXPECT_FALSE(id.IsValid());
     EXPECT_EQ(id, ResourceId::INVALID);
 }
 
 TEST(ResourceId, SplitsNameAtLastSlashOnly)
 {
-    const ResourceId deep("T:a/b/c");
-    EXPECT_EQ(deep.GetNamePath(), "a/b");
-    EXPECT_EQ(deep.GetNameWithoutPath(), "c");
-
-    const ResourceId backslash("T:a\\b");
-    EXPECT_EQ(backslash.GetNamePath(), "");
-    EXPECT_EQ(backslash.GetNameWithoutPath(), "a\\b");
-
-    const ResourceId trailing("T:dir/");
-    EXPECT_EQ(trailing.GetNamePath(), "dir");
-    EXPECT_EQ(trailing.GetNameWithoutPath(), "");
-
-    const ResourceId leading("T:/leaf");
-    EXPECT_EQ(leading.GetNamePath(), "");
-    EXPECT_EQ(leading.GetNameWithoutPath(), "leaf");
+    // {name, path, leaf}
+    const std::pair<std::string, std::pair<std::string, std::string>> cases[] = {
+        {"T:a/b/c", {"a/b", "c"}}, {"T:a\\b", {"", "a\\b"}}, {"T:dir/", {"dir", ""}}, {"T:/leaf", {"", "leaf"}}};
+    for (const auto& [text, split] : cases) {
+        const ResourceId id(text);
+        EXPECT_EQ(std::make_pair(id.GetNamePath(), id.GetNameWithoutPath()), split) << text;
+    }
 }
 
 TEST(ResourceId, OrdersByTypeThenNameBytewise)

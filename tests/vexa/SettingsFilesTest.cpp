@@ -14,6 +14,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #if __has_include(<plor/Window.h>)
@@ -128,6 +129,16 @@ void ExpectRejected(const std::string& directory, const Bytes& bytes, Storage& s
         << log.messages[0].message;
 }
 
+/// Every proper prefix of `valid` must be rejected.
+template <class Storage, class State>
+void ExpectEveryCutRejected(const std::string& directory, const Bytes& valid, Storage& storage,
+                            const std::function<State(const Storage&)>& stateOf)
+{
+    for (std::size_t length = 0; length < valid.size(); ++length)
+        ExpectRejected(directory, Bytes(valid.begin(), valid.begin() + static_cast<std::ptrdiff_t>(length)), storage,
+                       stateOf, "truncated to " + std::to_string(length));
+}
+
 } // namespace
 
 #ifdef VEXA_TEST_WINDOW_MANAGER
@@ -175,11 +186,8 @@ TEST_F(SettingsFilesTest, WindowPlacementFollowsEventsAndRoundTripsAsTwentyBytes
     ASSERT_TRUE(restored.Load(directory_));
     EXPECT_EQ(restored.GetPlacement(), manager.GetPlacement());
     const plor::WindowParams& params = restored.GetWindowParams();
-    EXPECT_EQ(params.width, 1280);
-    EXPECT_EQ(params.height, 720);
-    EXPECT_EQ(params.positionX, -30);
-    EXPECT_EQ(params.positionY, 45);
-    EXPECT_FALSE(params.maximized);
+    EXPECT_EQ(std::tie(params.positionX, params.positionY, params.width, params.height, params.maximized),
+              std::make_tuple(-30, 45, 1280, 720, false));
     EXPECT_FALSE(restored.IsDirty());
 
     WriteFile("window.bin", WindowFile(1, 5, 6, 800, 600, 1));
@@ -199,9 +207,6 @@ TEST_F(SettingsFilesTest, WindowFileWithoutAUsableSizeIsIgnored)
     ExpectRejected(directory_, WindowFile(1, 10, 10, 0, 600, 0), manager, stateOf, "width 0");
     ExpectRejected(directory_, WindowFile(1, 10, 10, -800, 600, 0), manager, stateOf, "negative width");
     ExpectRejected(directory_, WindowFile(1, 10, 10, 800, 600, 7), manager, stateOf, "maximised not a bool");
-    EXPECT_EQ(manager.GetWindowParams().width, 1024);
-    EXPECT_EQ(manager.GetWindowParams().height, 768);
-
     manager.CopyPlacementFromParams();
     EXPECT_EQ(manager.GetPlacement(), (WindowManager::Placement{100, 100, 1024, 768, false}));
 }
@@ -211,9 +216,7 @@ TEST_F(SettingsFilesTest, DamagedWindowFilesKeepTheDefaults)
     const Bytes valid = WindowFile(1, 1, 2, 300, 400, 0);
     WindowManager manager;
     const std::function<WindowManager::Placement(const WindowManager&)> stateOf = PlacementOf;
-    for (std::size_t length = 0; length < valid.size(); ++length)
-        ExpectRejected(directory_, Bytes(valid.begin(), valid.begin() + static_cast<std::ptrdiff_t>(length)),
-                       manager, stateOf, "truncated to " + std::to_string(length));
+    ExpectEveryCutRejected(directory_, valid, manager, stateOf);
     ExpectRejected(directory_, WindowFile(2, 1, 2, 300, 400, 0), manager, stateOf, "another format version");
     EXPECT_EQ(manager.GetPlacement(), WindowManager::Placement{});
     EXPECT_EQ(manager.GetWindowParams().width, 640);
@@ -240,14 +243,9 @@ TEST_F(SettingsFilesTest, DamagedWindowFilesKeepTheDefaults)
 TEST_F(SettingsFilesTest, OptionsDefaultsAndExactFileLayout)
 {
     GeneralOptions options;
-    EXPECT_EQ(options.GetAntiAliasing(), 2);
-    EXPECT_FALSE(options.IsWhiteBackground());
+    EXPECT_EQ(StateOf(options), (OptionsState{2, false, GeneralOptions::ToStoredSensitivity(1.0f), true, true, 0, false}));
     EXPECT_EQ(options.GetBackgroundColor(), tesk::Color3b(0x3D, 0x3D, 0x3D));
     EXPECT_FLOAT_EQ(options.GetSensitivity(), 1.0f);
-    EXPECT_TRUE(options.IsOptimizedRendering());
-    EXPECT_TRUE(options.IsShortcutsEnabled());
-    EXPECT_EQ(options.GetViewLayout(), 0);
-    EXPECT_FALSE(options.IsDirty());
 
     options.SetAntiAliasing(5);
     options.SetWhiteBackground(true);
@@ -327,19 +325,16 @@ TEST_F(SettingsFilesTest, DamagedOptionsFilesKeepEveryValue)
     HookLog hooks;
     options.SetHooks(hooks.Hooks());
     const std::function<OptionsState(const GeneralOptions&)> stateOf = StateOf;
-    for (std::size_t length = 0; length < valid.size(); ++length)
-        ExpectRejected(directory_, Bytes(valid.begin(), valid.begin() + static_cast<std::ptrdiff_t>(length)),
-                       options, stateOf, "truncated to " + std::to_string(length));
+    ExpectEveryCutRejected(directory_, valid, options, stateOf);
 
-    Bytes version1 = valid;
-    version1[0] = 1;
-    ExpectRejected(directory_, version1, options, stateOf, "format version 1");
-    Bytes badLayout = valid;
-    badLayout.back() = 5;
-    ExpectRejected(directory_, badLayout, options, stateOf, "view layout 5");
-    Bytes badMethod = valid;
-    badMethod[4] = 6;
-    ExpectRejected(directory_, badMethod, options, stateOf, "anti-aliasing method 6");
+    // One byte changed: {offset, value, what}.
+    for (const auto& [offset, value, what] : {std::tuple<std::size_t, std::uint8_t, const char*>{0, 1, "format version 1"},
+                                              {valid.size() - 1, 5, "view layout 5"},
+                                              {4, 6, "anti-aliasing method 6"}}) {
+        Bytes bad = valid;
+        bad[offset] = value;
+        ExpectRejected(directory_, bad, options, stateOf, what);
+    }
     Bytes nanSensitivity;
     AppendU32(nanSensitivity, 2);
     nanSensitivity.insert(nanSensitivity.end(), {0x02, 0x00});

@@ -139,24 +139,21 @@ TEST(PlyReader, EveryEncodingGivesTheSameCloud)
         ASSERT_EQ(cloud.Size(), 3u);
         ASSERT_TRUE(cloud.HasNormals());
         ASSERT_EQ(cloud.PropertyCount(), 6u) << "RGB and five floats; alpha dropped";
-        EXPECT_EQ(cloud.GetProperty(0)->GetName(), "RGB");
-        const std::vector<std::string> names = {"intensity", "label", "quality", "flag", "weight"};
+        const std::vector<std::string> names = {"RGB", "intensity", "label", "quality", "flag", "weight"};
         for (std::size_t i = 0; i < names.size(); ++i)
-            EXPECT_EQ(cloud.GetProperty(i + 1)->GetName(), names[i]);
+            EXPECT_EQ(cloud.GetProperty(i)->GetName(), names[i]);
 
         const auto colors = cloud.GetColorProperty("RGB");
         for (std::size_t i = 0; i < vertices.size(); ++i) {
             const Vertex& v = vertices[i];
             EXPECT_EQ(cloud.GetPositions()[i], glm::vec3(v.x, v.y, v.z));
             EXPECT_EQ(cloud.GetNormals()[i], glm::vec3(v.nx, v.ny, v.nz));
-            EXPECT_FLOAT_EQ(colors[i].r, v.red / 255.0f);
-            EXPECT_FLOAT_EQ(colors[i].g, v.green / 255.0f);
-            EXPECT_FLOAT_EQ(colors[i].b, v.blue / 255.0f);
-            EXPECT_EQ(cloud.GetFloatProperty("intensity")[i], v.intensity);
-            EXPECT_EQ(cloud.GetFloatProperty("label")[i], static_cast<float>(v.label));
-            EXPECT_EQ(cloud.GetFloatProperty("quality")[i], static_cast<float>(v.quality));
-            EXPECT_EQ(cloud.GetFloatProperty("flag")[i], static_cast<float>(v.flag));
-            EXPECT_EQ(cloud.GetFloatProperty("weight")[i], static_cast<float>(v.weight));
+            EXPECT_EQ(colors[i], tesk::Color3f(v.red / 255.0f, v.green / 255.0f, v.blue / 255.0f));
+            std::vector<float> values;
+            for (std::size_t p = 1; p < names.size(); ++p)
+                values.push_back(cloud.GetFloatProperty(names[p])[i]);
+            EXPECT_EQ(values, (std::vector<float>{v.intensity, static_cast<float>(v.label), static_cast<float>(v.quality),
+                                                  static_cast<float>(v.flag), static_cast<float>(v.weight)}));
         }
     }
 }
