@@ -1,8 +1,13 @@
 #include "BenchCloud.h"
 
+#include <benchmark/benchmark.h>
+
 #include <glm/geometric.hpp>
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <span>
 #include <memory>
 #include <vector>
 
@@ -42,6 +47,21 @@ const tesk::PointCloud& CloudOf(std::size_t count)
 std::size_t InputBytes(const tesk::PointCloud& cloud)
 {
     return cloud.Size() * (sizeof(glm::vec3) + sizeof(tesk::Color3f) + sizeof(float));
+}
+
+/// One copy of every input byte (positions, colours, floats) into memory that already exists:
+/// the least any build from this input could cost.
+void CopyInput(const tesk::PointCloud& cloud, std::byte* destination)
+{
+    const std::span<const glm::vec3> positions = cloud.GetPositions();
+    const std::span<const tesk::Color3f> colors = cloud.GetColorProperty("rgb");
+    const std::span<const float> values = cloud.GetFloatProperty("range");
+    std::memcpy(destination, positions.data(), positions.size_bytes());
+    destination += positions.size_bytes();
+    std::memcpy(destination, colors.data(), colors.size_bytes());
+    destination += colors.size_bytes();
+    std::memcpy(destination, values.data(), values.size_bytes());
+    benchmark::ClobberMemory();
 }
 
 } // namespace bench

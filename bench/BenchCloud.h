@@ -15,4 +15,8 @@ const tesk::PointCloud& CloudOf(std::size_t count);
 /// Bytes of the positions, the colour and the float property: 28 a point.
 std::size_t InputBytes(const tesk::PointCloud& cloud);
 
+/// One copy of the positions, the colours and the floats into `destination` (InputBytes()
+/// long): the least any build from this input could cost.
+void CopyInput(const tesk::PointCloud& cloud, std::byte* destination);
+
 } // namespace bench

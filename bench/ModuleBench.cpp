@@ -37,31 +37,19 @@ double Seconds(Clock::duration d)
 // does for its own big arrays.
 double TimeMemcpy(const tesk::PointCloud& cloud)
 {
-    const std::size_t n = cloud.Size();
     const auto start = Clock::now();
     std::vector<unsigned char> target;
     runa::ReserveFresh(target, bench::InputBytes(cloud));
-    unsigned char* data = target.data();
-    std::memcpy(data, cloud.GetPositions().data(), n * sizeof(glm::vec3));
-    std::memcpy(data + n * 12, cloud.GetColorProperty("rgb").data(), n * sizeof(tesk::Color3f));
-    std::memcpy(data + n * 24, cloud.GetFloatProperty("range").data(), n * sizeof(float));
-    benchmark::DoNotOptimize(data);
-    benchmark::ClobberMemory();
-    const double seconds = Seconds(Clock::now() - start);
-    return seconds;
+    bench::CopyInput(cloud, reinterpret_cast<std::byte*>(target.data()));
+    return Seconds(Clock::now() - start);
 }
 
 // The same copy into memory written before: the bandwidth floor, for reference.
 double TimeWarmMemcpy(const tesk::PointCloud& cloud, std::vector<unsigned char>& target)
 {
-    const std::size_t n = cloud.Size();
     target.resize(bench::InputBytes(cloud));
     const auto start = Clock::now();
-    std::memcpy(target.data(), cloud.GetPositions().data(), n * sizeof(glm::vec3));
-    std::memcpy(target.data() + n * 12, cloud.GetColorProperty("rgb").data(), n * sizeof(tesk::Color3f));
-    std::memcpy(target.data() + n * 24, cloud.GetFloatProperty("range").data(), n * sizeof(float));
-    benchmark::DoNotOptimize(target.data());
-    benchmark::ClobberMemory();
+    bench::CopyInput(cloud, reinterpret_cast<std::byte*>(target.data()));
     return Seconds(Clock::now() - start);
 }
 

@@ -41,6 +41,7 @@
 namespace {
 
 using bench::CloudOf;
+using bench::CopyInput;
 using bench::InputBytes;
 using Clock = std::chrono::steady_clock;
 
@@ -53,20 +54,6 @@ double Seconds(Clock::duration d)
 }
 
 
-/// One copy of every input byte (positions, colours, floats) into memory that already exists:
-/// the least any build from this input could cost.
-void CopyInput(const tesk::PointCloud& cloud, std::byte* destination)
-{
-    const std::span<const glm::vec3> positions = cloud.GetPositions();
-    const std::span<const tesk::Color3f> colors = cloud.GetColorProperty("rgb");
-    const std::span<const float> values = cloud.GetFloatProperty("range");
-    std::memcpy(destination, positions.data(), positions.size_bytes());
-    destination += positions.size_bytes();
-    std::memcpy(destination, colors.data(), colors.size_bytes());
-    destination += colors.size_bytes();
-    std::memcpy(destination, values.data(), values.size_bytes());
-    benchmark::ClobberMemory();
-}
 
 /// Warm destination for the floor: allocated and touched once, outside any timing.
 std::byte* FloorBuffer(std::size_t bytes)

@@ -230,19 +230,7 @@ void Sidebar::Deselect(const ResourceId& id)
 
 void Sidebar::Focus(const ResourceId& id)
 {
-    GadgetManager& gadgets = viewarea_.GetGadgetManager();
-    if (!gadgets.HasGadget(id))
-        return;
-    glm::vec3 target(0.0f);
-    glm::vec3 position(0.0f);
-    if (!gadgets.GetGadget(id)->FocusCamera(target, position))
-        return;
-    if (Camera* camera = viewarea_.GetCamera())
-    {
-        camera->SetTarget(target);
-        camera->SetPosition(position);
-        GetEngineServices().RequestRedraw();
-    }
+    viewarea_.GetGadgetManager().FocusCamera(id);
 }
 
 void Sidebar::ToggleOptions()

@@ -3,6 +3,7 @@
 #include <vexa/draw/RenderContext.h>
 
 #include "LightingUniforms.h"
+#include "TransformUniforms.h"
 
 #include <plor/ArrayObject.h>
 #include <plor/Program.h>
@@ -52,11 +53,11 @@ constexpr plor::ProgramFiles kFaceNormalsFiles{"geometry/normals.vert", "geometr
 /// Uniform locations of one surface program, fetched again whenever the program is rebuilt.
 struct SurfaceUniforms {
     unsigned int program = 0;
-    GLint model = -1, viewProjection = -1, normalMatrix = -1, view = -1, cameraPosition = -1;
     GLint pointSize = -1, viewportSize = -1, lineWidth = -1;
     GLint colorMode = -1, hasColors = -1, flatNormals = -1, useTexture = -1, useMatcap = -1, useNormalMap = -1;
     GLint useFixedColor = -1, fixedColor = -1;
     GLint colorTexture = -1, matcap = -1, normalMap = -1;
+    TransformUniforms transform;
     LightingUniforms lighting;
 
     void Refresh(plor::Program& p)
@@ -64,11 +65,7 @@ struct SurfaceUniforms {
         if (p.GetId() == program)
             return;
         program = p.GetId();
-        model = p.GetUniformLocation("uModel");
-        viewProjection = p.GetUniformLocation("uViewProjection");
-        normalMatrix = p.GetUniformLocation("uNormalMatrix");
-        view = p.GetUniformLocation("uView");
-        cameraPosition = p.GetUniformLocation("uCameraPosition");
+        transform.Refresh(p);
         pointSize = p.GetUniformLocation("uPointSize");
         viewportSize = p.GetUniformLocation("uViewportSize");
         lineWidth = p.GetUniformLocation("uLineWidth");
@@ -89,16 +86,15 @@ struct SurfaceUniforms {
 
 struct NormalUniforms {
     unsigned int program = 0;
-    GLint model = -1, normalMatrix = -1, viewProjection = -1, length = -1, color = -1;
+    GLint length = -1, color = -1;
+    TransformUniforms transform;
 
     void Refresh(plor::Program& p)
     {
         if (p.GetId() == program)
             return;
         program = p.GetId();
-        model = p.GetUniformLocation("uModel");
-        normalMatrix = p.GetUniformLocation("uNormalMatrix");
-        viewProjection = p.GetUniformLocation("uViewProjection");
+        transform.Refresh(p);
         length = p.GetUniformLocation("uLength");
         color = p.GetUniformLocation("uColor");
     }
@@ -108,9 +104,6 @@ struct NormalUniforms {
 struct Frame {
     glm::mat4 model{1.0f};
     glm::mat3 normalMatrix{1.0f};
-    glm::mat4 view{1.0f};
-    glm::mat4 viewProjection{1.0f};
-    glm::vec3 cameraPosition{0.0f};
     glm::vec2 viewportSize{1.0f};
     float pixelScale = 1.0f;
     bool useTexture = false;
@@ -125,10 +118,6 @@ Frame MakeFrame(const RenderContext& context, const GeometryStyle& style)
     // The inverse-transpose keeps normals perpendicular under non-uniform scaling; the
     // transform's own inverse copes with zero scales.
     f.normalMatrix = glm::transpose(glm::mat3(style.transform.GetInverseMatrix()));
-    f.view = context.view;
-    f.viewProjection = context.projection * context.view;
-    const glm::mat4 cameraToWorld = glm::inverse(context.view);
-    f.cameraPosition = glm::vec3(cameraToWorld[3]);
 
     glm::ivec2 size(context.glViewport.z, context.glViewport.w);
     if (size.x <= 0 || size.y <= 0)
@@ -142,11 +131,7 @@ Frame MakeFrame(const RenderContext& context, const GeometryStyle& style)
 void SetSurfaceUniforms(const SurfaceUniforms& u, const Frame& f, const RenderContext& context,
                         const GeometryStyle& style, bool hasColors)
 {
-    glUniformMatrix4fv(u.model, 1, GL_FALSE, glm::value_ptr(f.model));
-    glUniformMatrix3fv(u.normalMatrix, 1, GL_FALSE, glm::value_ptr(f.normalMatrix));
-    glUniformMatrix4fv(u.view, 1, GL_FALSE, glm::value_ptr(f.view));
-    glUniformMatrix4fv(u.viewProjection, 1, GL_FALSE, glm::value_ptr(f.viewProjection));
-    glUniform3f(u.cameraPosition, f.cameraPosition.x, f.cameraPosition.y, f.cameraPosition.z);
+    u.transform.Upload(context, f.model, f.normalMatrix);
     glUniform1i(u.colorMode, style.colorMode);
     glUniform1i(u.hasColors, hasColors ? 1 : 0);
     glUniform1i(u.flatNormals, style.normalsSource == NormalsSource::Flat ? 1 : 0);
@@ -515,9 +500,7 @@ void ElementRenderer::Render(const RenderContext& context, const Style& baseStyl
         if (p.Use()) {
             NormalUniforms& u = perFace ? gpu.faceNormals : gpu.normals;
             u.Refresh(p);
-            glUniformMatrix4fv(u.model, 1, GL_FALSE, glm::value_ptr(frame.model));
-            glUniformMatrix3fv(u.normalMatrix, 1, GL_FALSE, glm::value_ptr(frame.normalMatrix));
-            glUniformMatrix4fv(u.viewProjection, 1, GL_FALSE, glm::value_ptr(frame.viewProjection));
+            u.transform.Upload(context, frame.model, frame.normalMatrix);
             glUniform1f(u.length, style.normalLength);
             glUniform3f(u.color, style.normalColor.r, style.normalColor.g, style.normalColor.b);
             if (perFace)

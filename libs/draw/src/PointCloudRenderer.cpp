@@ -3,6 +3,7 @@
 #include <vexa/draw/RenderContext.h>
 
 #include "LightingUniforms.h"
+#include "TransformUniforms.h"
 
 #include <plor/ArrayObject.h>
 #include <plor/Program.h>
@@ -127,8 +128,8 @@ std::unique_ptr<plor::OwnedBytes> CopyBytes(std::span<const std::byte> bytes)
 
 struct PointUniforms {
     unsigned int program = 0;
-    GLint model = -1, normalMatrix = -1, viewProjection = -1, view = -1, cameraPosition = -1;
     GLint pointSize = -1, hasNormals = -1, cullBackFacing = -1, hasColors = -1, colorMode = -1;
+    TransformUniforms transform;
     LightingUniforms lighting;
 
     void Refresh(plor::Program& p)
@@ -136,11 +137,7 @@ struct PointUniforms {
         if (p.GetId() == program)
             return;
         program = p.GetId();
-        model = p.GetUniformLocation("uModel");
-        normalMatrix = p.GetUniformLocation("uNormalMatrix");
-        viewProjection = p.GetUniformLocation("uViewProjection");
-        view = p.GetUniformLocation("uView");
-        cameraPosition = p.GetUniformLocation("uCameraPosition");
+        transform.Refresh(p);
         pointSize = p.GetUniformLocation("uPointSize");
         hasNormals = p.GetUniformLocation("uHasNormals");
         cullBackFacing = p.GetUniformLocation("uCullBackFacing");
@@ -152,18 +149,15 @@ struct PointUniforms {
 
 struct NormalUniforms {
     unsigned int program = 0;
-    GLint model = -1, normalMatrix = -1, viewProjection = -1, cameraPosition = -1;
     GLint cullBackFacing = -1, length = -1, color = -1;
+    TransformUniforms transform;
 
     void Refresh(plor::Program& p)
     {
         if (p.GetId() == program)
             return;
         program = p.GetId();
-        model = p.GetUniformLocation("uModel");
-        normalMatrix = p.GetUniformLocation("uNormalMatrix");
-        viewProjection = p.GetUniformLocation("uViewProjection");
-        cameraPosition = p.GetUniformLocation("uCameraPosition");
+        transform.Refresh(p);
         cullBackFacing = p.GetUniformLocation("uCullBackFacing");
         length = p.GetUniformLocation("uLength");
         color = p.GetUniformLocation("uColor");
@@ -286,8 +280,6 @@ void PointCloudRenderer::Render(const RenderContext& context, const Style& baseS
     const glm::mat4 model = style.transform.GetMatrix();
     // The inverse-transpose keeps normals perpendicular under non-uniform scaling.
     const glm::mat3 normalMatrix = glm::transpose(glm::mat3(style.transform.GetInverseMatrix()));
-    const glm::mat4 viewProjection = context.projection * context.view;
-    const glm::vec3 cameraPosition = glm::vec3(glm::inverse(context.view)[3]);
     const bool useNormals = hasNormals_ && style.useNormals;
     const float pixelScale =
         context.pixelScale > 0.0f && std::isfinite(context.pixelScale) ? context.pixelScale : 1.0f;
@@ -299,11 +291,7 @@ void PointCloudRenderer::Render(const RenderContext& context, const Style& baseS
     if (plor::Program& program = context.programs->GetOrAdd(kPointsProgram, kPointsFiles); program.Use()) {
         PointUniforms& u = gpu.points;
         u.Refresh(program);
-        glUniformMatrix4fv(u.model, 1, GL_FALSE, glm::value_ptr(model));
-        glUniformMatrix3fv(u.normalMatrix, 1, GL_FALSE, glm::value_ptr(normalMatrix));
-        glUniformMatrix4fv(u.viewProjection, 1, GL_FALSE, glm::value_ptr(viewProjection));
-        glUniformMatrix4fv(u.view, 1, GL_FALSE, glm::value_ptr(context.view));
-        glUniform3f(u.cameraPosition, cameraPosition.x, cameraPosition.y, cameraPosition.z);
+        u.transform.Upload(context, model, normalMatrix);
         glUniform1f(u.pointSize, size * pixelScale);
         glUniform1i(u.hasNormals, useNormals ? 1 : 0);
         glUniform1i(u.cullBackFacing, style.cullBackFacing ? 1 : 0);
@@ -322,10 +310,7 @@ void PointCloudRenderer::Render(const RenderContext& context, const Style& baseS
             NormalUniforms& u = gpu.normals;
             u.Refresh(program);
             const float length = std::isfinite(style.normalLength) ? style.normalLength : 0.0f;
-            glUniformMatrix4fv(u.model, 1, GL_FALSE, glm::value_ptr(model));
-            glUniformMatrix3fv(u.normalMatrix, 1, GL_FALSE, glm::value_ptr(normalMatrix));
-            glUniformMatrix4fv(u.viewProjection, 1, GL_FALSE, glm::value_ptr(viewProjection));
-            glUniform3f(u.cameraPosition, cameraPosition.x, cameraPosition.y, cameraPosition.z);
+            u.transform.Upload(context, model, normalMatrix);
             glUniform1i(u.cullBackFacing, style.cullBackFacing ? 1 : 0);
             glUniform1f(u.length, length);
             glUniform3f(u.color, style.color.r, style.color.g, style.color.b);

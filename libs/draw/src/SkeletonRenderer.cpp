@@ -3,6 +3,7 @@
 #include <vexa/draw/RenderContext.h>
 
 #include "LightingUniforms.h"
+#include "TransformUniforms.h"
 
 #include <plor/ArrayObject.h>
 #include <plor/Program.h>
@@ -53,10 +54,10 @@ constexpr plor::ProgramFiles kBasisFiles{"skeleton/bones.vert", "skeleton/bones.
 /// GL ignores.
 struct Uniforms {
     unsigned int program = 0;
-    GLint model = -1, view = -1, projection = -1, viewProjection = -1, cameraPosition = -1;
     GLint color = -1;
     GLint viewportSize = -1, viewportHeight = -1, lineWidth = -1;
     GLint modelScale = -1, minPointSize = -1, maxPointSize = -1;
+    TransformUniforms transform;
     LightingUniforms lighting;
 
     void Refresh(plor::Program& p)
@@ -64,11 +65,7 @@ struct Uniforms {
         if (p.GetId() == program)
             return;
         program = p.GetId();
-        model = p.GetUniformLocation("uModel");
-        view = p.GetUniformLocation("uView");
-        projection = p.GetUniformLocation("uProjection");
-        viewProjection = p.GetUniformLocation("uViewProjection");
-        cameraPosition = p.GetUniformLocation("uCameraPosition");
+        transform.Refresh(p);
         color = p.GetUniformLocation("uColor");
         lighting.Refresh(p);
         viewportSize = p.GetUniformLocation("uViewportSize");
@@ -83,10 +80,6 @@ struct Uniforms {
 /// Everything of one Render that does not depend on the program.
 struct Frame {
     glm::mat4 model{1.0f};
-    glm::mat4 view{1.0f};
-    glm::mat4 projection{1.0f};
-    glm::mat4 viewProjection{1.0f};
-    glm::vec3 cameraPosition{0.0f};
     glm::vec2 viewportSize{1.0f};
     float pixelScale = 1.0f;
     float modelScale = 1.0f;
@@ -96,11 +89,6 @@ Frame MakeFrame(const RenderContext& context, const SkeletonStyle& style)
 {
     Frame f;
     f.model = style.transform.GetMatrix();
-    f.view = context.view;
-    f.projection = context.projection;
-    f.viewProjection = context.projection * context.view;
-    const glm::mat4 cameraToWorld = glm::inverse(context.view);
-    f.cameraPosition = glm::vec3(cameraToWorld[3]);
     // Joint spheres grow with the model's largest scale, so they never vanish inside bones.
     const glm::mat3 linear(f.model);
     f.modelScale = std::max({glm::length(linear[0]), glm::length(linear[1]), glm::length(linear[2])});
@@ -119,11 +107,7 @@ Frame MakeFrame(const RenderContext& context, const SkeletonStyle& style)
 void SetCommonUniforms(const Uniforms& u, const Frame& f, const RenderContext& context,
                        const tesk::Color3f& color, bool lit, float lineWidth)
 {
-    glUniformMatrix4fv(u.model, 1, GL_FALSE, glm::value_ptr(f.model));
-    glUniformMatrix4fv(u.view, 1, GL_FALSE, glm::value_ptr(f.view));
-    glUniformMatrix4fv(u.projection, 1, GL_FALSE, glm::value_ptr(f.projection));
-    glUniformMatrix4fv(u.viewProjection, 1, GL_FALSE, glm::value_ptr(f.viewProjection));
-    glUniform3f(u.cameraPosition, f.cameraPosition.x, f.cameraPosition.y, f.cameraPosition.z);
+    u.transform.Upload(context, f.model);
     glUniform3f(u.color, color.r, color.g, color.b);
     u.lighting.UploadLights(context, lit);
     glUniform2f(u.viewportSize, f.viewportSize.x, f.viewportSize.y);
