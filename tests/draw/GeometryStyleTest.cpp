@@ -191,16 +191,3 @@ TEST(ElementRendererTest, CustomColorsMustMatchTheVertexCount)
     EXPECT_FALSE(renderer.HasCustomColors());
 }
 
-TEST(ElementRendererTest, LivesAndDiesWithoutAnyGlContext)
-{
-    const std::size_t pendingBefore = plor::PendingGlDeletes();
-    {
-        GeometryRenderer renderer(GeometryName::Torus);
-        std::vector<tesk::Color3f> colors(renderer.GetVertexCount(), tesk::Color3f(0, 1, 0));
-        EXPECT_TRUE(renderer.SetCustomColors(colors));
-        renderer.ReleaseGpuResources();
-        EXPECT_GT(renderer.GetTriangleCount(), 0u);
-    }
-    // Nothing was ever created on a GPU, so nothing waits to be deleted either.
-    EXPECT_EQ(plor::PendingGlDeletes(), pendingBefore);
-}

@@ -2,6 +2,8 @@
 
 #include "LogCapture.h"
 
+#include "GlmNear.h"
+
 #include <gtest/gtest.h>
 
 #include <glm/ext/matrix_clip_space.hpp>
@@ -19,14 +21,7 @@ namespace {
 
 constexpr float kPi = std::numbers::pi_v<float>;
 
-::testing::AssertionResult Near(const glm::vec3& actual, const glm::vec3& expected, float tolerance)
-{
-    if (glm::all(glm::lessThanEqual(glm::abs(actual - expected), glm::vec3(tolerance))))
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure()
-           << "(" << actual.x << ", " << actual.y << ", " << actual.z << ") is not within " << tolerance
-           << " of (" << expected.x << ", " << expected.y << ", " << expected.z << ")";
-}
+using testing_support::Near;
 
 bool IsFinite(const glm::mat4& m)
 {

@@ -333,40 +333,6 @@ TEST_F(GlTest, AntiAliasingBlendsEdges)
     EXPECT_EQ(plor::GetLastGlError(), "");
 }
 
-TEST_F(GlTest, WindowCaptureAgreesWithOffscreenRendering)
-{
-    RenderSystem system;
-    system.SetFramebufferSize(kSize, kSize);
-    system.SetAntiAliasingMethod(AntiAliasingMethod::Off);
-    auto scene = std::make_shared<Scene>(glm::ivec4(0, 0, kSize, kSize));
-    scene->SetGridMode(GridMode::XY);
-    LookFrom(*scene, {3, 4, 5}, {0, 0, 1});
-    scene->AddInstance(std::make_shared<FlatRenderer>(std::vector<glm::vec2>{{0.2f, 0.2f}, {0.9f, 0.3f}, {0.5f, 0.9f}}),
-                       ColorStyle(1, 0.5f, 0));
-    system.AddScene(scene);
-
-    system.Render();
-    const tesk::Image captured = system.CaptureImage();
-    ASSERT_EQ(captured.GetWidth(), static_cast<std::uint32_t>(kSize));
-    ASSERT_EQ(captured.GetHeight(), static_cast<std::uint32_t>(kSize));
-    ASSERT_EQ(captured.GetChannels(), 4);
-    const auto bytes = captured.GetUInt8Data();
-    const Pixels window(kSize, kSize, std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
-
-    system.RenderTo(target_);
-    const Pixels offscreen = ReadTarget();
-    int different = 0;
-    for (int y = 0; y < kSize; ++y)
-        for (int x = 0; x < kSize; ++x)
-            if (!Near(window.At(x, y), offscreen.At(x, y), 2))
-                ++different;
-    EXPECT_LE(different, kSize) << "the window and the target show different pictures";
-    // Top row first: the triangle is in the upper right part of both.
-    EXPECT_TRUE(Looks(window.At(90, 40), FromFloat(1, 0.5f, 0)));
-    EXPECT_GT(window.CountDifferent(kBackground, 12), 200) << "grid and axes were drawn";
-    EXPECT_EQ(system.GetFrameCount(), 2u);
-}
-
 TEST_F(GlTest, ScreenshotsAreReadablePngs)
 {
     RenderSystem system;

@@ -4,6 +4,8 @@
 
 #include "LogCapture.h"
 
+#include "GlmNear.h"
+
 #include <gtest/gtest.h>
 
 #include <glm/ext/matrix_transform.hpp>
@@ -25,14 +27,7 @@ namespace {
 constexpr float kQuarter = std::numbers::pi_v<float> / 2.0f;
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 
-::testing::AssertionResult Near(const glm::vec3& actual, const glm::vec3& expected, float tolerance = 1e-5f)
-{
-    if (glm::all(glm::lessThanEqual(glm::abs(actual - expected), glm::vec3(tolerance))))
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "(" << actual.x << ", " << actual.y << ", " << actual.z
-                                         << ") is not within " << tolerance << " of (" << expected.x << ", "
-                                         << expected.y << ", " << expected.z << ")";
-}
+using testing_support::Near;
 
 // Whatever was done to it, the frame must stay orthonormal and right-handed.
 void ExpectOrthonormalFrame(const VisualCamera& camera)

@@ -291,17 +291,4 @@ TEST_F(SidebarTest, OptionsToggleAddsThePanelOnTopAndTakesItAway)
     EXPECT_EQ(toggle->getProperty("NormalColour"), "FF4A4D50");
 }
 
-TEST_F(SidebarTest, VisibilityChangesReachTheCallbackOnce)
-{
-    std::vector<bool> seen;
-    area_.SetSidebarVisibilityCallback([&](bool visible) { seen.push_back(visible); });
-    sidebar_->SetVisible(false);
-    sidebar_->SetVisible(false);
-    EXPECT_FALSE(area_.GetChild("sidebar")->isVisible());
-    EXPECT_FALSE(area_.IsSidebarVisible());
-    area_.SetSidebarVisible(true);
-    EXPECT_TRUE(sidebar_->IsVisible());
-    EXPECT_EQ(seen, (std::vector<bool>{false, true}));
-}
-
 } // namespace

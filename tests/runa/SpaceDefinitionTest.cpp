@@ -44,29 +44,7 @@ void WriteBasis(BinaryWriter& writer, std::uint8_t version, const std::string& n
     writer.Write(std::uint8_t{Axis::NegY}).Write(std::uint8_t{Axis::PosX}).Write(false);
 }
 
-bool SignBits(const glm::vec3& v, bool x, bool y, bool z)
-{
-    return std::signbit(v.x) == x && std::signbit(v.y) == y && std::signbit(v.z) == z;
-}
-
 } // namespace
-
-TEST(SpaceDefinition, AxisVectorsKeepNegativeZeros)
-{
-    // Axis values 0..5 are +X, +Y, +Z, -X, -Y, -Z; the negative ones carry -0 in the other two.
-    for (std::uint8_t axis = 0; axis < 6; ++axis) {
-        glm::vec3 expected(0.0f);
-        expected[axis % 3] = axis < 3 ? 1.0f : -1.0f;
-        EXPECT_EQ(runa::AxisVector(axis), expected) << int(axis);
-        EXPECT_TRUE(SignBits(runa::AxisVector(axis), axis >= 3, axis >= 3, axis >= 3)) << int(axis);
-    }
-    EXPECT_EQ(runa::AxisVector(6), glm::vec3(0));
-    EXPECT_EQ(runa::AxisVector(255), glm::vec3(0));
-
-    EXPECT_EQ(runa::VectorToString(runa::AxisVector(Axis::NegZ)),
-              "-0.000000, -0.000000, -1.000000");
-    EXPECT_EQ(runa::VectorToString({1.5f, -2.25f, 1e6f}), "1.500000, -2.250000, 1000000.000000");
-}
 
 TEST(SpaceDefinition, DefaultJson)
 {

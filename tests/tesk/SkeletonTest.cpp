@@ -4,6 +4,8 @@
 #include <tesk/SkeletonAction.h>
 
 #include <glm/gtc/constants.hpp>
+#include "GlmNear.h"
+
 #include <gtest/gtest.h>
 
 using tesk::Skeleton;
@@ -17,12 +19,7 @@ glm::vec3 Origin(const glm::mat4& m)
     return glm::vec3(m[3]);
 }
 
-void ExpectNear(const glm::vec3& actual, const glm::vec3& expected)
-{
-    EXPECT_NEAR(actual.x, expected.x, 1e-5f);
-    EXPECT_NEAR(actual.y, expected.y, 1e-5f);
-    EXPECT_NEAR(actual.z, expected.z, 1e-5f);
-}
+using testing_support::ExpectNear;
 
 const glm::vec3 zAxis(0, 0, 1);
 

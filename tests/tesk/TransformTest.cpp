@@ -1,6 +1,8 @@
 #include <tesk/Transform.h>
 
 #include <glm/gtc/matrix_transform.hpp>
+#include "GlmNear.h"
+
 #include <gtest/gtest.h>
 
 #include "../common/LogCapture.h"
@@ -11,12 +13,7 @@ namespace {
 
 constexpr float kPi = 3.14159265358979f;
 
-void ExpectNear(const glm::vec3& actual, const glm::vec3& expected, float tolerance = 1e-5f)
-{
-    EXPECT_NEAR(actual.x, expected.x, tolerance);
-    EXPECT_NEAR(actual.y, expected.y, tolerance);
-    EXPECT_NEAR(actual.z, expected.z, tolerance);
-}
+using testing_support::ExpectNear;
 
 // q and -q are the same rotation.
 void ExpectSameRotation(const glm::quat& actual, const glm::quat& expected)
