@@ -99,6 +99,10 @@ protected:
 
     static bool ReadStateVersion(std::istream& stream, unsigned int version);
     static void WriteStateVersion(std::ostream& stream, unsigned int version);
+    /// A drawing style inside a state record: u32 0, then the style's own versioned block.
+    /// Reading fails (and the style keeps its values) on another word or a bad block.
+    static bool ReadStyleRecord(std::istream& stream, draw::Style& style);
+    static void WriteStyleRecord(std::ostream& stream, const draw::Style& style);
 
 private:
     bool TestInitialization(const std::string& function) const;

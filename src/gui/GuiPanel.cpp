@@ -93,24 +93,22 @@ GuiPanel::GuiPanel()
 
     header_->subscribeEvent(CEGUI::Window::EventMouseButtonUp,
                             CEGUI::Event::Subscriber(&GuiPanel::OnHeaderClicked, this));
+    const auto connect = [this](CEGUI::Window* button, std::function<void()> GuiPanel::*member) {
+        button->subscribeEvent(CEGUI::PushButton::EventClicked, [this, member](const CEGUI::EventArgs&) {
+            // The callback may destroy this panel: run a copy that outlives it.
+            std::function<void()> callback = this->*member;
+            if (callback)
+                callback();
+            return true;
+        });
+    };
     if (CEGUI::Window* pin = GetButton("btn_pin"))
     {
         pin->setVisible(false);
-        pin->subscribeEvent(CEGUI::PushButton::EventClicked, [this](const CEGUI::EventArgs&) {
-            // The callback may destroy this panel: run a copy that outlives it.
-            std::function<void()> callback = pinCallback_;
-            if (callback)
-                callback();
-            return true;
-        });
+        connect(pin, &GuiPanel::pinCallback_);
     }
     if (CEGUI::Window* remove = GetButton("btn_remove"))
-        remove->subscribeEvent(CEGUI::PushButton::EventClicked, [this](const CEGUI::EventArgs&) {
-            std::function<void()> callback = removeCallback_;
-            if (callback)
-                callback();
-            return true;
-        });
+        connect(remove, &GuiPanel::removeCallback_);
     if (CEGUI::Window* focus = GetButton("btn_focus"))
         focus->setVisible(false);
 }

@@ -25,7 +25,6 @@ namespace vexa::modules {
 
 namespace {
 
-constexpr unsigned int kStyleBlockVersion = 0;
 constexpr unsigned int kFieldsVersion = 1;
 
 bool IsSolid(int mode)
@@ -247,9 +246,9 @@ bool GeometryGadget::ReadFromStream(std::istream& stream)
         return false;
     // Read into copies so that a record that fails half-way leaves every default in place.
     draw::GeometryStyle style = *style_;
-    runa::BinaryReader reader(stream);
-    if (!reader.ReadVersion(kStyleBlockVersion) || !style.ReadFromStream(stream))
+    if (!ReadStyleRecord(stream, style))
         return false;
+    runa::BinaryReader reader(stream);
     std::uint32_t matcap = 0;
     if (!reader.ReadVersion(kFieldsVersion) || !reader.Read(matcap))
         return false;
@@ -261,9 +260,8 @@ bool GeometryGadget::ReadFromStream(std::istream& stream)
 void GeometryGadget::WriteToStream(std::ostream& stream) const
 {
     Gadget::WriteToStream(stream);
+    WriteStyleRecord(stream, *style_);
     runa::BinaryWriter writer(stream);
-    writer.WriteVersion(kStyleBlockVersion);
-    style_->WriteToStream(stream);
     writer.WriteVersion(kFieldsVersion);
     writer.Write(static_cast<std::uint32_t>(matcapIndex_));
 }

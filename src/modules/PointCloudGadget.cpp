@@ -20,7 +20,6 @@ namespace vexa::modules {
 
 namespace {
 
-constexpr unsigned int kStyleBlockVersion = 0;
 constexpr unsigned int kFieldsVersion = 0;
 
 } // namespace
@@ -264,7 +263,7 @@ bool PointCloudGadget::ReadFromStream(std::istream& stream)
         return false;
     draw::PointCloudStyle style = *style_;
     runa::BinaryReader reader(stream);
-    if (!reader.ReadVersion(kStyleBlockVersion) || !style.ReadFromStream(stream) || !reader.ReadVersion(kFieldsVersion))
+    if (!ReadStyleRecord(stream, style) || !reader.ReadVersion(kFieldsVersion))
         return false;
     std::uint32_t source = 0, coloring = 0, data = 0, map = 0;
     float correction = 1.0f;
@@ -285,9 +284,8 @@ bool PointCloudGadget::ReadFromStream(std::istream& stream)
 void PointCloudGadget::WriteToStream(std::ostream& stream) const
 {
     Gadget::WriteToStream(stream);
+    WriteStyleRecord(stream, *style_);
     runa::BinaryWriter writer(stream);
-    writer.WriteVersion(kStyleBlockVersion);
-    style_->WriteToStream(stream);
     writer.WriteVersion(kFieldsVersion);
     writer.Write(static_cast<std::uint32_t>(colorSource_));
     writer.Write(static_cast<std::uint32_t>(coloringOption_));

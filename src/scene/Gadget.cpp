@@ -7,7 +7,9 @@
 #include <vexa/Resource.h>
 
 #include <vexa/draw/Scene.h>
+#include <vexa/draw/Style.h>
 
+#include <runa/BinaryStream.h>
 #include <runa/rlog.h>
 
 #include <cstdint>
@@ -20,6 +22,7 @@ namespace vexa {
 namespace {
 
 constexpr unsigned int kBaseStateVersion = 0;
+constexpr unsigned int kStyleRecordVersion = 0;
 
 } // namespace
 
@@ -194,23 +197,25 @@ bool Gadget::SaveState() const
     return true;
 }
 
+bool Gadget::ReadStyleRecord(std::istream& stream, draw::Style& style)
+{
+    return ReadStateVersion(stream, kStyleRecordVersion) && style.ReadFromStream(stream);
+}
+
+void Gadget::WriteStyleRecord(std::ostream& stream, const draw::Style& style)
+{
+    WriteStateVersion(stream, kStyleRecordVersion);
+    style.WriteToStream(stream);
+}
+
 bool Gadget::ReadStateVersion(std::istream& stream, unsigned int version)
 {
-    unsigned char bytes[4] = {};
-    if (!stream.read(reinterpret_cast<char*>(bytes), 4))
-        return false;
-    const std::uint32_t value = static_cast<std::uint32_t>(bytes[0]) | (static_cast<std::uint32_t>(bytes[1]) << 8) |
-                                (static_cast<std::uint32_t>(bytes[2]) << 16) |
-                                (static_cast<std::uint32_t>(bytes[3]) << 24);
-    return value == version;
+    return runa::BinaryReader(stream, "vexa::Gadget::ReadStateVersion").ReadVersion(version);
 }
 
 void Gadget::WriteStateVersion(std::ostream& stream, unsigned int version)
 {
-    const std::uint32_t value = version;
-    const char bytes[4] = {static_cast<char>(value & 0xFF), static_cast<char>((value >> 8) & 0xFF),
-                           static_cast<char>((value >> 16) & 0xFF), static_cast<char>((value >> 24) & 0xFF)};
-    stream.write(bytes, 4);
+    runa::BinaryWriter(stream).WriteVersion(version);
 }
 
 bool Gadget::TestInitialization(const std::string& function) const
