@@ -15,6 +15,7 @@
 
 #include <vexa/Export.h>
 #include <vexa/Input.h>
+#include <vexa/Picking.h>
 #include <vexa/ResourceId.h>
 
 #include <vexa/draw/ProjectionParams.h>
@@ -23,6 +24,7 @@
 
 #include <iosfwd>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace CEGUI {
@@ -70,6 +72,10 @@ public:
     virtual int AddRenderer(const std::shared_ptr<draw::Renderer>& renderer,
                             const std::shared_ptr<draw::Style>& style, unsigned char flags) const;
     virtual void RemoveRenderer(int handle) const;
+
+    /// What of this gadget's content lies under the pointer (Shift + left click); the base
+    /// has nothing to offer.
+    virtual std::optional<PickHit> Pick(const PickRequest& request) const;
 
     void SetViewarea(Viewarea* viewarea);
     Viewarea* GetViewarea() const { return viewarea_; }

@@ -74,6 +74,8 @@ enum class MouseButton : int {
     Left = 0,
     Right = 1,
     Middle = 2,
+    Button4 = 3,
+    Button5 = 4,
 };
 
 /// Modifier keys held while a key or mouse button event happened.
@@ -82,17 +84,6 @@ struct ModKeys {
     bool control = false;
     bool alt = false;
     bool super = false;
-
-    /// From the window library's modifier bit set (shift 1, control 2, alt 4, super 8).
-    static ModKeys FromBits(int bits)
-    {
-        ModKeys mods;
-        mods.shift = (bits & 0x1) != 0;
-        mods.control = (bits & 0x2) != 0;
-        mods.alt = (bits & 0x4) != 0;
-        mods.super = (bits & 0x8) != 0;
-        return mods;
-    }
 
     bool operator==(const ModKeys&) const = default;
 };

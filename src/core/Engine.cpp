@@ -1,8 +1,12 @@
 #include "core/Engine.h"
 
+#include "core/InputTranslator.h"
+#include "core/LayoutChooser.h"
 #include "core/LookParser.h"
+#include "core/Notice.h"
 #include "core/Notifications.h"
 #include "core/Platform.h"
+#include "core/SeparatorLines.h"
 #include "core/Viewarea.h"
 #include "core/ViewareaSettings.h"
 #include "gui/Sidebar.h"
@@ -18,7 +22,6 @@
 
 #include <nubo/GuiSystem.h>
 
-#include <plor/ArrayObject.h>
 #include <plor/Gl.h>
 #include <plor/Program.h>
 #include <plor/Window.h>
@@ -38,27 +41,13 @@ namespace {
 
 constexpr const char* kLineShader = "LINE_SHADER";
 constexpr int kGlfwVisible = 0x20004;
-constexpr int kTabKey = 258;
-constexpr int kF12Key = 301;
-constexpr int kRKey = 82;
-constexpr const char* kLayoutChooserName = "vexa_layout_chooser";
-constexpr const char* kNoticeName = "vexa_notice";
-// The notice is fully opaque until this many seconds are left, then fades out.
-constexpr float kNoticeFadeSeconds = 2.5f;
 // A camera that moves (an animation, a focus jump, a host's pose) marks the view areas dirty on
 // every change; they are written once it has been still this long (100 ns ticks: 0.5 s), so a
 // moving camera does not cost a file write per frame.
 constexpr std::uint64_t kViewSettleTicks = 5'000'000;
-
-// The chooser's tiles: the four layouts side by side in the middle of the window.
-// Sized to fit the smallest window a look gives (640 px wide).
-constexpr float kTileWidth = 136.0f;
-constexpr float kTileHeight = 124.0f;
-constexpr float kTileGap = 16.0f;
-constexpr float kSketchInset = 14.0f;
-constexpr float kSketchHeight = 76.0f;
-constexpr float kSketchGap = 2.0f;
-constexpr const char* kLayoutCaptions[] = {"Single View", "Dual Split", "B Split", "Quad Split"};
+constexpr float kNoticeSeconds = 3.0f;
+// A pick report stays longer than the other notices: it is read, not glanced at.
+constexpr float kPickNoticeSeconds = 8.0f;
 
 struct PixelRect {
     float x = 0.0f;
@@ -71,25 +60,6 @@ PixelRect ResolveRect(const ViewareaLook& look, float width, float height)
 {
     return {look.position.x.Resolve(width), look.position.y.Resolve(height), look.size.width.Resolve(width),
             look.size.height.Resolve(height)};
-}
-
-ViewareaLook MakeArea(float x, float y, float width, float height)
-{
-    ViewareaLook look;
-    look.position = {{x, 0.0f}, {y, 0.0f}};
-    look.size = {{width, 0.0f}, {height, 0.0f}};
-    return look;
-}
-
-CEGUI::MouseButton ToCeguiButton(plor::MouseButton button)
-{
-    switch (button)
-    {
-    case plor::MouseButton::Left: return CEGUI::LeftButton;
-    case plor::MouseButton::Right: return CEGUI::RightButton;
-    case plor::MouseButton::Middle: return CEGUI::MiddleButton;
-    default: return CEGUI::NoButton;
-    }
 }
 
 } // namespace
@@ -112,24 +82,25 @@ struct Engine::Impl {
     std::string intermediateDirectory;
     bool redraw = false;
     bool initialized = false;
-    CEGUI::Window* layoutChooser = nullptr;
+    InputTranslator input;
+    std::unique_ptr<LayoutChooser> layoutChooser;
+    std::unique_ptr<Notice> notice = std::make_unique<Notice>();
     GeneralOptions options;
     ViewareaSettings viewareaSettings;
     plor::ProgramList programs;
-    plor::ArrayObject separatorLines;
+    SeparatorLines separatorLines;
     std::vector<std::shared_ptr<draw::Light>> lights{std::make_shared<draw::Light>()};
     std::uint64_t lastTick = 0;
     bool firstStep = true;
     bool iconified = false;
     bool shaderReloadRequested = false;
-    CEGUI::Window* notice = nullptr;
-    float noticeCountdown = 0.0f;
     std::uint64_t lastViewChangeTick = 0;
     unsigned int nextViewareaId = 0;
 };
 
 Engine::Engine() : impl_(std::make_unique<Impl>())
 {
+    impl_->layoutChooser = std::make_unique<LayoutChooser>([this](std::uint8_t layout) { ApplyLayout(layout); });
     SetEngineServices(this);
 }
 
@@ -144,12 +115,9 @@ Engine::~Engine()
         impl_->window->RemoveObserver(&impl_->windowManager);
         impl_->window->SetContextConditional();
     }
-    if (CEGUI::WindowManager::getSingletonPtr() != nullptr)
-        for (CEGUI::Window* window : {impl_->layoutChooser, impl_->notice})
-            if (window != nullptr)
-                CEGUI::WindowManager::getSingleton().destroyWindow(window);
-    impl_->layoutChooser = nullptr;
-    impl_->notice = nullptr;
+    // Their windows go before the GUI does.
+    impl_->layoutChooser.reset();
+    impl_->notice.reset();
     // Gadgets and view areas reach back through the services while they go.
     impl_->viewareas.clear();
     impl_->resources.clear();
@@ -192,10 +160,16 @@ const std::shared_ptr<plor::Window>& Engine::GetWindow() const { return impl_->w
 bool Engine::IsRedrawRequested() const { return impl_->redraw; }
 bool Engine::IsLayoutChooserShown() const
 {
-    return impl_->layoutChooser != nullptr && impl_->layoutChooser->getParent() != nullptr;
+    return impl_->layoutChooser && impl_->layoutChooser->IsShown();
 }
-CEGUI::Window* Engine::GetLayoutChooser() const { return impl_->layoutChooser; }
-float Engine::GetNoticeCountdown() const { return impl_->noticeCountdown; }
+CEGUI::Window* Engine::GetLayoutChooser() const
+{
+    return impl_->layoutChooser ? impl_->layoutChooser->GetWindow() : nullptr;
+}
+float Engine::GetNoticeCountdown() const
+{
+    return impl_->notice ? impl_->notice->GetCountdown() : 0.0f;
+}
 void Engine::RequestShaderReload()
 {
     impl_->shaderReloadRequested = true;
@@ -316,7 +290,7 @@ bool Engine::Initialize(const std::string& lookFile)
     s.options.SetDirty(false);
     s.options.ApplyAll();
     if (s.options.GetViewLayout() != 0)
-        viewLooks = MakeLayout(s.options.GetViewLayout());
+        viewLooks = LayoutChooser::MakeLayout(s.options.GetViewLayout());
     SetViewareas(viewLooks);
     // Records for another layout do not fit; the view areas then keep their look's state.
     if (s.viewareaSettings.Load(s.intermediateDirectory) && !s.viewareaSettings.Apply(s.viewareas))
@@ -345,21 +319,6 @@ void Engine::CheckGpuVersion()
         ShowMessageBox(kGpuWarningCaption, warning, MessageIcon::Warning);
     else
         rlog::Warn(warning, "vexa::Engine::CheckGpuVersion");
-}
-
-std::vector<ViewareaLook> Engine::MakeLayout(std::uint8_t layout)
-{
-    switch (layout)
-    {
-    case 1: return {MakeArea(0.0f, 0.0f, 1.0f, 1.0f)};
-    case 2: return {MakeArea(0.0f, 0.0f, 0.5f, 1.0f), MakeArea(0.5f, 0.0f, 0.5f, 1.0f)};
-    case 3:
-        return {MakeArea(0.0f, 0.0f, 0.5f, 1.0f), MakeArea(0.5f, 0.0f, 0.5f, 0.5f), MakeArea(0.5f, 0.5f, 0.5f, 0.5f)};
-    case 4:
-        return {MakeArea(0.0f, 0.0f, 0.5f, 0.5f), MakeArea(0.5f, 0.0f, 0.5f, 0.5f), MakeArea(0.0f, 0.5f, 0.5f, 0.5f),
-                MakeArea(0.5f, 0.5f, 0.5f, 0.5f)};
-    default: return {};
-    }
 }
 
 void Engine::ClearViewareas()
@@ -391,8 +350,8 @@ void Engine::SetViewareas(const std::vector<ViewareaLook>& looks)
                 area->GetGadgetManager().Create(resource->GetId());
         impl_->viewareas.push_back(std::move(area));
     }
-    if (impl_->layoutChooser != nullptr && impl_->layoutChooser->getParent() != nullptr)
-        impl_->layoutChooser->moveToFront();
+    if (impl_->layoutChooser)
+        impl_->layoutChooser->BringToFront();
     if (impl_->window)
     {
         const glm::ivec2 size = impl_->window->GetFramebufferSize();
@@ -405,31 +364,14 @@ void Engine::BuildSeparatorLines()
     if (!impl_->window)
         return;
     const glm::ivec2 size = impl_->window->GetFramebufferSize();
-    const float width = static_cast<float>(std::max(size.x, 1));
-    const float height = static_cast<float>(std::max(size.y, 1));
-    const auto toClipX = [&](float x) { return 2.0f * x / width - 1.0f; };
-    const auto toClipY = [&](float y) { return 1.0f - 2.0f * y / height; };
-    std::vector<glm::vec3> vertices;
-    // Only the inner edges: the window border needs no line.
+    std::vector<glm::vec4> areas;
+    areas.reserve(impl_->viewareas.size());
     for (const auto& area : impl_->viewareas)
     {
-        const PixelRect r = ResolveRect(area->GetLook(), width, height);
-        const float right = r.x + r.width;
-        const float bottom = r.y + r.height;
-        if (right < width - 0.5f)
-        {
-            vertices.emplace_back(toClipX(right), toClipY(r.y), 0.0f);
-            vertices.emplace_back(toClipX(right), toClipY(bottom), 0.0f);
-        }
-        if (bottom < height - 0.5f)
-        {
-            vertices.emplace_back(toClipX(r.x), toClipY(bottom), 0.0f);
-            vertices.emplace_back(toClipX(right), toClipY(bottom), 0.0f);
-        }
+        const PixelRect r = ResolveRect(area->GetLook(), static_cast<float>(size.x), static_cast<float>(size.y));
+        areas.emplace_back(r.x, r.y, r.width, r.height);
     }
-    const std::size_t count = vertices.size();
-    impl_->separatorLines.SetBuffer(0, std::move(vertices), {plor::Attribute{0, 3}});
-    impl_->separatorLines.SetVertexCount(count);
+    impl_->separatorLines.Build(areas, size);
 }
 
 void Engine::Update()
@@ -467,7 +409,8 @@ void Engine::Update()
     for (const auto& resource : s.resources)
         resource->Update(dt);
 
-    UpdateNotice(dt);
+    if (s.notice->Advance(dt))
+        RequestRedraw();
     if (s.shaderReloadRequested)
     {
         s.shaderReloadRequested = false;
@@ -519,59 +462,9 @@ void Engine::SaveDirtySettings(std::uint64_t now, bool final)
 
 void Engine::ShowNotice(const std::string& text, float seconds)
 {
-    Impl& s = *impl_;
     rlog::Info(text, "vexa::Engine::ShowNotice");
-    s.noticeCountdown = std::max(seconds, 0.0f);
+    impl_->notice->Show(impl_->gui.IsInitialized() ? impl_->gui.GetRoot() : nullptr, text, seconds);
     RequestRedraw();
-    if (!s.gui.IsInitialized())
-        return;
-    if (s.notice == nullptr)
-    {
-        try
-        {
-            CEGUI::Window* notice = CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/Label", kNoticeName);
-            notice->setArea(CEGUI::URect(CEGUI::UDim(0.5f, -300.0f), CEGUI::UDim(1.0f, -64.0f), CEGUI::UDim(0.5f, 300.0f),
-                                         CEGUI::UDim(1.0f, -34.0f)));
-            notice->setProperty("BackgroundVisible", "true");
-            notice->setProperty("BackgroundColour", "E01F1F1F");
-            notice->setFont("InriaSans-12-Normal");
-            notice->setAlwaysOnTop(true);
-            notice->setMousePassThroughEnabled(true);
-            s.notice = notice;
-        }
-        catch (const CEGUI::Exception& e)
-        {
-            rlog::Warn(std::string("The notice could not be shown: ") + e.what(), "vexa::Engine::ShowNotice");
-            return;
-        }
-    }
-    if (s.notice->getParent() == nullptr)
-        s.gui.GetRoot()->addChild(s.notice);
-    s.notice->setText(text);
-    s.notice->setAlpha(std::clamp(s.noticeCountdown / kNoticeFadeSeconds, 0.0f, 1.0f));
-    s.notice->show();
-    s.notice->moveToFront();
-}
-
-void Engine::UpdateNotice(float dt)
-{
-    Impl& s = *impl_;
-    if (s.noticeCountdown <= 0.0f)
-        return;
-    s.noticeCountdown -= dt;
-    if (s.noticeCountdown <= 0.0f)
-    {
-        s.noticeCountdown = 0.0f;
-        if (s.notice != nullptr)
-            s.notice->hide();
-        RequestRedraw();
-        return;
-    }
-    if (s.notice == nullptr)
-        return;
-    const float alpha = std::clamp(s.noticeCountdown / kNoticeFadeSeconds, 0.0f, 1.0f);
-    if (alpha != s.notice->getAlpha())
-        s.notice->setAlpha(alpha);
 }
 
 void Engine::Render()
@@ -592,20 +485,8 @@ void Engine::Render()
     if (s.gui.IsInitialized())
         s.gui.Draw();
 
-    const glm::ivec2 size = s.window->GetFramebufferSize();
-    if (s.separatorLines.GetVertexCount() > 0)
-    {
-        plor::Program* program = s.programs.Get(kLineShader);
-        gl::glBindFramebuffer(gl::GL_FRAMEBUFFER, 0);
-        gl::glViewport(0, 0, size.x, size.y);
-        gl::glDisable(gl::GL_DEPTH_TEST);
-        if (program != nullptr && program->Use())
-        {
-            gl::glUniform3f(0, 26.0f / 255.0f, 26.0f / 255.0f, 26.0f / 255.0f);
-            gl::glLineWidth(1.0f);
-            s.separatorLines.Draw(plor::PrimitiveType::Lines);
-        }
-    }
+    if (plor::Program* program = s.programs.Get(kLineShader))
+        s.separatorLines.Draw(*program, s.window->GetFramebufferSize());
     if (!s.screenshotPath.empty())
     {
         s.screenshotSaved = s.renderSystem->SaveScreenshot(s.screenshotPath);
@@ -727,6 +608,7 @@ void Engine::OnMouseMove(float x, float y)
     Impl& s = *impl_;
     s.cursor = {x, y};
     const bool gui = s.gui.IsInitialized() && s.gui.InjectMouseMove(x, y);
+    // Also over the GUI: a drag that began in a view goes on while the pointer crosses a panel.
     if (s.cameraController)
         s.cameraController->InjectMouseMove(x, y);
     if (gui)
@@ -738,26 +620,34 @@ void Engine::OnMouseMove(float x, float y)
 void Engine::OnMouseDown(plor::MouseButton button, const plor::Modifiers& mods)
 {
     Impl& s = *impl_;
-    if (s.gui.IsInitialized() && s.gui.InjectMouseDown(button))
+    const TranslatedButton press = s.input.Press(button, mods);
+    if (s.gui.IsInitialized() && s.gui.InjectMouseDown(press.guiButton))
         return;
     if (s.cameraController)
-        s.cameraController->ActivateSceneUnderMouse(ToCeguiButton(button), static_cast<unsigned int>(mods.ToBits()));
-    if (Viewarea* area = ViewareaUnderCursor())
-        area->MouseButtonPressed(static_cast<MouseButton>(button), ModKeys::FromBits(mods.ToBits()));
+        s.cameraController->ActivateSceneUnderMouse(press.guiButton, press.systemKeys);
+    Viewarea* area = ViewareaUnderCursor();
+    if (area == nullptr)
+        return;
+    const EventStatus status = area->MouseButtonPressed(press.button, press.mods);
+    // Shift + left starts no camera drag, which leaves it free for picking.
+    const ModKeys shiftOnly{.shift = true};
+    if (status == EventStatus::NotConsumed && press.button == MouseButton::Left && press.mods == shiftOnly)
+        ReportPick(*area);
 }
 
 void Engine::OnMouseUp(plor::MouseButton button, const plor::Modifiers& mods)
 {
     Impl& s = *impl_;
+    const TranslatedButton release = s.input.Release(button, mods);
     if (s.cameraController && s.cameraController->DeactivateArea().has_value())
     {
         s.viewareaSettings.SetDirty();
         RequestRedraw();
     }
-    if (s.gui.IsInitialized() && s.gui.InjectMouseUp(button))
+    if (s.gui.IsInitialized() && s.gui.InjectMouseUp(release.guiButton))
         return;
     if (Viewarea* area = ViewareaUnderCursor())
-        area->MouseButtonReleased(static_cast<MouseButton>(button), ModKeys::FromBits(mods.ToBits()));
+        area->MouseButtonReleased(release.button, release.mods);
 }
 
 void Engine::OnMouseWheel(float, float dy)
@@ -777,41 +667,46 @@ void Engine::OnMouseWheel(float, float dy)
 void Engine::OnKeyDown(int key, const plor::Modifiers& mods, bool repeat)
 {
     Impl& s = *impl_;
+    const TranslatedKey typed = s.input.TranslateKey(key, mods);
+    // The GUI sees every key so that text fields edit; a field with the keyboard also gets the
+    // auto-repeat (a held Backspace keeps deleting). Everyone else ignores repeats.
+    const bool typing = s.gui.IsInitialized() && s.gui.IsTypingText();
+    if (s.gui.IsInitialized() && (!repeat || typing))
+        s.gui.InjectKeyDown(typed.scan);
     if (repeat)
         return;
-    if (s.gui.IsInitialized() && s.gui.InjectKeyDown(key))
-        return;
-    const ModKeys modKeys = ModKeys::FromBits(mods.ToBits());
     if (s.options.IsShortcutsEnabled())
     {
-        if (key == kTabKey)
+        if (typed.key == Key::Tab)
             ToggleLayoutChooser();
-        else if (key == kF12Key && s.renderSystem)
+        // Letters and function keys are text while a field has the keyboard: typing "r" into
+        // a search box must not reload the shaders.
+        else if (!typing && typed.key == Key::F12 && s.renderSystem)
         {
             s.screenshotPath = MakeScreenshotPath();
             // Told after the capture, so that the notice is not in the picture.
             s.screenshotNotice = true;
             RequestRedraw();
         }
-        else if (key == kRKey)
+        else if (!typing && typed.key == Key::R && typed.mods == ModKeys{})
             RequestShaderReload();
     }
-    if (Viewarea* area = ViewareaUnderCursor())
-        area->KeyPressed(static_cast<Key>(key), modKeys);
+    for (const auto& area : s.viewareas)
+        area->KeyPressed(typed.key, typed.mods);
     if (keyDownCallback_)
-        keyDownCallback_(static_cast<Key>(key), modKeys);
+        keyDownCallback_(typed.key, typed.mods);
 }
 
 void Engine::OnKeyUp(int key, const plor::Modifiers& mods)
 {
     Impl& s = *impl_;
-    if (s.gui.IsInitialized() && s.gui.InjectKeyUp(key))
-        return;
-    const ModKeys modKeys = ModKeys::FromBits(mods.ToBits());
+    const TranslatedKey typed = s.input.TranslateKey(key, mods);
+    if (s.gui.IsInitialized())
+        s.gui.InjectKeyUp(typed.scan);
     if (Viewarea* area = ViewareaUnderCursor())
-        area->KeyReleased(static_cast<Key>(key), modKeys);
+        area->KeyReleased(typed.key, typed.mods);
     if (keyUpCallback_)
-        keyUpCallback_(static_cast<Key>(key), modKeys);
+        keyUpCallback_(typed.key, typed.mods);
 }
 
 void Engine::OnChar(unsigned int codepoint)
@@ -826,123 +721,33 @@ void Engine::OnFilesDropped(const std::vector<std::string>& paths)
         fileDropCallback_(paths);
 }
 
+void Engine::ReportPick(Viewarea& area)
+{
+    const std::optional<PickHit> hit = area.Pick(impl_->cursor);
+    const std::string text = hit ? hit->report : "Nothing to pick under the pointer";
+    rlog::Info(text, "vexa::Engine::ReportPick");
+    impl_->notice->Show(impl_->gui.IsInitialized() ? impl_->gui.GetRoot() : nullptr, text,
+                        hit ? kPickNoticeSeconds : kNoticeSeconds);
+    RequestRedraw();
+}
+
 void Engine::ApplyLayout(std::uint8_t layout)
 {
     Impl& s = *impl_;
-    if (s.layoutChooser != nullptr && s.layoutChooser->getParent() != nullptr)
-        s.layoutChooser->getParent()->removeChild(s.layoutChooser);
+    s.layoutChooser->Hide();
     s.options.SetViewLayout(layout);
     s.options.SetDirty(true);
     // Rebuilding also re-lays the separator lines through the resize handler.
-    SetViewareas(MakeLayout(layout));
+    SetViewareas(LayoutChooser::MakeLayout(layout));
     // The new areas' state replaces the old layout's records.
     s.viewareaSettings.SetDirty();
 }
 
 void Engine::ToggleLayoutChooser()
 {
-    Impl& s = *impl_;
     RequestRedraw();
-    if (!s.gui.IsInitialized())
-        return;
-    if (s.layoutChooser != nullptr && s.layoutChooser->getParent() != nullptr)
-    {
-        s.layoutChooser->getParent()->removeChild(s.layoutChooser);
-        return;
-    }
-    if (s.layoutChooser == nullptr)
-        s.layoutChooser = BuildLayoutChooser();
-    if (s.layoutChooser == nullptr)
-        return;
-    s.gui.GetRoot()->addChild(s.layoutChooser);
-    s.layoutChooser->moveToFront();
-}
-
-CEGUI::Window* Engine::BuildLayoutChooser()
-{
-    CEGUI::WindowManager& windows = CEGUI::WindowManager::getSingleton();
-    CEGUI::Window* chooser = nullptr;
-    try
-    {
-        chooser = windows.createWindow("DarkVexa/ColorRect", kLayoutChooserName);
-        chooser->setArea(CEGUI::URect(CEGUI::UDim(0, 0), CEGUI::UDim(0, 0), CEGUI::UDim(1, 0), CEGUI::UDim(1, 0)));
-        chooser->setAlwaysOnTop(true);
-        chooser->setMousePassThroughEnabled(false);
-        chooser->setProperty("Colour", "AA000000");
-        // Only clicks on the dimmed background arrive here; the tiles handle their own.
-        chooser->subscribeEvent(CEGUI::Window::EventMouseClick, [this](const CEGUI::EventArgs&) {
-            ToggleLayoutChooser();
-            return true;
-        });
-
-        const float rowWidth = 4.0f * kTileWidth + 3.0f * kTileGap;
-        CEGUI::Window* title = windows.createWindow("DarkVexa/Label", "title");
-        title->setArea(CEGUI::URect(CEGUI::UDim(0.5f, -rowWidth / 2.0f), CEGUI::UDim(0.5f, -kTileHeight / 2.0f - 40.0f),
-                                    CEGUI::UDim(0.5f, rowWidth / 2.0f), CEGUI::UDim(0.5f, -kTileHeight / 2.0f - 12.0f)));
-        title->setFont("InriaSans-12-Normal");
-        title->setText("Choose a view layout  (Tab closes)");
-        title->setMousePassThroughEnabled(true);
-        chooser->addChild(title);
-
-        for (int i = 0; i < 4; ++i)
-        {
-            const auto layout = static_cast<std::uint8_t>(i + 1);
-            CEGUI::Window* tile = windows.createWindow("DarkVexa/PushButton", "layout" + std::to_string(i));
-            tile->setID(static_cast<CEGUI::uint>(layout));
-            const float left = -rowWidth / 2.0f + static_cast<float>(i) * (kTileWidth + kTileGap);
-            tile->setArea(CEGUI::URect(CEGUI::UDim(0.5f, left), CEGUI::UDim(0.5f, -kTileHeight / 2.0f),
-                                       CEGUI::UDim(0.5f, left + kTileWidth), CEGUI::UDim(0.5f, kTileHeight / 2.0f)));
-            tile->setProperty("NormalColour", "00000000");
-            tile->setProperty("BorderColour", "55FFFFFF");
-            tile->setProperty("HoverColour", "FF11B252");
-            tile->setProperty("PushedColour", "FF16DF67");
-            tile->setTooltipText(std::string("Split the window as \"") + kLayoutCaptions[i] + "\"");
-            tile->subscribeEvent(CEGUI::PushButton::EventClicked, [this, layout](const CEGUI::EventArgs&) {
-                ApplyLayout(layout);
-                return true;
-            });
-
-            // The sketch: one translucent panel per view area of the layout, in the same places.
-            int part = 0;
-            for (const ViewareaLook& area : MakeLayout(layout))
-            {
-                CEGUI::Window* panel = windows.createWindow("DarkVexa/ColorRect", "area" + std::to_string(part++));
-                const float x0 = area.position.x.relative;
-                const float y0 = area.position.y.relative;
-                const float x1 = x0 + area.size.width.relative;
-                const float y1 = y0 + area.size.height.relative;
-                // Inside a sketch rectangle of the tile: inset on the sides, fixed height on top.
-                const auto sketchX = [](float relative, float pad) {
-                    return CEGUI::UDim(relative, kSketchInset + pad - relative * 2.0f * kSketchInset);
-                };
-                const auto sketchY = [](float relative, float pad) {
-                    return CEGUI::UDim(0.0f, kSketchInset + pad + relative * kSketchHeight);
-                };
-                panel->setArea(CEGUI::URect(sketchX(x0, kSketchGap), sketchY(y0, kSketchGap), sketchX(x1, -kSketchGap),
-                                            sketchY(y1, -kSketchGap)));
-                panel->setProperty("Colour", "55FFFFFF");
-                panel->setMousePassThroughEnabled(true);
-                tile->addChild(panel);
-            }
-
-            CEGUI::Window* caption = windows.createWindow("DarkVexa/Label", "caption");
-            caption->setArea(CEGUI::URect(CEGUI::UDim(0, 0), CEGUI::UDim(0, kSketchInset + kSketchHeight + 4.0f),
-                                          CEGUI::UDim(1, 0), CEGUI::UDim(1, -4.0f)));
-            caption->setFont("InriaSans-12-Normal");
-            caption->setText(kLayoutCaptions[i]);
-            caption->setMousePassThroughEnabled(true);
-            tile->addChild(caption);
-            chooser->addChild(tile);
-        }
-    }
-    catch (const CEGUI::Exception& e)
-    {
-        rlog::Fail(std::string("The layout chooser could not be built: ") + e.what(), "vexa::Engine::ToggleLayoutChooser");
-        if (chooser != nullptr)
-            windows.destroyWindow(chooser);
-        return nullptr;
-    }
-    return chooser;
+    if (impl_->gui.IsInitialized())
+        impl_->layoutChooser->Toggle(impl_->gui.GetRoot());
 }
 
 } // namespace vexa

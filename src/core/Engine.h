@@ -91,16 +91,14 @@ public:
     /// The chooser's window once it was first shown; null before.
     CEGUI::Window* GetLayoutChooser() const;
 
-    /// A short message at the bottom of the window that fades out over its last 2.5 seconds.
+    /// A short message at the bottom of the window that fades out over its last 2.5 seconds;
+    /// also logged.
     void ShowNotice(const std::string& text, float seconds = 3.0f);
     /// Seconds until the notice is gone; 0 when none is shown.
     float GetNoticeCountdown() const;
     /// The render system's shaders and the engine's own programs are rebuilt at the next step,
     /// where the context is current, not from inside an input handler.
     void RequestShaderReload();
-
-    /// The view areas of layout 1..4 ("Single View", "Dual Split", "B Split", "Quad Split").
-    static std::vector<ViewareaLook> MakeLayout(std::uint8_t layout);
 
     // EngineServices
     void RequestRedraw() override;
@@ -132,8 +130,8 @@ private:
     Viewarea* ViewareaUnderCursor() const;
     void BuildSeparatorLines();
     void ApplyLayout(std::uint8_t layout);
-    CEGUI::Window* BuildLayoutChooser();
-    void UpdateNotice(float dt);
+    /// What lies under the pointer in `area`, in the notice line and the log.
+    void ReportPick(Viewarea& area);
     /// `final`: the engine goes away, so nothing waits for the camera to settle.
     void SaveDirtySettings(std::uint64_t now, bool final = false);
 

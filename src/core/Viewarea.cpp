@@ -287,6 +287,27 @@ void Viewarea::SetAxesVisible(bool visible)
     GetScene()->SetAxesVisible(visible);
 }
 
+std::optional<PickHit> Viewarea::Pick(glm::vec2 cursor) const
+{
+    const draw::Scene* scene = GetScene();
+    if (scene == nullptr)
+        return std::nullopt;
+    const draw::VisualCamera& view = *scene->GetCamera();
+    PickRequest request;
+    request.cursor = cursor;
+    request.viewport = scene->GetViewport();
+    request.viewProjection = scene->GetProjectionMatrix() * view.GetViewMatrix();
+    request.cameraPosition = view.GetPosition();
+    std::optional<PickHit> nearest;
+    for (const auto& [id, gadget] : gadgetManager_->GetGadgets())
+    {
+        std::optional<PickHit> hit = gadget->Pick(request);
+        if (hit && (!nearest || hit->distance < nearest->distance))
+            nearest = std::move(hit);
+    }
+    return nearest;
+}
+
 EventStatus Viewarea::KeyPressed(Key key, const ModKeys& mods)
 {
     return gadgetManager_->Route([&](Gadget& g, EventStatus s) { return g.KeyPressed(key, mods, s); });

@@ -7,13 +7,16 @@
 // of the render canvas, so hiding it never changes the scene's viewport.
 
 #include <vexa/Input.h>
+#include <vexa/Picking.h>
 #include <vexa/ResourceId.h>
 
 #include "core/Looks.h"
 
-#include <functional>
+#include <glm/vec2.hpp>
 
+#include <functional>
 #include <memory>
+#include <optional>
 
 namespace CEGUI {
 class Window;
@@ -83,6 +86,10 @@ public:
 
     bool IsAxesVisible() const;
     void SetAxesVisible(bool visible);
+
+    /// The nearest thing any gadget here has under `cursor` (window pixels); nothing when no
+    /// gadget reports a hit.
+    std::optional<PickHit> Pick(glm::vec2 cursor) const;
 
     virtual EventStatus KeyPressed(Key key, const ModKeys& mods);
     virtual EventStatus KeyReleased(Key key, const ModKeys& mods);

@@ -126,6 +126,11 @@ void Gadget::RemoveRenderer(int handle) const
     viewarea_->RemoveRenderer(id_, handle);
 }
 
+std::optional<PickHit> Gadget::Pick(const PickRequest&) const
+{
+    return std::nullopt;
+}
+
 void Gadget::SetViewarea(Viewarea* viewarea)
 {
     viewarea_ = viewarea;

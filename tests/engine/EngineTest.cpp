@@ -7,6 +7,7 @@
 #include <vexa/Platform.h>
 #include <vexa/Resource.h>
 #include <vexa/draw/RenderSystem.h>
+#include <vexa/draw/Scene.h>
 
 #include <plor/Window.h>
 
@@ -191,22 +192,25 @@ TEST(Engine, IdleUpdatesDrawNothingUntilARedrawOrADrag)
     EXPECT_EQ(renderSystem->GetFrameCount(), settled + 1);
     EXPECT_FALSE(engine.IsRedrawRequested());
 
-    // A drag over the scene turns the camera: that step draws one frame, the next none.
+    // A drag over the scene turns the camera: that step draws one frame, the end of the drag
+    // one more, and then nothing.
+    const glm::vec3 before = engine.GetViewareas()[0]->GetScene()->GetCamera()->GetPosition();
     engine.OnMouseMove(100.0f, 200.0f);
     engine.OnMouseDown(plor::MouseButton::Left, plor::Modifiers{});
     engine.OnMouseMove(140.0f, 215.0f);
     engine.Update();
     EXPECT_EQ(renderSystem->GetFrameCount(), settled + 2);
+    EXPECT_NE(engine.GetViewareas()[0]->GetScene()->GetCamera()->GetPosition(), before) << "a plain left drag turns";
     engine.OnMouseUp(plor::MouseButton::Left, plor::Modifiers{});
     engine.Update();
     engine.Update();
-    EXPECT_EQ(renderSystem->GetFrameCount(), settled + 2);
+    EXPECT_EQ(renderSystem->GetFrameCount(), settled + 3);
 
     // Without optimised rendering every step draws.
     engine.GetOptions().SetOptimizedRendering(false);
     engine.Update();
     engine.Update();
-    EXPECT_EQ(renderSystem->GetFrameCount(), settled + 4);
+    EXPECT_EQ(renderSystem->GetFrameCount(), settled + 5);
     // The first start had no options.bin yet: the GPU check (if it warned) used a box.
     EXPECT_TRUE(fs::exists(state / "options.bin"));
 }

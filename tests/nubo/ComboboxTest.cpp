@@ -92,15 +92,15 @@ TEST(Combobox, UserPicksAnItemWithTheMouse)
 
     // Open the list on the edit box, then click the second item.
     gui.InjectMouseMove(150.0f, 112.0f);
-    gui.InjectMouseDown(plor::MouseButton::Left);
-    gui.InjectMouseUp(plor::MouseButton::Left);
+    gui.InjectMouseDown(CEGUI::LeftButton);
+    gui.InjectMouseUp(CEGUI::LeftButton);
     ASSERT_TRUE(combo->isDropDownListVisible());
     const CEGUI::Rectf list = combo->getDropList()->getUnclippedOuterRect().get();
     const CEGUI::ListboxItem* second = combo->getListboxItemFromIndex(1);
     const float itemHeight = second->getPixelSize().d_height;
     gui.InjectMouseMove(list.left() + 20.0f, list.top() + 2.0f + itemHeight * 1.5f);
-    gui.InjectMouseDown(plor::MouseButton::Left);
-    gui.InjectMouseUp(plor::MouseButton::Left);
+    gui.InjectMouseDown(CEGUI::LeftButton);
+    gui.InjectMouseUp(CEGUI::LeftButton);
 
     EXPECT_EQ(accepted, 1);
     EXPECT_EQ(combo->GetSelectedValue(), 8);

@@ -6,7 +6,7 @@
 // This is the only place that starts a CEGUI renderer. CEGUI's OpenGL header brings GLEW,
 // which must never meet glbinding in one translation unit: keep GL out of this header.
 
-#include <plor/WindowEventObserver.h>
+#include <CEGUI/InputEvent.h>
 
 #include <memory>
 #include <string>
@@ -51,13 +51,16 @@ public:
     // count as unused, unless a GUI window holds the input (a drag, an open drop-down list);
     // such an unused press also takes the keyboard focus from the GUI.
     bool InjectMouseMove(float x, float y);
-    bool InjectMouseDown(plor::MouseButton button);
-    bool InjectMouseUp(plor::MouseButton button);
+    bool InjectMouseDown(CEGUI::MouseButton button);
+    bool InjectMouseUp(CEGUI::MouseButton button);
     bool InjectMouseWheel(float delta);
-    /// `key` is the window system's key code (GLFW), translated to CEGUI's scan codes.
-    bool InjectKeyDown(int key);
-    bool InjectKeyUp(int key);
+    /// Keys come as CEGUI's scan codes; the caller translates the window's codes.
+    bool InjectKeyDown(CEGUI::Key::Scan key);
+    bool InjectKeyUp(CEGUI::Key::Scan key);
     bool InjectChar(unsigned int codepoint);
+    /// True while a text field (an edit box, also inside a spinner) has the keyboard, so that
+    /// typed letters are text and not shortcuts.
+    bool IsTypingText() const;
     /// True when the mouse is over a GUI window other than the root (the 3D views should
     /// not start a drag there).
     bool IsMouseOverGui() const;
