@@ -34,6 +34,8 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
+#include <optional>
+#include <utility>
 
 namespace vexa {
 
@@ -48,6 +50,8 @@ constexpr std::uint64_t kViewSettleTicks = 5'000'000;
 constexpr float kNoticeSeconds = 3.0f;
 // A pick report stays longer than the other notices: it is read, not glanced at.
 constexpr float kPickNoticeSeconds = 8.0f;
+// How far (pixels) the pointer may wander between press and release for a click.
+constexpr float kClickSlop = 4.0f;
 
 struct PixelRect {
     float x = 0.0f;
@@ -77,6 +81,8 @@ struct Engine::Impl {
     std::unique_ptr<draw::RenderSystem> renderSystem;
     std::unique_ptr<CameraController> cameraController;
     glm::vec2 cursor{0.0f, 0.0f};
+    // Where a Shift + left press that may become a pick went down.
+    std::optional<glm::vec2> pickPress;
     std::vector<std::unique_ptr<Viewarea>> viewareas;
     std::string assetDirectory;
     std::string intermediateDirectory;
@@ -629,10 +635,11 @@ void Engine::OnMouseDown(plor::MouseButton button, const plor::Modifiers& mods)
     if (area == nullptr)
         return;
     const EventStatus status = area->MouseButtonPressed(press.button, press.mods);
-    // Shift + left starts no camera drag, which leaves it free for picking.
+    // Shift + left starts no camera drag, which leaves it free for picking. A pick is a click:
+    // it is reported at the release, unless the pointer went somewhere else meanwhile.
     const ModKeys shiftOnly{.shift = true};
     if (status == EventStatus::NotConsumed && press.button == MouseButton::Left && press.mods == shiftOnly)
-        ReportPick(*area);
+        s.pickPress = s.cursor;
 }
 
 void Engine::OnMouseUp(plor::MouseButton button, const plor::Modifiers& mods)
@@ -644,10 +651,16 @@ void Engine::OnMouseUp(plor::MouseButton button, const plor::Modifiers& mods)
         s.viewareaSettings.SetDirty();
         RequestRedraw();
     }
+    const std::optional<glm::vec2> pickPress =
+        release.button == MouseButton::Left ? std::exchange(s.pickPress, std::nullopt) : std::nullopt;
     if (s.gui.IsInitialized() && s.gui.InjectMouseUp(release.guiButton))
         return;
-    if (Viewarea* area = ViewareaUnderCursor())
-        area->MouseButtonReleased(release.button, release.mods);
+    Viewarea* area = ViewareaUnderCursor();
+    if (area == nullptr)
+        return;
+    area->MouseButtonReleased(release.button, release.mods);
+    if (pickPress && glm::length(s.cursor - *pickPress) <= kClickSlop)
+        ReportPick(*area);
 }
 
 void Engine::OnMouseWheel(float, float dy)

@@ -130,7 +130,8 @@ private:
     Viewarea* ViewareaUnderCursor() const;
     void BuildSeparatorLines();
     void ApplyLayout(std::uint8_t layout);
-    /// What lies under the pointer in `area`, in the notice line and the log.
+    /// What lies under the pointer in `area`, in the notice line and the log (a Shift + left
+    /// click).
     void ReportPick(Viewarea& area);
     /// `final`: the engine goes away, so nothing waits for the camera to settle.
     void SaveDirtySettings(std::uint64_t now, bool final = false);

@@ -8,6 +8,7 @@
 #include "scene/GadgetManager.h"
 
 #include <vexa/draw/RenderSystem.h>
+#include <vexa/draw/Scene.h>
 
 #include <plor/Window.h>
 
@@ -251,4 +252,42 @@ TEST(EngineGui, ResourceRulesOfTheLookShapeTheSidebar)
     engine.RemoveResourcesWithPrefix("fixed");
     EXPECT_EQ(sidebar.GetResourcePanel(Plain("fixed")), nullptr);
     EXPECT_FALSE(area.GetGadgetManager().HasGadget(Plain("fixed")));
+}
+
+TEST(EngineGui, ShiftClickPicksAndShiftDragDoesNothing)
+{
+    if (!HasDisplay())
+        GTEST_SKIP() << "needs a display";
+    const fs::path state = FreshDirectory("pickclick");
+    MessageBoxes boxes;
+    vexa::Engine engine;
+    ASSERT_TRUE(Start(engine, state));
+    engine.Update();
+    const plor::Modifiers shift = plor::Modifiers::FromBits(1);
+    vexa::draw::Scene& scene = *engine.GetViewareas()[0]->GetScene();
+    const glm::mat4 view = scene.GetCamera()->GetViewMatrix();
+
+    // A drag with Shift held: no pick, no camera motion.
+    engine.OnMouseMove(100.0f, 200.0f);
+    engine.OnMouseDown(plor::MouseButton::Left, shift);
+    engine.OnMouseMove(160.0f, 230.0f);
+    engine.OnMouseUp(plor::MouseButton::Left, shift);
+    EXPECT_EQ(engine.GetNoticeCountdown(), 0.0f);
+    EXPECT_EQ(scene.GetCamera()->GetViewMatrix(), view);
+
+    // A click (a pixel of jitter allowed) answers, even where nothing is.
+    engine.OnMouseMove(100.0f, 200.0f);
+    engine.OnMouseDown(plor::MouseButton::Left, shift);
+    engine.OnMouseMove(101.0f, 201.0f);
+    engine.OnMouseUp(plor::MouseButton::Left, shift);
+    EXPECT_GT(engine.GetNoticeCountdown(), 0.0f);
+    const CEGUI::Window* notice =
+        CEGUI::System::getSingleton().getDefaultGUIContext().getRootWindow()->getChild("vexa_notice");
+    EXPECT_EQ(notice->getText(), "Nothing to pick under the pointer");
+
+    // A plain click is no pick.
+    engine.ShowNotice("other", 1.0f);
+    engine.OnMouseDown(plor::MouseButton::Left, {});
+    engine.OnMouseUp(plor::MouseButton::Left, {});
+    EXPECT_EQ(notice->getText(), "other");
 }
