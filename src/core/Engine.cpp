@@ -28,7 +28,6 @@
 
 #include <runa/rlog.h>
 
-#include <CEGUI/CEGUI.h>
 #include <glbinding/gl/gl.h>
 
 #include <algorithm>
