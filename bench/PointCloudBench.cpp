@@ -1,5 +1,6 @@
 // Point cloud benchmarks: building a renderer against the memcpy floor, the first frame after
-// adding a cloud, frames while the camera turns, and resident memory after upload.
+// adding a cloud, frames while the camera turns, resident memory after upload, and picking a
+// point against one read of the positions.
 //
 // The GL benchmarks need a display; run under
 //   xvfb-run -a -s "-screen 0 1280x1024x24" vexa-bench --benchmark_format=json
@@ -9,6 +10,7 @@
 
 #include <vexa/draw/PointCloudRenderer.h>
 #include <vexa/draw/PointCloudStyle.h>
+#include <vexa/draw/PointPicking.h>
 #include <vexa/draw/RenderSystem.h>
 #include <vexa/draw/Scene.h>
 
@@ -22,6 +24,7 @@
 #include <benchmark/benchmark.h>
 #include <glbinding/gl/gl.h>
 
+#include <glm/ext/matrix_clip_space.hpp>
 #include <glm/glm.hpp>
 
 #include <malloc.h>
@@ -35,6 +38,7 @@
 #include <fstream>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -363,6 +367,121 @@ void BM_ResidentMemoryAfterUpload(benchmark::State& state)
         static_cast<double>(sizeof(glm::vec3) + sizeof(tesk::Color3f));
 }
 
+// ---- picking ----
+
+/// A view of the benchmark cloud over the 1280 x 720 target from the orbit's start: `far`
+/// moves the camera a thousand times further out, where the whole cloud lands within a pixel
+/// or two of the cursor: every point is within the radius, and the depth decides.
+struct PickView {
+    glm::mat4 clip;
+    glm::ivec4 viewport{0, 0, kTargetWidth, kTargetHeight};
+    glm::vec2 cursor{0.5f * kTargetWidth, 0.5f * kTargetHeight};
+    float radius = 5.0f;
+
+    explicit PickView(bool far)
+    {
+        const glm::vec3 eye = glm::vec3(0.0f, 1.5f, 4.0f) * (far ? 1000.0f : 1.0f);
+        const float distance = glm::length(eye);
+        vexa::draw::VisualCamera camera;
+        camera.SetPosition(eye);
+        camera.LookAt(glm::vec3(0.0f), glm::vec3(0.0f, 1.0f, 0.0f));
+        clip = glm::perspective(glm::radians(45.0f), static_cast<float>(kTargetWidth) / kTargetHeight,
+                                0.01f * distance, 10.0f * distance) *
+               camera.GetViewMatrix();
+    }
+};
+
+/// One read of every position byte, summed in eight lanes the compiler vectorises: the least
+/// any search through the points could cost.
+float SumPositions(std::span<const glm::vec3> positions)
+{
+    const float* values = &positions[0].x;
+    const std::size_t count = 3 * positions.size();
+    float lanes[8] = {};
+    std::size_t i = 0;
+    for (; i + 8 <= count; i += 8)
+        for (std::size_t j = 0; j < 8; ++j)
+            lanes[j] += values[i + j];
+    for (; i < count; ++i)
+        lanes[0] += values[i];
+    float sum = 0.0f;
+    for (const float lane : lanes)
+        sum += lane;
+    return sum;
+}
+
+/// Times `pick` per iteration (by hand) with the read floor beside it in the same iteration,
+/// so the ratio compares runs under the same machine load.
+template <class Pick>
+void TimePicks(benchmark::State& state, std::span<const glm::vec3> positions, Pick&& pick)
+{
+    double pickSeconds = 0.0;
+    double floorSeconds = 0.0;
+    bool found = false;
+    for (auto _ : state) {
+        const Clock::time_point floorStart = Clock::now();
+        benchmark::DoNotOptimize(SumPositions(positions));
+        floorSeconds += Seconds(Clock::now() - floorStart);
+
+        const Clock::time_point start = Clock::now();
+        const std::optional<std::size_t> index = pick();
+        const double elapsed = Seconds(Clock::now() - start);
+        benchmark::DoNotOptimize(index);
+        found = index.has_value();
+        pickSeconds += elapsed;
+        state.SetIterationTime(elapsed);
+    }
+    const double iterations = static_cast<double>(state.iterations());
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
+                            static_cast<std::int64_t>(positions.size_bytes()));
+    state.counters["read_floor_ms"] = floorSeconds / iterations * 1e3;
+    state.counters["ratio_to_read"] = pickSeconds / floorSeconds;
+    state.counters["target_ms"] = 100.0;
+    state.counters["found"] = found ? 1.0 : 0.0;
+}
+
+/// vexa::draw::PickPoint over the positions in memory. Second argument: 0 the cloud fills the
+/// view, 1 it is a speck far away.
+void BM_PickPointCpu(benchmark::State& state)
+{
+    const tesk::PointCloud& cloud = CloudOf(static_cast<std::size_t>(state.range(0)));
+    const PickView view(state.range(1) != 0);
+    TimePicks(state, cloud.GetPositions(), [&] {
+        return vexa::draw::PickPoint(cloud.GetPositions(), view.clip, view.viewport, view.cursor, view.radius);
+    });
+}
+
+/// PointCloudRenderer::Pick after the first frame: the positions are read from the mapped
+/// vertex buffer (mapping and unmapping included), with no CPU copy left in the renderer.
+void BM_PickPointMapped(benchmark::State& state)
+{
+    GlRig* rig = GlRig::Get();
+    if (!rig) {
+        state.SkipWithError("No OpenGL window could be created; run under xvfb-run");
+        return;
+    }
+    const tesk::PointCloud& cloud = CloudOf(static_cast<std::size_t>(state.range(0)));
+    const PickView view(state.range(1) != 0);
+    auto renderer = std::make_shared<vexa::draw::PointCloudRenderer>(cloud);
+    // The frame that uploads looks away from the cloud: llvmpipe rasterising ten million
+    // sprites is not what is measured here.
+    vexa::draw::VisualCamera* camera = rig->scene->GetCamera();
+    camera->SetPosition({0.0f, 0.0f, 4.0f});
+    camera->LookAt({0.0f, 0.0f, 10.0f}, {0.0f, 1.0f, 0.0f});
+    const int handle = rig->scene->AddInstance(renderer, GlRig::MakeStyle());
+    rig->Frame();
+    if (renderer->HasPendingData()) {
+        state.SkipWithError("The cloud was not uploaded");
+    } else {
+        TimePicks(state, cloud.GetPositions(), [&] {
+            return renderer->Pick(view.clip, view.viewport, view.cursor, view.radius);
+        });
+        state.counters["renderer_cpu_bytes"] = static_cast<double>(renderer->GetCpuDataBytes());
+    }
+    rig->scene->RemoveInstance(handle);
+    rig->Orbit(0.0f);
+}
+
 constexpr std::int64_t kMillion = 1000000;
 
 BENCHMARK(BM_MemcpyFloor)
@@ -406,6 +525,20 @@ BENCHMARK(BM_ResidentMemoryAfterUpload)
     ->Arg(kMillion)
     ->Unit(benchmark::kMillisecond)
     ->Iterations(1)
+    ->Repetitions(5)
+    ->ReportAggregatesOnly(true);
+BENCHMARK(BM_PickPointCpu)
+    ->Args({10 * kMillion, 0})
+    ->Args({10 * kMillion, 1})
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Repetitions(5)
+    ->ReportAggregatesOnly(true);
+BENCHMARK(BM_PickPointMapped)
+    ->Args({10 * kMillion, 0})
+    ->Args({10 * kMillion, 1})
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
     ->Repetitions(5)
     ->ReportAggregatesOnly(true);
 

@@ -1,5 +1,7 @@
 #include <vexa/modules/PointCloudGadget.h>
 
+#include "core/Viewarea.h"
+
 #include <vexa/GuiGenerator.h>
 #include <vexa/gui/BoolFunc.h>
 #include <vexa/gui/Elements.h>
@@ -9,10 +11,17 @@
 #include <vexa/draw/Palette.h>
 #include <vexa/draw/PointCloudRenderer.h>
 #include <vexa/draw/PointCloudStyle.h>
+#include <vexa/draw/Scene.h>
 
 #include <runa/BinaryStream.h>
 
+#include <glm/geometric.hpp>
+#include <glm/mat4x4.hpp>
+
 #include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
 #include <stdexcept>
 #include <sstream>
 
@@ -21,6 +30,34 @@ namespace vexa::modules {
 namespace {
 
 constexpr unsigned int kFieldsVersion = 0;
+
+/// A value as a person reads it: at most four decimals and no trailing zeros, so that a
+/// float's 0.30000001 shows as 0.3. Values that four decimals would round to zero, and huge
+/// ones, keep four significant digits with an exponent instead.
+std::string FormatValue(float value)
+{
+    if (std::isnan(value))
+        return "nan";
+    if (std::isinf(value))
+        return value > 0.0f ? "inf" : "-inf";
+    if (value == 0.0f)
+        return "0";
+    const double v = value;
+    const bool fixed = std::abs(v) >= 0.00005 && std::abs(v) < 1e15;
+    std::array<char, 64> buffer{};
+    char* const first = buffer.data();
+    char* const last = first + buffer.size();
+    const std::to_chars_result result = fixed ? std::to_chars(first, last, v, std::chars_format::fixed, 4)
+                                              : std::to_chars(first, last, v, std::chars_format::general, 4);
+    std::string text(first, result.ptr);
+    if (fixed)
+    {
+        text.erase(text.find_last_not_of('0') + 1);
+        if (text.back() == '.')
+            text.pop_back();
+    }
+    return text;
+}
 
 } // namespace
 
@@ -57,7 +94,68 @@ void PointCloudGadget::Initialize()
         style_->showNormals = false;
         style_->useNormals = false;
     }
-    AddRenderer(cloud_->GetRenderer(), style_, 0);
+    instance_ = AddRenderer(cloud_->GetRenderer(), style_, 0);
+}
+
+bool PointCloudGadget::IsShown() const
+{
+    if (instance_ == 0 || !style_->visible || GetViewarea() == nullptr)
+        return false;
+    for (const draw::Scene::Instance& instance : GetViewarea()->GetScene()->GetInstances())
+        if (instance.handle == instance_)
+            return (instance.flags & draw::InstanceFlags::Hidden) == 0;
+    return false;
+}
+
+std::optional<PickHit> PointCloudGadget::Pick(const PickRequest& request) const
+{
+    if (cloud_ == nullptr || !IsShown())
+        return std::nullopt;
+    const glm::mat4 model = style_->transform.GetMatrix();
+    const glm::mat4 clipFromPoints = request.viewProjection * model;
+    glm::vec3 position(0.0f);
+    // First what is drawn at the pointer (a point covers half its size around its centre);
+    // only when that misses, the nearest point within the click tolerance, so that a small
+    // point can be hit at all.
+    const float drawnRadius = std::max(style_->pointSize * 0.5f, 1.0f);
+    const auto& renderer = *cloud_->GetRenderer();
+    std::optional<std::size_t> index =
+        renderer.Pick(clipFromPoints, request.viewport, request.cursor, std::min(drawnRadius, request.radius), &position);
+    if (!index && request.radius > drawnRadius)
+        index = renderer.Pick(clipFromPoints, request.viewport, request.cursor, request.radius, &position);
+    if (!index)
+        return std::nullopt;
+    PickHit hit;
+    hit.distance = glm::distance(glm::vec3(model * glm::vec4(position, 1.0f)), request.cameraPosition);
+    hit.report = DescribePoint(*index, position);
+    return hit;
+}
+
+std::string PointCloudGadget::DescribePoint(std::size_t index, const glm::vec3& position) const
+{
+    if (cloud_ == nullptr)
+        return {};
+    std::string text = cloud_->GetId().name + " point " + std::to_string(index) + " at (" +
+                       FormatValue(position.x) + ", " + FormatValue(position.y) + ", " +
+                       FormatValue(position.z) + ")";
+    const std::vector<std::string>& colorings = cloud_->GetColoringNames();
+    for (std::size_t set = 0; set < colorings.size(); ++set)
+    {
+        const std::vector<tesk::Color3f>& colors = cloud_->GetColoringOption(set);
+        if (index >= colors.size())
+            continue;
+        const tesk::Color3f& c = colors[index];
+        text += "; " + colorings[set] + " (" + FormatValue(c.r) + ", " + FormatValue(c.g) + ", " +
+                FormatValue(c.b) + ")";
+    }
+    const std::vector<std::string>& datas = cloud_->GetFDataNames();
+    for (std::size_t data = 0; data < datas.size(); ++data)
+    {
+        const std::vector<float>& values = cloud_->GetFDataOption(data).values;
+        if (index < values.size())
+            text += "; " + datas[data] + " " + FormatValue(values[index]);
+    }
+    return text;
 }
 
 float PointCloudGadget::MapParameter(float value, float minimum, float maximum, float correction)

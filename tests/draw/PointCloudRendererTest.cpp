@@ -22,6 +22,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <span>
 #include <sstream>
 #include <string>
@@ -324,4 +325,56 @@ TEST_F(PointCloudGlTest, CameraMovesUploadNothingAndColoursUploadOnlyTheirBuffer
     renderer->ReleaseGpuResources();
     const Pixels released = Draw();
     EXPECT_EQ(released.CountDifferent(kBackground), 0);
+}
+
+TEST_F(PointCloudGlTest, PicksTheSamePointBeforeAndAfterUploadAndItIsWhatIsDrawnThere)
+{
+    // kLeft hides a green point twice as far on its line of sight; a row of blue points
+    // above gives the buffer some bulk.
+    std::vector<glm::vec3> positions{2.0f * kLeft, kRight};
+    for (int i = 0; i < 1000; ++i)
+        positions.emplace_back(0.001f * static_cast<float>(i) - 0.5f, 1.0f, -5.0f);
+    positions.push_back(kLeft);
+    const std::size_t nearest = positions.size() - 1;
+    std::vector<tesk::Color3f> colors;
+    for (std::size_t i = 0; i < positions.size(); ++i)
+        colors.emplace_back(i == nearest ? 1.0f : 0.0f, i == 0 ? 1.0f : 0.0f, i == 0 || i == nearest ? 0.0f : 1.0f);
+    auto renderer = std::make_shared<PointCloudRenderer>(MakeCloud(positions));
+    ASSERT_TRUE(renderer->SetColors(std::move(colors)));
+
+    const glm::mat4 clip = scene_->GetProjectionMatrix() * scene_->GetCamera()->GetViewMatrix();
+    const glm::ivec4 viewport = scene_->GetViewport();
+    const glm::vec2 cursor = ToPixel(kLeft) + glm::vec2(1.5f, -1.0f);
+    glm::vec3 before(0.0f);
+    ASSERT_TRUE(renderer->HasPendingData());
+    EXPECT_EQ(renderer->Pick(clip, viewport, cursor, 5.0f, &before), nearest) << "from the pending copy";
+    EXPECT_EQ(before, kLeft);
+
+    const Pixels pixels = Render(renderer, FlatStyle(ColorMode::PerPoint));
+    ASSERT_EQ(renderer->GetCpuDataBytes(), 0u);
+    EXPECT_TRUE(IsRed(pixels.At(cursor))) << "the depth test shows the picked point there: " << pixels.At(cursor);
+
+    // From the vertex buffer now, with the same answers.
+    glm::vec3 after(0.0f);
+    EXPECT_EQ(renderer->Pick(clip, viewport, cursor, 5.0f, &after), nearest);
+    EXPECT_EQ(after, kLeft);
+    EXPECT_EQ(renderer->Pick(clip, viewport, ToPixel(kRight), 5.0f), 1u);
+    EXPECT_EQ(renderer->Pick(clip, viewport, {kMid, 120.0f}, 5.0f), std::nullopt);
+    EXPECT_EQ(renderer->GetCpuDataBytes(), 0u) << "reading the buffer keeps no copy";
+    // The buffer was let go again: the next frame draws from it as before.
+    EXPECT_TRUE(IsRed(Render().At(cursor)));
+
+    // Without a context the buffer cannot be read: nothing, and a warning.
+    {
+        testing_support::LogCapture log;
+        window_->ReleaseContext();
+        EXPECT_EQ(renderer->Pick(clip, viewport, cursor, 5.0f), std::nullopt);
+        window_->MakeContextCurrent();
+        EXPECT_TRUE(log.Contains("No OpenGL context is current; buffer slot 0 cannot be read",
+                                 "plor::ArrayObject::ReadBuffer"));
+    }
+
+    renderer->ReleaseGpuResources();
+    EXPECT_EQ(renderer->Pick(clip, viewport, cursor, 5.0f), std::nullopt);
+    EXPECT_EQ(PointCloudRenderer().Pick(clip, viewport, cursor, 5.0f), std::nullopt);
 }

@@ -1,9 +1,14 @@
+#include "core/Notifications.h"
+#include "core/Viewarea.h"
+#include "scene/GadgetManager.h"
+
 #include <vexa/GuiGenerator.h>
 #include <vexa/modules/PointCloudGadget.h>
 #include <vexa/modules/PointCloudResource.h>
 
 #include <vexa/draw/PointCloudRenderer.h>
 #include <vexa/draw/PointCloudStyle.h>
+#include <vexa/draw/Scene.h>
 
 #include <tesk/ColorMap.h>
 #include <tesk/PointCloud.h>
@@ -22,6 +27,7 @@
 
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <stdexcept>
 #include <vector>
 
@@ -181,6 +187,74 @@ TEST(PointCloudGadget, FocusFramesTheCloudFromTwoRadiiAway)
     EXPECT_EQ(target, resource->GetCenterOfMass());
     EXPECT_NEAR(eye.x - target.x, 2.0f * r, 1e-3f);
     EXPECT_NEAR(eye.z - target.z, 2.0f * r, 1e-3f);
+}
+
+TEST(PointCloudGadget, PickReportsThePointAndItsValuesWhileTheCloudIsShown)
+{
+    testing_support::FakeEngine engine;
+    tesk::PointCloud cloud(std::vector<glm::vec3>{
+        {0.0f, 0.0f, 0.0f}, {1.23456f, -0.3f, 2.0f}, {5.0f, 0.0f, 0.0f}, {12345.678f, 1e-5f, -0.00004f}});
+    cloud.AddColorProperty("RGB", std::vector<tesk::Color3f>(4, tesk::Color3f(0.3f, 0.5f, 1.0f)));
+    cloud.AddColorProperty("Labels", std::vector<tesk::Color3f>(4, tesk::Color3f(0.0f, 0.1f, 0.0f)));
+    cloud.AddFloatProperty("Intensity", std::vector<float>{1.0f, 7.25f, 0.0f, -2.0f});
+    auto resource = std::make_shared<PointCloudResource>("scans/room", cloud);
+    engine.Register(resource);
+    vexa::Viewarea area(0, gui_test::Root());
+    area.ApplyLook(vexa::ViewareaLook{});
+    vexa::GetNotifications().Notify(vexa::kResourceAdded, &resource->id);
+    const auto gadget =
+        std::dynamic_pointer_cast<PointCloudGadget>(area.GetGadgetManager().GetGadget(resource->id));
+    ASSERT_NE(gadget, nullptr);
+
+    // The camera 5 units in front of point 1, which lands in the middle of the view area.
+    vexa::draw::Scene& scene = *area.GetScene();
+    const glm::vec3 eye(1.23456f, -0.3f, 7.0f);
+    scene.GetCamera()->SetPosition(eye);
+    scene.GetCamera()->LookAt({1.23456f, -0.3f, 2.0f}, {0.0f, 1.0f, 0.0f});
+    vexa::PickRequest request;
+    request.viewport = scene.GetViewport();
+    request.viewProjection = scene.GetProjectionMatrix() * scene.GetCamera()->GetViewMatrix();
+    request.cameraPosition = eye;
+    request.cursor =
+        glm::vec2(request.viewport.x + request.viewport.z, request.viewport.y + request.viewport.w) * 0.5f +
+        glm::vec2(2.0f, 1.0f);
+
+    std::optional<vexa::PickHit> hit = gadget->Pick(request);
+    ASSERT_TRUE(hit.has_value());
+    EXPECT_EQ(hit->report, "scans/room point 1 at (1.2346, -0.3, 2); RGB (0.3, 0.5, 1); Labels (0, 0.1, 0); "
+                           "Intensity 7.25");
+    EXPECT_NEAR(hit->distance, 5.0f, 1e-4f);
+    // Values too small for four decimals keep their digits; nothing trails a float's noise.
+    EXPECT_EQ(gadget->DescribePoint(3, {12345.678f, 1e-5f, -0.00004f}),
+              "scans/room point 3 at (12345.6777, 1e-05, -4e-05); RGB (0.3, 0.5, 1); Labels (0, 0.1, 0); "
+              "Intensity -2");
+
+    // The style's transform moves what is drawn, and the pick follows it.
+    gadget->GetStyle()->transform.SetPosition({10.0f, 0.0f, 0.0f});
+    EXPECT_FALSE(gadget->Pick(request).has_value());
+    scene.GetCamera()->SetPosition(eye + glm::vec3(10.0f, 0.0f, 0.0f));
+    scene.GetCamera()->LookAt({11.23456f, -0.3f, 2.0f}, {0.0f, 1.0f, 0.0f});
+    request.viewProjection = scene.GetProjectionMatrix() * scene.GetCamera()->GetViewMatrix();
+    request.cameraPosition = eye + glm::vec3(10.0f, 0.0f, 0.0f);
+    hit = gadget->Pick(request);
+    ASSERT_TRUE(hit.has_value());
+    EXPECT_EQ(hit->report.rfind("scans/room point 1 at (1.2346, -0.3, 2);", 0), 0u) << hit->report;
+    EXPECT_NEAR(hit->distance, 5.0f, 1e-4f);
+
+    // Nothing is picked where nothing is drawn: off the points, or with the cloud hidden.
+    vexa::PickRequest aside = request;
+    aside.cursor += glm::vec2(40.0f, 0.0f);
+    EXPECT_FALSE(gadget->Pick(aside).has_value());
+    gadget->GetStyle()->visible = false;
+    EXPECT_FALSE(gadget->Pick(request).has_value());
+    gadget->GetStyle()->visible = true;
+    const int handle = *area.GetGadgetManager().GetRendererHandles(resource->id).begin();
+    scene.SetInstanceFlags(handle, vexa::draw::InstanceFlags::Hidden);
+    EXPECT_FALSE(gadget->Pick(request).has_value());
+    scene.SetInstanceFlags(handle, vexa::draw::InstanceFlags::None);
+    EXPECT_TRUE(gadget->Pick(request).has_value());
+    // A gadget outside any view area draws nothing.
+    EXPECT_FALSE(MakeGadget(resource)->Pick(request).has_value());
 }
 
 class PointCloudPanelTest : public gui_test::PanelTest {

@@ -14,7 +14,10 @@
 
 #include <tesk/ColorMap.h>
 
+#include <cstddef>
 #include <memory>
+#include <optional>
+#include <string>
 
 namespace vexa::modules {
 
@@ -32,6 +35,12 @@ public:
     /// Frames the cloud: looks at its centre of mass from 2 radii away along (1, 1, 1) and
     /// sets near and far planes to its size.
     bool FocusCamera(glm::vec3& target, glm::vec3& position) const override;
+    /// The point drawn under the pointer, while the cloud is shown in the view area.
+    std::optional<PickHit> Pick(const PickRequest& request) const override;
+    /// What a pick reports about point `index` at `position`: "<name> point <index> at
+    /// (x, y, z)", then "; <set> (r, g, b)" for every colour set and "; <property> <value>"
+    /// for every float property of the cloud.
+    std::string DescribePoint(std::size_t index, const glm::vec3& position) const;
 
     /// Applies the colour source to the style (and the renderer's colours).
     void OnColorSourceChange();
@@ -67,6 +76,8 @@ private:
     void AddGuiDisplayNormals(GuiGenerator& generator);
     /// Replaces choices the resource cannot honour by the material colour.
     void ValidateChoices();
+    /// Whether the cloud's instance is in the view area's scene and not hidden.
+    bool IsShown() const;
 
     const PointCloudResource* cloud_;
     std::shared_ptr<draw::PointCloudStyle> style_;
@@ -76,6 +87,7 @@ private:
     float correction_ = 1.0f;
     int colorMap_ = static_cast<int>(tesk::ColorMap::GrayScale);
     bool stateRestored_ = false;
+    int instance_ = 0;
 };
 
 } // namespace vexa::modules

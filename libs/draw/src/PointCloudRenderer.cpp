@@ -1,5 +1,6 @@
 #include <vexa/draw/PointCloudRenderer.h>
 
+#include <vexa/draw/PointPicking.h>
 #include <vexa/draw/RenderContext.h>
 
 #include "LightingUniforms.h"
@@ -262,6 +263,20 @@ bool PointCloudRenderer::HasPendingData() const
 std::size_t PointCloudRenderer::GetCpuDataBytes() const
 {
     return gpu_->array.PendingBytes();
+}
+
+std::optional<std::size_t> PointCloudRenderer::Pick(const glm::mat4& clipFromPoints,
+                                                    const glm::ivec4& viewport, glm::vec2 cursor,
+                                                    float radius, glm::vec3* position) const
+{
+    if (pointCount_ == 0 || released_)
+        return std::nullopt;
+    const plor::BufferReadView view = gpu_->array.ReadBuffer(kPositionSlot);
+    const std::span<const glm::vec3> positions = view.As<glm::vec3>();
+    const std::optional<std::size_t> index = PickPoint(positions, clipFromPoints, viewport, cursor, radius);
+    if (index && position)
+        *position = positions[*index];
+    return index;
 }
 
 bool PointCloudRenderer::IsCompatibileWithStyle(const Style& style) const

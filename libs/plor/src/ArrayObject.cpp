@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <utility>
 
 using namespace gl;
 
@@ -356,6 +357,74 @@ void ArrayObject::DrawElements(PrimitiveType primitive, std::size_t first, std::
     glDrawElements(ToGl(primitive), static_cast<GLsizei>(count), GL_UNSIGNED_INT,
                    reinterpret_cast<const void*>(first * sizeof(std::uint32_t)));
     glBindVertexArray(0);
+}
+
+BufferReadView ArrayObject::ReadBuffer(std::size_t slot) const
+{
+    if (slot >= slots_.size() || !slots_[slot].used)
+        return {};
+    const Slot& s = slots_[slot];
+    if (s.dirty)
+        return BufferReadView(PendingOf(s), 0);
+    if (s.buffer == 0 || s.gpuBytes == 0)
+        return {};
+    if (!detail::HasCurrentContext()) {
+        rlog::Warn("No OpenGL context is current; buffer slot " + std::to_string(slot) + " cannot be read",
+                   "plor::ArrayObject::ReadBuffer");
+        return {};
+    }
+    // The binding of GL_ARRAY_BUFFER is not part of a vertex array's state; whoever bound
+    // something there gets it back.
+    GLint previous = 0;
+    glGetIntegerv(GL_ARRAY_BUFFER_BINDING, &previous);
+    glBindBuffer(GL_ARRAY_BUFFER, s.buffer);
+    const void* data =
+        glMapBufferRange(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(s.gpuBytes), GL_MAP_READ_BIT);
+    glBindBuffer(GL_ARRAY_BUFFER, static_cast<GLuint>(previous));
+    if (data == nullptr) {
+        const GLenum error = glGetError();
+        rlog::Fail("Mapping buffer slot " + std::to_string(slot) + " (" + std::to_string(s.gpuBytes) +
+                       " bytes) for reading failed with " + detail::GlErrorName(static_cast<unsigned>(error)),
+                   "plor::ArrayObject::ReadBuffer");
+        return {};
+    }
+    return BufferReadView(std::span<const std::byte>(static_cast<const std::byte*>(data), s.gpuBytes),
+                          s.buffer);
+}
+
+BufferReadView::~BufferReadView()
+{
+    Unmap();
+}
+
+BufferReadView::BufferReadView(BufferReadView&& other) noexcept
+    : bytes_(std::exchange(other.bytes_, {})), buffer_(std::exchange(other.buffer_, 0u))
+{
+}
+
+BufferReadView& BufferReadView::operator=(BufferReadView&& other) noexcept
+{
+    if (this != &other) {
+        Unmap();
+        bytes_ = std::exchange(other.bytes_, {});
+        buffer_ = std::exchange(other.buffer_, 0u);
+    }
+    return *this;
+}
+
+void BufferReadView::Unmap()
+{
+    bytes_ = {};
+    if (buffer_ == 0)
+        return;
+    if (detail::HasCurrentContext()) {
+        GLint previous = 0;
+        glGetIntegerv(GL_ARRAY_BUFFER_BINDING, &previous);
+        glBindBuffer(GL_ARRAY_BUFFER, buffer_);
+        glUnmapBuffer(GL_ARRAY_BUFFER);
+        glBindBuffer(GL_ARRAY_BUFFER, static_cast<GLuint>(previous));
+    }
+    buffer_ = 0;
 }
 
 std::uint64_t ArrayObject::GetUploadCount()

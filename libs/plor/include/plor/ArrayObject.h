@@ -50,6 +50,43 @@ private:
     std::vector<T> values_;
 };
 
+/// Read-only access to the bytes of one buffer of an array object, for as long as it lives:
+/// either the data still waiting on the CPU, or the GPU buffer mapped for reading (whether
+/// that copies is the driver's choice; where buffers live in system memory, as with Mesa's
+/// software rasteriser, it does not). The mapping is undone when the view goes, which needs
+/// the same context to be current. The buffer must not be drawn from or changed meanwhile.
+class BufferReadView {
+public:
+    BufferReadView() = default;
+    ~BufferReadView();
+    BufferReadView(BufferReadView&& other) noexcept;
+    BufferReadView& operator=(BufferReadView&& other) noexcept;
+    BufferReadView(const BufferReadView&) = delete;
+    BufferReadView& operator=(const BufferReadView&) = delete;
+
+    /// Empty when the slot holds nothing or could not be read.
+    std::span<const std::byte> Bytes() const { return bytes_; }
+
+    /// The bytes as an array of T (the slot must hold whole elements of T).
+    template <class T>
+    std::span<const T> As() const
+    {
+        static_assert(std::is_trivially_copyable_v<T>);
+        return {reinterpret_cast<const T*>(bytes_.data()), bytes_.size() / sizeof(T)};
+    }
+
+private:
+    friend class ArrayObject;
+    BufferReadView(std::span<const std::byte> bytes, unsigned int mappedBuffer)
+        : bytes_(bytes), buffer_(mappedBuffer)
+    {
+    }
+    void Unmap();
+
+    std::span<const std::byte> bytes_;
+    unsigned int buffer_ = 0;
+};
+
 class ArrayObject {
 public:
     ArrayObject() = default;
@@ -110,6 +147,11 @@ public:
 
     /// Bytes held on the CPU waiting for upload.
     std::size_t PendingBytes() const;
+
+    /// Reads buffer `slot` without keeping a copy of it: its CPU data while that waits for
+    /// upload (no context needed), else the uploaded buffer mapped for reading (needs a
+    /// current context; logged and empty without one or when mapping fails).
+    BufferReadView ReadBuffer(std::size_t slot) const;
 
     /// Deletes GL objects (deferred without a context) and forgets CPU data.
     void Release();

@@ -11,6 +11,10 @@
 //
 // Points with a non-finite coordinate stay in the buffers (so per-point colours keep their
 // indices) and are dropped by the vertex shader; the bounding box skips them.
+//
+// Picking reads the positions where they are at that moment: the pending copy before the
+// first Render, the vertex buffer mapped for reading after it, so no second copy is kept
+// for it.
 
 #include <vexa/draw/PointCloudStyle.h>
 #include <vexa/draw/Renderer.h>
@@ -18,8 +22,14 @@
 #include <tesk/Color.h>
 #include <tesk/PointCloud.h>
 
+#include <glm/mat4x4.hpp>
+#include <glm/vec2.hpp>
+#include <glm/vec3.hpp>
+#include <glm/vec4.hpp>
+
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -55,6 +65,14 @@ public:
     /// Bytes of point data held on the CPU: the pending buffers before the first Render (or
     /// after SetColors), 0 once everything is on the GPU.
     std::size_t GetCpuDataBytes() const;
+
+    /// The point drawn under `cursor` (see PickPoint): `clipFromPoints` is projection x view x
+    /// the style's transform, `viewport` the scene's (x0, y0, x1, y1) and `cursor` the pointer,
+    /// both in window pixels from the top-left corner. Writes the point's position (as given
+    /// to the renderer) to `position` when asked. After the first Render it reads the vertex
+    /// buffer, so the context must be current. An empty or released renderer finds nothing.
+    std::optional<std::size_t> Pick(const glm::mat4& clipFromPoints, const glm::ivec4& viewport, glm::vec2 cursor,
+                                    float radius, glm::vec3* position = nullptr) const;
 
     bool IsCompatibileWithStyle(const Style& style) const override;
     void Render(const RenderContext& context, const Style& style) override;
