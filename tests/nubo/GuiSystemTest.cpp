@@ -145,7 +145,9 @@ TEST(GuiSystem, SpinnersValidateTypedText)
     for (unsigned int c : {'7', 'x', '.', '5'})
         gui.InjectChar(c);
     EXPECT_EQ(spinner->getCurrentValue(), 75.0) << "letters and a decimal point are refused";
-    EXPECT_EQ(Text(spinner->getChild("__auto_editbox__")), "75");
+    gui.InjectKeyDown(CEGUI::Key::Return);
+    gui.InjectKeyUp(CEGUI::Key::Return);
+    EXPECT_EQ(Text(spinner->getChild("__auto_editbox__")), "75") << "the typed 075 reads as the value once accepted";
 
     spinner->setTextInputMode(CEGUI::Spinner::FloatingPoint);
     gui.InjectKeyDown(CEGUI::Key::End);

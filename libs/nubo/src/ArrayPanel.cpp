@@ -1,6 +1,7 @@
 #include <nubo/ArrayPanel.h>
 
 #include <nubo/Combobox.h>
+#include <nubo/Spinner.h>
 
 #include <runa/rlog.h>
 
@@ -191,6 +192,8 @@ void RegisterWindowTypes()
         CEGUI::WindowFactoryManager::addFactory<CEGUI::TplWindowFactory<ArrayPanel>>();
     if (!factories.isFactoryPresent(Combobox::WidgetTypeName))
         CEGUI::WindowFactoryManager::addFactory<CEGUI::TplWindowFactory<Combobox>>();
+    if (!factories.isFactoryPresent(Spinner::WidgetTypeName))
+        CEGUI::WindowFactoryManager::addFactory<CEGUI::TplWindowFactory<Spinner>>();
 }
 
 } // namespace nubo

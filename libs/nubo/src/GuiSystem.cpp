@@ -22,6 +22,7 @@
 #include <CEGUI/Scheme.h>
 #include <CEGUI/SchemeManager.h>
 #include <CEGUI/System.h>
+#include <CEGUI/SystemKeys.h>
 #include <CEGUI/Window.h>
 #include <CEGUI/WindowFactoryManager.h>
 #include <CEGUI/WindowManager.h>
@@ -449,7 +450,31 @@ bool GuiSystem::InjectKeyDown(CEGUI::Key::Scan key)
 {
     if (!state_ || key == CEGUI::Key::Unknown)
         return false;
-    return Guarded("nubo::GuiSystem::InjectKeyDown", [&] { return state_->context->injectKeyDown(key); });
+    return Guarded("nubo::GuiSystem::InjectKeyDown", [&] {
+        CEGUI::GUIContext& context = *state_->context;
+        const bool handled = context.injectKeyDown(key);
+        // The text-field shortcuts every user expects, which CEGUI leaves to its host.
+        if (!context.getSystemKeys().isPressed(CEGUI::SystemKeys::Control))
+            return handled;
+        switch (key) {
+        case CEGUI::Key::A:
+            if (CEGUI::Window* active = state_->root->getActiveChild()) {
+                if (auto* editbox = dynamic_cast<CEGUI::Editbox*>(active)) {
+                    editbox->setSelection(0, editbox->getText().length());
+                    return true;
+                }
+                if (auto* multiLine = dynamic_cast<CEGUI::MultiLineEditbox*>(active)) {
+                    multiLine->setSelection(0, multiLine->getText().length());
+                    return true;
+                }
+            }
+            return handled;
+        case CEGUI::Key::C: return context.injectCopyRequest() || handled;
+        case CEGUI::Key::X: return context.injectCutRequest() || handled;
+        case CEGUI::Key::V: return context.injectPasteRequest() || handled;
+        default: return handled;
+        }
+    });
 }
 
 bool GuiSystem::InjectKeyUp(CEGUI::Key::Scan key)

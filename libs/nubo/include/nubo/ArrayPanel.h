@@ -67,7 +67,7 @@ private:
     float laidOutPadding_ = 0.0f;
 };
 
-/// Registers the ArrayPanel and Combobox window types with CEGUI (done by GuiSystem).
+/// Registers the ArrayPanel, Combobox and Spinner window types with CEGUI (done by GuiSystem).
 void RegisterWindowTypes();
 
 } // namespace nubo
