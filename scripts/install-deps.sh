@@ -9,7 +9,7 @@ PACKAGES=(
   libcegui-mk2-dev libcegui-mk2-data
   libjansson-dev nlohmann-json3-dev libfreetype-dev libstb-dev
   libgtest-dev libgmock-dev libbenchmark-dev
-  xvfb xauth
+  xvfb xauth libxtst-dev
   libgl1-mesa-dri libgl1-mesa-dev libglx-mesa0 libegl-mesa0 mesa-utils
 )
 

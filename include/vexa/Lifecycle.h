@@ -67,7 +67,7 @@ VEXA_API tesk::Color3b GetBackgroundColor();
 /// Frames the resource in every view area that shows it, as its panel's focus button does.
 VEXA_API void FocusCamera(const ResourceId& id);
 /// Draws a frame at once and saves the window's image to `path` as PNG. False before
-/// Initialize or when the file cannot be written.
+/// Initialize, once the window was closed, or when the file cannot be written.
 VEXA_API bool SaveScreenshot(const std::string& path);
 
 } // namespace vexa

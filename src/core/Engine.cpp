@@ -510,7 +510,8 @@ void Engine::Render()
 bool Engine::SaveScreenshot(const std::string& path)
 {
     Impl& s = *impl_;
-    if (!s.window || !s.renderSystem || path.empty())
+    // A closed window has nothing on screen to save.
+    if (!s.window || !s.renderSystem || path.empty() || !IsOpen())
         return false;
     s.screenshotPath = path;
     s.screenshotSaved = false;

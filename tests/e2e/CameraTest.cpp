@@ -1,0 +1,236 @@
+// Mouse gestures in the viewer's 3D area, judged by where the four balls end up on screen.
+// Every gesture starts on empty background, away from the balls and the sidebar.
+
+#include "ViewerCase.h"
+
+#include <cmath>
+#include <numbers>
+
+namespace e2e {
+namespace {
+
+Point Relative(const ClusterLayout& layout, std::size_t ball)
+{
+    const Point mean = layout.Mean();
+    return {layout.balls[ball].centroid.x - mean.x, layout.balls[ball].centroid.y - mean.y};
+}
+
+/// The largest change of a ball's place relative to the mean of all four.
+double RelativeMotion(const ClusterLayout& before, const ClusterLayout& after)
+{
+    double largest = 0.0;
+    for (std::size_t i = 0; i < 4; ++i)
+        largest = std::max(largest, Distance(Relative(before, i), Relative(after, i)));
+    return largest;
+}
+
+/// Degrees the ball turned about the mean, positive clockwise on screen.
+double TurnDegrees(const ClusterLayout& before, const ClusterLayout& after, std::size_t ball)
+{
+    const Point a = Relative(before, ball), b = Relative(after, ball);
+    double turn = std::atan2(b.y, b.x) - std::atan2(a.y, a.x);
+    while (turn > std::numbers::pi)
+        turn -= 2 * std::numbers::pi;
+    while (turn < -std::numbers::pi)
+        turn += 2 * std::numbers::pi;
+    return turn * 180.0 / std::numbers::pi;
+}
+
+class CameraGestures : public ViewerCase {
+protected:
+    /// A point of the render area given as fractions of its width and height.
+    Point At(double fx, double fy) const
+    {
+        const Rect r = layout.RenderArea();
+        return {r.x0 + fx * r.Width(), r.y0 + fy * r.Height()};
+    }
+
+    /// The settled picture after a gesture; fails the case when nothing changed.
+    ClusterLayout After(const Picture& before, const std::string& label, Picture* picture = nullptr)
+    {
+        const Picture after = WaitForChange(before, layout.RenderArea());
+        if (after.Empty())
+        {
+            Keep(label + "-unchanged", Grab());
+            ADD_FAILURE() << label << ": the picture did not change";
+            return {};
+        }
+        Keep(label, after);
+        if (picture != nullptr)
+            *picture = after;
+        return Measure(after);
+    }
+};
+
+TEST_F(CameraGestures, LeftDragOrbitsAboutTheTarget)
+{
+    ASSERT_NO_FATAL_FAILURE(OpenClusters());
+    const ClusterLayout before = Measure(start);
+
+    // 180 px to the right: about 50 degrees at the default sensitivity.
+    x->Drag(Button::Left, At(0.15, 0.375), At(0.33, 0.375));
+    const ClusterLayout after = After(start, "left-drag");
+    ASSERT_TRUE(after.AllVisible()) << after.Describe();
+
+    EXPECT_GE(RelativeMotion(before, after), 0.3 * before.Spread())
+        << "the balls should have moved against each other\nbefore: " << before.Describe()
+        << "\nafter:  " << after.Describe();
+    EXPECT_LE(Distance(before.Mean(), after.Mean()), 0.15 * before.Spread())
+        << "an orbit about the target keeps the scene's middle in place\nbefore: " << before.Describe()
+        << "\nafter:  " << after.Describe();
+    // The content follows the pointer: what lies beyond the target (the white ball at the
+    // origin; the camera looks from the (1,1,1) side) swings the other way.
+    EXPECT_LT(Relative(after, 3).x - Relative(before, 3).x, -0.1 * before.Spread())
+        << "before: " << before.Describe() << "\nafter:  " << after.Describe();
+}
+
+TEST_F(CameraGestures, MiddleDragPansWithThePointer)
+{
+    ASSERT_NO_FATAL_FAILURE(OpenClusters());
+    const ClusterLayout before = Measure(start);
+
+    const Point from = At(0.3, 0.875), to = At(0.42, 0.775);
+    x->Drag(Button::Middle, from, to);
+    const ClusterLayout after = After(start, "middle-drag");
+    ASSERT_TRUE(after.AllVisible()) << after.Describe();
+
+    // Points at the target's depth follow the pointer exactly; the balls lie a little in
+    // front of and behind it.
+    const Point drag{to.x - from.x, to.y - from.y};
+    const double length = std::hypot(drag.x, drag.y);
+    for (std::size_t i = 0; i < 4; ++i)
+    {
+        const Point moved{after.balls[i].centroid.x - before.balls[i].centroid.x,
+                          after.balls[i].centroid.y - before.balls[i].centroid.y};
+        EXPECT_LE(Distance(moved, drag), 0.3 * length)
+            << "ball " << i << " moved by (" << moved.x << ", " << moved.y << "), the pointer by (" << drag.x << ", "
+            << drag.y << ")\nbefore: " << before.Describe() << "\nafter:  " << after.Describe();
+    }
+    EXPECT_NEAR(after.Spread() / before.Spread(), 1.0, 0.1) << "a pan neither zooms nor turns";
+}
+
+TEST_F(CameraGestures, ControlLeftDragRollsWithThePointer)
+{
+    ASSERT_NO_FATAL_FAILURE(OpenClusters());
+    const ClusterLayout before = Measure(start);
+
+    // From right of the view's centre straight down: the pointer sweeps 45 degrees clockwise
+    // about the centre.
+    const Rect r = layout.RenderArea();
+    const Point centre{(r.x0 + r.x1) / 2.0, (r.y0 + r.y1) / 2.0};
+    const double reach = 0.3 * std::min(r.Width(), r.Height());
+    x->Drag(Button::Left, {centre.x + reach, centre.y}, {centre.x + reach, centre.y + reach}, {"Control_L"});
+    const ClusterLayout after = After(start, "control-left-drag");
+    ASSERT_TRUE(after.AllVisible()) << after.Describe();
+
+    for (std::size_t i = 0; i < 4; ++i)
+    {
+        // The white ball sits at the middle, where a direction means nothing.
+        if (Distance(Relative(before, i), {0, 0}) < 0.3 * before.Spread())
+            continue;
+        EXPECT_NEAR(TurnDegrees(before, after, i), 45.0, 12.0)
+            << "ball " << i << " should turn clockwise with the pointer\nbefore: " << before.Describe()
+            << "\nafter:  " << after.Describe();
+        EXPECT_NEAR(Distance(Relative(after, i), {0, 0}) / Distance(Relative(before, i), {0, 0}), 1.0, 0.1)
+            << "a roll keeps every ball's distance from the middle, ball " << i;
+    }
+}
+
+TEST_F(CameraGestures, RightDragDolliesInAndOut)
+{
+    ASSERT_NO_FATAL_FAILURE(OpenClusters());
+    const ClusterLayout before = Measure(start);
+
+    // Up moves the camera forward: everything grows about the middle.
+    x->Drag(Button::Right, At(0.3, 0.875), At(0.3, 0.625));
+    Picture closerPicture;
+    const ClusterLayout closer = After(start, "right-drag-up", &closerPicture);
+    ASSERT_TRUE(closer.AllVisible()) << closer.Describe();
+    EXPECT_GE(closer.Spread(), 1.1 * before.Spread()) << "before: " << before.Describe() << "\nafter:  " << closer.Describe();
+    EXPECT_LE(Distance(before.Mean(), closer.Mean()), 0.15 * before.Spread()) << closer.Describe();
+
+    // And down moves it back.
+    x->Drag(Button::Right, At(0.3, 0.625), At(0.3, 0.875));
+    const ClusterLayout farther = After(closerPicture, "right-drag-down");
+    ASSERT_TRUE(farther.AllVisible()) << farther.Describe();
+    EXPECT_LE(farther.Spread(), closer.Spread() / 1.1) << "before: " << closer.Describe() << "\nafter:  " << farther.Describe();
+    EXPECT_LE(Distance(closer.Mean(), farther.Mean()), 0.15 * closer.Spread()) << farther.Describe();
+}
+
+TEST_F(CameraGestures, WheelZoomsInAndOut)
+{
+    ASSERT_NO_FATAL_FAILURE(OpenClusters());
+    const ClusterLayout before = Measure(start);
+
+    const Point over = At(0.3, 0.875);
+    x->MoveTo(static_cast<int>(over.x), static_cast<int>(over.y));
+    // Out first: the framed scene already reaches close to the top edge.
+    x->Wheel(-2);
+    Picture outPicture;
+    const ClusterLayout out = After(start, "wheel-down", &outPicture);
+    ASSERT_TRUE(out.AllVisible()) << out.Describe();
+    EXPECT_LE(out.Spread(), before.Spread() / 1.1) << "before: " << before.Describe() << "\nafter:  " << out.Describe();
+    EXPECT_LE(Distance(before.Mean(), out.Mean()), 0.15 * before.Spread()) << out.Describe();
+
+    x->Wheel(2);
+    const ClusterLayout in = After(outPicture, "wheel-up");
+    ASSERT_TRUE(in.AllVisible()) << in.Describe();
+    EXPECT_GE(in.Spread(), 1.1 * out.Spread()) << "before: " << out.Describe() << "\nafter:  " << in.Describe();
+}
+
+TEST_F(CameraGestures, ShiftLeftDragChangesNothing)
+{
+    ASSERT_NO_FATAL_FAILURE(OpenClusters());
+    const Point rest = At(0.1, 0.9);
+
+    x->Drag(Button::Left, At(0.15, 0.375), At(0.33, 0.375), {"Shift_L"});
+    const Picture after = Barrier(rest);
+    ASSERT_FALSE(after.Empty());
+    Keep("after-shift-drag", after);
+    EXPECT_EQ(CountDifferences(start, after, layout.RenderArea()), 0u)
+        << "Shift + left drag must not move the camera\nbefore: " << Measure(start).Describe()
+        << "\nafter:  " << Measure(after).Describe();
+
+    // The same drag without Shift does turn the view: the program was listening.
+    x->Drag(Button::Left, At(0.15, 0.375), At(0.33, 0.375));
+    const Picture turned = WaitForChange(after, layout.RenderArea());
+    Keep("after-plain-drag", turned.Empty() ? Grab() : turned);
+    EXPECT_FALSE(turned.Empty()) << "a plain left drag afterwards changed nothing either, so the case proves nothing";
+}
+
+TEST_F(CameraGestures, HigherSensitivityTurnsFurther)
+{
+    // One viewer per setting, each with its own options file, the same drag in both.
+    const auto turnWith = [this](float sensitivity, const std::string& label) -> double {
+        WriteOptions(sensitivity);
+        OpenClusters();
+        if (HasFatalFailure())
+            return -1.0;
+        const ClusterLayout before = Measure(start);
+        x->Drag(Button::Left, At(0.15, 0.375), At(0.21, 0.375));
+        const Picture after = WaitForChange(start, layout.RenderArea());
+        Keep(label, after.Empty() ? Grab() : after);
+        program->Stop();
+        program.reset();
+        if (after.Empty())
+            return 0.0;
+        const ClusterLayout measured = Measure(after);
+        return measured.AllVisible() ? RelativeMotion(before, measured) : -1.0;
+    };
+
+    const double slow = turnWith(0.0f, "sensitivity-0");
+    ASSERT_FALSE(HasFatalFailure());
+    // A fresh working directory for the second run, so that nothing of the first carries over.
+    fs::remove_all(WorkingDirectory());
+    fs::create_directories(WorkingDirectory());
+    const double fast = turnWith(1.0f, "sensitivity-1");
+    ASSERT_FALSE(HasFatalFailure());
+
+    ASSERT_GT(slow, 0.0) << "the drag at the lowest sensitivity turned nothing";
+    // Factors 0.2 and 1.8: nine times the angle, and for these small angles nearly nine times
+    // the motion on screen.
+    EXPECT_GE(fast, 3.0 * slow) << "motion at sensitivity 0: " << slow << " px, at 1: " << fast << " px";
+}
+
+} // namespace
+} // namespace e2e

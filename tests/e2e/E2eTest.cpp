@@ -1,0 +1,177 @@
+#include "E2eTest.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <iomanip>
+#include <iostream>
+#include <sstream>
+
+namespace e2e {
+
+namespace {
+
+// llvmpipe draws a small scene in 20-100 ms; with another test loading the second core a
+// frame can take several times that. A picture that holds this long is finished.
+constexpr auto kSettleTime = 300ms;
+constexpr auto kPollInterval = 25ms;
+
+std::string CaseName()
+{
+    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    return std::string(info->test_suite_name()) + "." + info->name();
+}
+
+bool KeepPicturesAlways()
+{
+    const char* value = std::getenv("VEXA_E2E_KEEP_PICTURES");
+    return value != nullptr && std::string(value) == "1";
+}
+
+} // namespace
+
+void E2eTest::SetUp()
+{
+    caseDirectory_ = fs::path(E2E_WORK_ROOT) / CaseName();
+    workingDirectory_ = caseDirectory_ / "cwd";
+    outputFile_ = caseDirectory_ / "program.log";
+    std::error_code ignored;
+    fs::remove_all(caseDirectory_, ignored);
+    fs::create_directories(workingDirectory_);
+    x = std::make_unique<XSession>((caseDirectory_ / "xvfb.log").string());
+}
+
+void E2eTest::TearDown()
+{
+    if (program)
+        program->Stop();
+    program.reset();
+    x.reset();
+    if (!HasFailure() && !KeepPicturesAlways())
+        return;
+    int index = 0;
+    for (const auto& [label, picture] : kept_)
+    {
+        std::ostringstream name;
+        name << std::setw(2) << std::setfill('0') << index++ << "-" << label << ".png";
+        picture.SavePng((caseDirectory_ / name.str()).string());
+    }
+    if (HasFailure())
+        std::cout << "[e2e] pictures and program output of this case: " << caseDirectory_.string() << "\n"
+                  << "[e2e] program output:\n"
+                  << Output() << std::flush;
+}
+
+::testing::AssertionResult E2eTest::Launch(const std::string& path, const std::vector<std::string>& arguments)
+{
+    ChildProcess::Options options;
+    options.program = path;
+    options.arguments = arguments;
+    options.workingDirectory = workingDirectory_.string();
+    options.outputFile = outputFile_.string();
+    options.environment = {{"DISPLAY", x->DisplayName()}};
+    // The program must use our private server, whatever the test runner was started under.
+    options.unset = {"WAYLAND_DISPLAY", "XAUTHORITY"};
+    program = std::make_unique<ChildProcess>(options);
+    if (!x->AttachToWindowOf(program->Pid(), 30s))
+    {
+        if (!program->IsRunning())
+            return ::testing::AssertionFailure() << path << " ended before it showed a window; output:\n" << Output();
+        return ::testing::AssertionFailure() << path << " showed no window within 30 s; output:\n" << Output();
+    }
+    return ::testing::AssertionSuccess();
+}
+
+::testing::AssertionResult E2eTest::LaunchViewer(const std::vector<std::string>& arguments)
+{
+    std::vector<std::string> all{"--assets", E2E_ASSET_DIR};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return Launch(E2E_VIEWER, all);
+}
+
+::testing::AssertionResult E2eTest::LaunchHost(const std::vector<std::string>& arguments)
+{
+    return Launch(E2E_HOST, arguments);
+}
+
+std::string E2eTest::Output() const
+{
+    std::ifstream in(outputFile_);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+bool E2eTest::WaitForOutput(const std::string& text, std::chrono::milliseconds timeout) const
+{
+    const auto end = std::chrono::steady_clock::now() + timeout;
+    while (Output().find(text) == std::string::npos)
+    {
+        if (std::chrono::steady_clock::now() >= end)
+            return false;
+        XSession::Pause(kPollInterval);
+    }
+    return true;
+}
+
+Picture E2eTest::Grab()
+{
+    return x->Grab();
+}
+
+const Picture& E2eTest::Keep(const std::string& label, const Picture& picture)
+{
+    kept_.emplace_back(label, picture);
+    return kept_.back().second;
+}
+
+Picture E2eTest::WaitUntil(const Accept& accept, std::chrono::milliseconds timeout)
+{
+    const auto end = std::chrono::steady_clock::now() + timeout;
+    do
+    {
+        Picture picture = Grab();
+        if (!picture.Empty() && accept(picture))
+            return picture;
+        XSession::Pause(kPollInterval);
+    } while (std::chrono::steady_clock::now() < end);
+    return {};
+}
+
+Picture E2eTest::WaitForSettled(const Accept& accept, std::chrono::milliseconds timeout)
+{
+    const auto end = std::chrono::steady_clock::now() + timeout;
+    Picture candidate;
+    auto since = std::chrono::steady_clock::now();
+    do
+    {
+        Picture picture = Grab();
+        const auto now = std::chrono::steady_clock::now();
+        if (picture.Empty() || !accept(picture))
+            candidate = Picture();
+        else if (!candidate.Empty() && picture == candidate)
+        {
+            if (now - since >= kSettleTime)
+                return candidate;
+        }
+        else
+        {
+            candidate = std::move(picture);
+            since = now;
+        }
+        XSession::Pause(kPollInterval);
+    } while (std::chrono::steady_clock::now() < end);
+    return {};
+}
+
+Picture E2eTest::WaitForChange(const Picture& before, const Rect& area, std::chrono::milliseconds timeout,
+                               const std::vector<Rect>& holes)
+{
+    return WaitForSettled([&](const Picture& p) { return CountDifferences(before, p, area, holes) > 0; }, timeout);
+}
+
+Picture E2eTest::WaitForQuiet(std::chrono::milliseconds timeout)
+{
+    return WaitForSettled([](const Picture&) { return true; }, timeout);
+}
+
+} // namespace e2e

@@ -1,0 +1,78 @@
+#pragma once
+// Base of every end-to-end case: a private X server, one program started in a fresh working
+// directory, and waiting on pixels (the program has no frame callback a test could wait on:
+// a change has happened when the picture differs and then holds still).
+//
+// Each case's files live in work/<Suite>.<Name>/ of the build folder: the program's working
+// directory (cwd/), its output (program.log), the X server's log, and, when the case fails,
+// every picture it judged as PNG so that a person can look at them. With VEXA_E2E_KEEP_PICTURES=1
+// the pictures are written for passing cases too.
+
+#include "ChildProcess.h"
+#include "Picture.h"
+#include "XSession.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace e2e {
+
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+
+class E2eTest : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    const fs::path& CaseDirectory() const { return caseDirectory_; }
+    /// The program's working directory: its ./vexa/ settings and ./screenshots/ land here.
+    const fs::path& WorkingDirectory() const { return workingDirectory_; }
+
+    /// Starts the program and waits until its window is mapped.
+    ::testing::AssertionResult Launch(const std::string& program, const std::vector<std::string>& arguments);
+    /// The viewer with the source tree's assets.
+    ::testing::AssertionResult LaunchViewer(const std::vector<std::string>& arguments);
+    /// The test host program (hosts/E2eHost.cpp).
+    ::testing::AssertionResult LaunchHost(const std::vector<std::string>& arguments);
+
+    /// What the program wrote to standard output and error so far.
+    std::string Output() const;
+    /// Waits until the output holds `text`.
+    bool WaitForOutput(const std::string& text, std::chrono::milliseconds timeout = 10s) const;
+
+    Picture Grab();
+    /// Keeps `picture` under `label` for the failure report and returns it.
+    const Picture& Keep(const std::string& label, const Picture& picture);
+
+    using Accept = std::function<bool(const Picture&)>;
+    /// The first picture that passes `accept`, with no wait for it to settle (fading notices
+    /// never do); empty after `timeout`.
+    Picture WaitUntil(const Accept& accept, std::chrono::milliseconds timeout = 15s);
+    /// A picture that passes `accept` and then stays exactly the same for a settling time;
+    /// empty after `timeout`.
+    Picture WaitForSettled(const Accept& accept, std::chrono::milliseconds timeout = 15s);
+    /// A settled picture that differs from `before` inside `area` (holes left out).
+    Picture WaitForChange(const Picture& before, const Rect& area, std::chrono::milliseconds timeout = 15s,
+                          const std::vector<Rect>& holes = {});
+    /// A settled picture, whatever it shows.
+    Picture WaitForQuiet(std::chrono::milliseconds timeout = 15s);
+
+    std::unique_ptr<XSession> x;
+    std::unique_ptr<ChildProcess> program;
+
+private:
+    fs::path caseDirectory_;
+    fs::path workingDirectory_;
+    fs::path outputFile_;
+    std::vector<std::pair<std::string, Picture>> kept_;
+};
+
+} // namespace e2e

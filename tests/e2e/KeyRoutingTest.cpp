@@ -1,0 +1,112 @@
+// Which keys reach the host's key callbacks, with and without a text field holding the
+// keyboard. Key codes in the host's lines are the library's (GLFW's): K 75, 8 56, 9 57, Tab 258.
+
+#include "HostCase.h"
+
+#include <cmath>
+
+namespace e2e {
+namespace {
+
+class KeyRouting : public HostCase {
+protected:
+    /// Waits for `line` to appear `count` times in the host's output.
+    bool WaitForLines(const std::string& line, std::size_t count, std::chrono::milliseconds timeout = 10s)
+    {
+        const auto end = std::chrono::steady_clock::now() + timeout;
+        while (CountLines(line) < count)
+        {
+            if (std::chrono::steady_clock::now() >= end)
+                return false;
+            XSession::Pause(25ms);
+        }
+        return true;
+    }
+
+    /// Double-clicks into the cloud panel's first field ("Point size"), which selects its value.
+    ::testing::AssertionResult FocusPointSizeField()
+    {
+        const std::vector<PanelHeader> headers = FindPanelHeaders(start, layout);
+        if (headers.size() != 1)
+            return ::testing::AssertionFailure() << "expected one panel, found " << headers.size();
+        const Rect box = FindEditBox(start, layout.PanelColumn(), headers[0].rect.y1);
+        if (box.Width() == 0)
+            return ::testing::AssertionFailure() << "no edit box in the cloud's panel";
+        x->DoubleClick(Button::Left, box.x0 + 10, (box.y0 + box.y1) / 2);
+        return ::testing::AssertionSuccess();
+    }
+};
+
+TEST_F(KeyRouting, KeysReachTheHostWithTheirModifiers)
+{
+    ASSERT_NO_FATAL_FAILURE(OpenHost());
+    x->MoveTo(layout.area.x0 + 40, layout.area.y1 - 40);
+
+    x->Tap("k");
+    EXPECT_TRUE(WaitForLines("keyup 75 0000", 1)) << Output();
+    EXPECT_EQ(CountLines("keydown 75 0000"), 1u) << Output();
+
+    x->KeyDown("Shift_L");
+    x->Tap("k");
+    x->KeyUp("Shift_L");
+    EXPECT_TRUE(WaitForLines("keyup 75 1000", 1)) << Output();
+    EXPECT_EQ(CountLines("keydown 75 1000"), 1u) << Output();
+
+    x->KeyDown("Control_L");
+    x->Tap("k");
+    x->KeyUp("Control_L");
+    EXPECT_TRUE(WaitForLines("keyup 75 0100", 1)) << Output();
+    EXPECT_EQ(CountLines("keydown 75 0100"), 1u) << Output();
+
+    // Held long enough for the server to repeat it many times: the host hears of it once.
+    ASSERT_TRUE(x->RepeatsWhenHeld("k")) << "the X server does not repeat held keys; this part would prove nothing";
+    x->KeyDown("k");
+    XSession::Pause(1500ms);
+    x->KeyUp("k");
+    EXPECT_TRUE(WaitForLines("keyup 75 0000", 2)) << Output();
+    EXPECT_EQ(CountLines("keydown 75 0000"), 2u) << "a held key's repeats reached the host\n" << Output();
+}
+
+TEST_F(KeyRouting, AFocusedEditBoxStillLetsKeysThroughToTheHost)
+{
+    ASSERT_NO_FATAL_FAILURE(OpenHost());
+    ASSERT_TRUE(FocusPointSizeField());
+
+    // A digit edits the field (the points grow to 9 px) and reaches the host as well.
+    x->Tap("9");
+    EXPECT_TRUE(WaitForLines("keydown 57 0000", 1)) << "the digit did not reach the host\n" << Output();
+    EXPECT_TRUE(WaitForLines("keyup 57 0000", 1)) << "the digit's release did not reach the host\n" << Output();
+    const Picture edited =
+        WaitForSettled([&](const Picture& p) { return std::abs(MarkerDiameter(p) - 9.0) <= 2.0; }, 15s);
+    Keep("after-9", edited.Empty() ? Grab() : edited);
+    EXPECT_FALSE(edited.Empty()) << "typing 9 into the focused field did not change the point size";
+
+    // A held digit: the field gets the repeats, the host only the first press.
+    ASSERT_TRUE(x->RepeatsWhenHeld("8")) << "the X server does not repeat held keys; this part would prove nothing";
+    x->KeyDown("8");
+    XSession::Pause(1500ms);
+    x->KeyUp("8");
+    EXPECT_TRUE(WaitForLines("keyup 56 0000", 1)) << Output();
+    EXPECT_EQ(CountLines("keydown 56 0000"), 1u) << "a held key's repeats reached the host\n" << Output();
+
+    // Tab still opens the layout chooser, and the host still hears it.
+    const Picture before = WaitForQuiet();
+    const Rect top{0, 0, layout.area.x1, layout.area.y1 / 2 - 110};
+    x->Tap("Tab");
+    EXPECT_TRUE(WaitForLines("keydown 258 0000", 1)) << Output();
+    EXPECT_TRUE(WaitForLines("keyup 258 0000", 1)) << Output();
+    const Picture dimmed = WaitForSettled(
+        [&](const Picture& p) { return MeanBrightness(p, top) < 0.5 * MeanBrightness(before, top); }, 15s);
+    Keep("after-tab", dimmed.Empty() ? Grab() : dimmed);
+    EXPECT_FALSE(dimmed.Empty()) << "Tab did not open the layout chooser while the field had the keyboard";
+
+    x->Tap("Tab");
+    EXPECT_TRUE(WaitForLines("keydown 258 0000", 2)) << Output();
+    const Picture undimmed = WaitForSettled(
+        [&](const Picture& p) { return MeanBrightness(p, top) > 0.8 * MeanBrightness(before, top); }, 15s);
+    Keep("after-second-tab", undimmed.Empty() ? Grab() : undimmed);
+    EXPECT_FALSE(undimmed.Empty()) << "a second Tab did not close the layout chooser";
+}
+
+} // namespace
+} // namespace e2e

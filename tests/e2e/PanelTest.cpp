@@ -1,0 +1,156 @@
+// The buttons and fields of a resource's sidebar panel.
+
+#include "HostCase.h"
+#include "ViewerCase.h"
+
+#include <cmath>
+
+namespace e2e {
+namespace {
+
+class PanelButtons : public ViewerCase {};
+class PanelSelection : public HostCase {};
+
+TEST_F(PanelButtons, FocusFramesTheResourceAgainAfterADolly)
+{
+    ASSERT_NO_FATAL_FAILURE(OpenClusters());
+    const ClusterLayout framed = Measure(start);
+    const Rect area = layout.RenderArea();
+
+    // Away from the balls: a dolly backwards, then a pan to the side.
+    x->Drag(Button::Right, {area.x0 + 0.3 * area.Width(), area.y0 + 0.6 * area.Height()},
+            {area.x0 + 0.3 * area.Width(), area.y0 + 0.9 * area.Height()});
+    x->Drag(Button::Middle, {area.x0 + 0.2 * area.Width(), area.y0 + 0.9 * area.Height()},
+            {area.x0 + 0.1 * area.Width(), area.y0 + 0.8 * area.Height()});
+    const Picture away = WaitForChange(start, area);
+    ASSERT_FALSE(away.Empty()) << "dragging with the right and middle buttons did not move the camera";
+    Keep("away", away);
+    const ClusterLayout moved = Measure(away);
+    ASSERT_GT(Distance(moved.Mean(), framed.Mean()) + std::abs(moved.Spread() - framed.Spread()), 20.0)
+        << "the camera did not go far enough away for the case to mean anything: " << moved.Describe();
+
+    const std::vector<PanelHeader> headers = FindPanelHeaders(away, layout);
+    ASSERT_EQ(headers.size(), 1u);
+    const Point focus = headers.front().FocusButton();
+    x->Click(Button::Left, static_cast<int>(focus.x), static_cast<int>(focus.y));
+    x->MoveTo(area.x0 + area.Width() / 10, area.y0 + area.Height() * 9 / 10);
+    const Picture refocused = WaitForChange(away, area);
+    ASSERT_FALSE(refocused.Empty()) << "the focus button did not move the camera";
+    Keep("refocused", refocused);
+
+    // The viewer framed the file the same way when it opened it.
+    const ClusterLayout back = Measure(refocused);
+    ASSERT_TRUE(back.AllVisible()) << back.Describe();
+    for (std::size_t i = 0; i < 4; ++i)
+        EXPECT_LE(Distance(back.balls[i].centroid, framed.balls[i].centroid), 0.03 * framed.Spread())
+            << "at start: " << framed.Describe() << "\nrefocused: " << back.Describe();
+}
+
+TEST_F(PanelButtons, CrossRemovesTheResourceFromTheViewArea)
+{
+    ASSERT_NO_FATAL_FAILURE(OpenClusters());
+    const std::vector<PanelHeader> headers = FindPanelHeaders(start, layout);
+    ASSERT_EQ(headers.size(), 1u);
+    const Point cross = headers.front().RemoveButton();
+    x->Click(Button::Left, static_cast<int>(cross.x), static_cast<int>(cross.y));
+    x->MoveTo(start.Width() / 10, start.Height() * 9 / 10);
+
+    const Picture removed = WaitForChange(start, start.Bounds());
+    ASSERT_FALSE(removed.Empty()) << "clicking the cross changed nothing";
+    Keep("removed", removed);
+    const ClusterLayout left = Measure(removed);
+    EXPECT_EQ(left.Pixels(), 0u) << "the points are still drawn: " << left.Describe();
+    EXPECT_TRUE(FindPanelHeaders(removed, layout).empty()) << "the panel is still shown";
+}
+
+TEST_F(PanelSelection, PinShowsOnTheSelectedPanelOnlyAndDeselects)
+{
+    ASSERT_NO_FATAL_FAILURE(OpenHost({.second = true, .selectCloud = true}));
+    const std::vector<PanelHeader> headers = FindPanelHeaders(start, layout);
+    ASSERT_EQ(headers.size(), 2u) << "expected the panels of both resources";
+    // The selected resource's panel comes first.
+    ASSERT_TRUE(headers[0].selected) << "the look selects the cloud; its header should be FF435B72";
+    EXPECT_FALSE(headers[1].selected);
+    EXPECT_GT(CountLightPixels(start, headers[0].PinRect()), 10u) << "no pin on the selected panel";
+    EXPECT_EQ(CountLightPixels(start, headers[1].PinRect()), 0u) << "a pin on a panel that is not selected";
+
+    const Point pin = headers[0].PinButton();
+    x->Click(Button::Left, static_cast<int>(pin.x), static_cast<int>(pin.y));
+    x->MoveTo(layout.area.x0 + 40, layout.area.y1 - 40);
+    const Picture deselected = WaitForSettled(
+        [&](const Picture& p) {
+            const auto now = FindPanelHeaders(p, layout);
+            return now.size() == 2 && !now[0].selected && !now[1].selected;
+        },
+        15s);
+    Keep("after-pin", deselected.Empty() ? Grab() : deselected);
+    ASSERT_FALSE(deselected.Empty()) << "after clicking the pin a panel still shows the selected header colour";
+    for (const PanelHeader& header : FindPanelHeaders(deselected, layout))
+        EXPECT_EQ(CountLightPixels(deselected, header.PinRect()), 0u) << "a pin is still shown";
+    // Deselecting is not removing.
+    EXPECT_TRUE(Measure(deselected).AllVisible(100)) << Measure(deselected).Describe();
+}
+
+class PointSizeField : public HostCase {
+protected:
+    /// The cloud panel's first field, "Point size".
+    Rect FindField()
+    {
+        const std::vector<PanelHeader> headers = FindPanelHeaders(start, layout);
+        if (headers.size() != 1)
+        {
+            ADD_FAILURE() << "expected one panel, found " << headers.size();
+            return {};
+        }
+        const Rect box = FindEditBox(start, layout.PanelColumn(), headers[0].rect.y1);
+        if (box.Width() == 0)
+            ADD_FAILURE() << "no edit box in the cloud's panel";
+        return box;
+    }
+
+    /// Waits for the marker to be drawn `diameter` px wide (within 2 px) and fails if it is not.
+    void ExpectDiameter(double diameter, const std::string& label)
+    {
+        const Picture drawn = WaitForSettled(
+            [&](const Picture& p) { return std::abs(MarkerDiameter(p) - diameter) <= 2.0; }, 15s);
+        const Picture shown = drawn.Empty() ? Grab() : drawn;
+        Keep(label, shown);
+        EXPECT_FALSE(drawn.Empty()) << "the points should be drawn " << diameter << " px wide; the marker point is "
+                                    << MarkerDiameter(shown) << " px wide (" << MarkerDiameter(start)
+                                    << " px at the start)";
+    }
+};
+
+TEST_F(PointSizeField, TypingANumberOverTheSelectedValueDrawsPointsThatSize)
+{
+    ASSERT_NO_FATAL_FAILURE(OpenHost());
+    ASSERT_NEAR(MarkerDiameter(start), 3.0, 1.0) << "points start 3 px wide";
+    const Rect box = FindField();
+    ASSERT_GT(box.Width(), 0);
+
+    // A double click selects the old value; what is typed replaces it.
+    x->DoubleClick(Button::Left, box.x0 + 10, (box.y0 + box.y1) / 2);
+    x->Tap("9");
+    x->Tap("Return");
+    x->MoveTo(layout.area.x0 + 40, layout.area.y1 - 40);
+    ExpectDiameter(9.0, "after-typing-9");
+}
+
+TEST_F(PointSizeField, TypingANumberIntoTheClearedFieldDrawsPointsThatSize)
+{
+    ASSERT_NO_FATAL_FAILURE(OpenHost());
+    const Rect box = FindField();
+    ASSERT_GT(box.Width(), 0);
+
+    // Click after the old value, delete it, type the new one.
+    x->Click(Button::Left, box.x1 - 10, (box.y0 + box.y1) / 2);
+    for (int i = 0; i < 3; ++i)
+        x->Tap("BackSpace");
+    x->Tap("9");
+    x->Tap("Return");
+    x->MoveTo(layout.area.x0 + 40, layout.area.y1 - 40);
+    ExpectDiameter(9.0, "after-clearing-and-typing-9");
+}
+
+} // namespace
+} // namespace e2e

@@ -1,0 +1,62 @@
+#include "ViewerCase.h"
+
+#include <cstring>
+#include <fstream>
+
+namespace e2e {
+
+void ViewerCase::OpenClusters()
+{
+    const fs::path ply = CaseDirectory() / "balls.ply";
+    WriteClusterPly(ply);
+    ASSERT_TRUE(LaunchViewer({ply.string()}));
+    const Rect window = x->WindowArea();
+    layout.area = {0, 0, window.Width(), window.Height()};
+    start = WaitForSettled([&](const Picture& p) { return Measure(p).AllVisible(); }, 30s);
+    if (start.Empty())
+    {
+        Keep("start-timeout", Grab());
+        FAIL() << "the four balls did not appear; last picture: " << Measure(Grab()).Describe();
+    }
+    Keep("start", start);
+}
+
+Picture ViewerCase::Barrier(Point rest)
+{
+    const Picture now = Grab();
+    const std::vector<PanelHeader> headers = FindPanelHeaders(now, layout);
+    if (headers.empty())
+    {
+        ADD_FAILURE() << "no panel header to synchronise on";
+        return {};
+    }
+    const Rect focus{headers.front().rect.x0, headers.front().rect.y0, headers.front().rect.x0 + 24,
+                     headers.front().rect.y1};
+    const Point button = headers.front().FocusButton();
+    x->MoveTo(static_cast<int>(button.x), static_cast<int>(button.y));
+    const Picture lit = WaitUntil([&](const Picture& p) { return CountDifferences(now, p, focus) > 0; }, 15s);
+    if (lit.Empty())
+        ADD_FAILURE() << "hovering the focus button changed nothing: the program does not seem to handle input";
+    x->MoveTo(static_cast<int>(rest.x), static_cast<int>(rest.y));
+    return WaitForSettled([&](const Picture& p) { return CountDifferences(now, p, focus) == 0; }, 15s);
+}
+
+void ViewerCase::WriteOptions(float sensitivity)
+{
+    fs::create_directories(WorkingDirectory() / "vexa");
+    std::ofstream out(WorkingDirectory() / "vexa" / "options.bin", std::ios::binary);
+    // Format version 2, little-endian: u8 anti-aliasing (2: MSAA 4x), u8 white background,
+    // f32 mouse sensitivity, u8 optimised rendering, u8 shortcuts, u8 view layout (0: the look's).
+    const unsigned char version[4] = {2, 0, 0, 0};
+    out.write(reinterpret_cast<const char*>(version), 4);
+    const unsigned char head[2] = {2, 0};
+    out.write(reinterpret_cast<const char*>(head), 2);
+    // The machines these run on store floats little-endian, as the file does.
+    unsigned char value[4];
+    std::memcpy(value, &sensitivity, 4);
+    out.write(reinterpret_cast<const char*>(value), 4);
+    const unsigned char tail[3] = {1, 1, 0};
+    out.write(reinterpret_cast<const char*>(tail), 3);
+}
+
+} // namespace e2e
