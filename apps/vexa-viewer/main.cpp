@@ -35,7 +35,8 @@ Options:
   --help             show this text
 
 Mouse: left drag rotates, middle drag moves, right drag (or the wheel) zooms, Ctrl + left
-drag rolls. Keys: Tab chooses a layout, F12 saves a screenshot, R reloads the shaders.
+drag rolls, Shift + left click reports the point under the pointer. Keys: Tab chooses a
+layout, F12 saves a screenshot, R reloads the shaders.
 )";
 
 struct Options {
