@@ -6,7 +6,12 @@
 
 #include <vexa/vexa.h>
 
+#include <glm/common.hpp>
+
 #include <chrono>
+#include <cmath>
+#include <limits>
+#include <span>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -156,15 +161,27 @@ public:
                                               static_cast<int>(tesk::ColorMap::Rainbow));
         vexa::AddResource(resource);
         std::cout << "vexa-viewer: opened " << path << " (" << cloud.Size() << " points)\n";
-        if (!focused_)
-        {
-            vexa::FocusCamera(resource->GetId());
-            focused_ = true;
-        }
+        // Everything opened so far is in view, every point of it: a cloud's own focus aims
+        // at its centre of mass and a typical spread, which cuts off a tall or lopsided one.
+        if (Grow(cloud.GetPositions()))
+            vexa::FrameBox(minimum_, maximum_);
         return true;
     }
 
 private:
+    /// Takes the finite points into the box; false while the box is still empty.
+    bool Grow(std::span<const glm::vec3> points)
+    {
+        for (const glm::vec3& p : points)
+        {
+            if (!std::isfinite(p.x) || !std::isfinite(p.y) || !std::isfinite(p.z))
+                continue;
+            minimum_ = glm::min(minimum_, p);
+            maximum_ = glm::max(maximum_, p);
+        }
+        return minimum_.x <= maximum_.x;
+    }
+
     std::string UniqueName(const std::string& path)
     {
         const std::string base = "Files/" + fs::path(path).filename().string();
@@ -176,7 +193,8 @@ private:
     }
 
     std::set<std::string> names_;
-    bool focused_ = false;
+    glm::vec3 minimum_{std::numeric_limits<float>::max()};
+    glm::vec3 maximum_{std::numeric_limits<float>::lowest()};
 };
 
 } // namespace

@@ -10,6 +10,8 @@
 #include <runa/Version.h>
 #include <tesk/Color.h>
 
+#include <glm/vec3.hpp>
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -66,6 +68,9 @@ VEXA_API std::vector<ActiveResourceInfo> GetActiveResources();
 VEXA_API tesk::Color3b GetBackgroundColor();
 /// Frames the resource in every view area that shows it, as its panel's focus button does.
 VEXA_API void FocusCamera(const ResourceId& id);
+/// Turns every view area's camera, along its present direction of view, onto the box (world
+/// space) so that all of it is in view with a margin; the clipping planes follow.
+VEXA_API void FrameBox(const glm::vec3& minimum, const glm::vec3& maximum);
 /// Draws a frame at once and saves the window's image to `path` as PNG. False before
 /// Initialize, once the window was closed, or when the file cannot be written.
 VEXA_API bool SaveScreenshot(const std::string& path);

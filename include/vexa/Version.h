@@ -1,14 +1,11 @@
 #pragma once
-// The library's own release number. The caption of the default look and the state files
-// quote it, so it is defined here once.
+// The library's own release number (VEXA_VERSION_MAJOR, _MINOR, _PATCH and _TEXT come from
+// the project's version through the generated <vexa/Config.h>).
 
+#include <vexa/Config.h>
 #include <vexa/Export.h>
 
 #include <runa/Version.h>
-
-#define VEXA_VERSION_MAJOR 0
-#define VEXA_VERSION_MINOR 7
-#define VEXA_VERSION_PATCH 0
 
 namespace vexa {
 

@@ -1,26 +1,30 @@
 #pragma once
 // The whole exported interface of VEXA, with the companion types hosts build their data with.
 
+#include <vexa/Config.h>
+
+#if !VEXA_WITH_GRAPHICS
+#error "This VEXA was built without its graphics libraries (VEXA_WITH_GRAPHICS=OFF): there is no viewer to drive. Include the runa and tesk headers you need directly, or build VEXA with graphics."
+#endif
+
 #include <vexa/Export.h>
 #include <vexa/Platform.h>
 #include <vexa/ResourceId.h>
 #include <vexa/Version.h>
 
-// The cameras, the GUI elements and their generator are built only with the graphics
-// libraries, which bring the nubo headers along; without them these declarations would have
-// no definitions.
-#if __has_include(<nubo/GuiSystem.h>)
 #include <vexa/Camera.h>
 #include <vexa/CameraController.h>
+#include <vexa/Debugger.h>
 #include <vexa/GuiGenerator.h>
 #include <vexa/Lifecycle.h>
 #include <vexa/gui/Elements.h>
 #include <vexa/gui/StylingRows.h>
+#include <vexa/modules/CameraAnimGadget.h>
+#include <vexa/modules/CameraAnimResource.h>
 #include <vexa/modules/GeometryGadget.h>
 #include <vexa/modules/GeometryResource.h>
 #include <vexa/modules/PointCloudGadget.h>
 #include <vexa/modules/PointCloudResource.h>
-#endif
 
 #include <runa/BasisDefinition.h>
 #include <runa/BinaryStream.h>

@@ -14,7 +14,9 @@
 
 #include <vexa/CameraController.h>
 #include <vexa/Gadget.h>
+#include <vexa/Debugger.h>
 #include <vexa/Resource.h>
+#include <vexa/modules/CameraAnimResource.h>
 #include <vexa/draw/Light.h>
 #include <vexa/draw/RenderSystem.h>
 #include <vexa/draw/Scene.h>
@@ -33,6 +35,7 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
+#include <map>
 #include <optional>
 #include <utility>
 
@@ -76,6 +79,8 @@ struct Engine::Impl {
     bool screenshotNotice = false;
     std::shared_ptr<plor::Window> window;
     std::vector<std::shared_ptr<Resource>> resources;
+    // The engine's own resources by key; they outlive every gadget made from them.
+    std::map<unsigned int, std::shared_ptr<Resource>> builtIns;
     nubo::GuiSystem gui;
     std::unique_ptr<draw::RenderSystem> renderSystem;
     std::unique_ptr<CameraController> cameraController;
@@ -99,8 +104,9 @@ struct Engine::Impl {
     bool firstStep = true;
     bool iconified = false;
     bool shaderReloadRequested = false;
+    // The look's "options-enabled": whether sidebars offer the global options at all.
+    bool optionsEnabled = true;
     std::uint64_t lastViewChangeTick = 0;
-    unsigned int nextViewareaId = 0;
 };
 
 Engine::Engine() : impl_(std::make_unique<Impl>())
@@ -126,6 +132,7 @@ Engine::~Engine()
     // Gadgets and view areas reach back through the services while they go.
     impl_->viewareas.clear();
     impl_->resources.clear();
+    impl_->builtIns.clear();
     impl_->cameraController.reset();
     impl_->separatorLines.Release();
     impl_->programs.ReleaseAll();
@@ -152,6 +159,12 @@ bool Engine::IsInitialized() const { return impl_->initialized; }
 void Engine::MarkViewareasDirty()
 {
     impl_->viewareaSettings.SetDirty();
+}
+
+void Engine::SaveSettings()
+{
+    if (impl_->initialized)
+        SaveDirtySettings(GetTicks(), true);
 }
 
 ViewareaSettings& Engine::GetViewareaSettings()
@@ -198,7 +211,18 @@ std::shared_ptr<Resource> Engine::FindResource(const ResourceId& id) const
     for (const auto& resource : impl_->resources)
         if (resource->GetId() == id)
             return resource;
+    // The camera animation is not listed (it would get a gadget everywhere), yet a sidebar
+    // makes its gadget by id like any other.
+    for (const auto& [key, resource] : impl_->builtIns)
+        if (resource->GetId() == id)
+            return resource;
     return nullptr;
+}
+
+std::shared_ptr<Resource> Engine::GetBuiltInResource(unsigned int key) const
+{
+    auto it = impl_->builtIns.find(key);
+    return it != impl_->builtIns.end() ? it->second : nullptr;
 }
 
 bool Engine::Initialize(const std::string& lookFile)
@@ -221,20 +245,31 @@ bool Engine::Initialize(const std::string& lookFile)
         }
         catch (const std::exception&)
         {
+            look.reset();
+        }
+        // A look that was read but failed (no "vexa", another version, a view without its
+        // place) is as useless as one that could not be read: the user hears of both.
+        if (!look || !look->Succeeded())
+        {
             ShowMessageBox(kInitializationCaption, kLookParseErrorText, MessageIcon::Warning);
+            look.reset();
         }
     }
 
     plor::WindowParams& params = s.windowManager.GetWindowParams();
     WindowLook windowLook;
+    // Only a look places the window; without one it keeps the window's own defaults (caption,
+    // 640 x 480 at 100, 100), which window.bin may then override.
     if (look)
+    {
         windowLook = look->GetWindowLook();
-    params.caption = windowLook.caption;
-    params.width = windowLook.width;
-    params.height = windowLook.height;
-    params.maximized = windowLook.maximized;
-    params.fullscreen = windowLook.fullscreen;
-    params.positionSet = false;
+        params.caption = windowLook.caption;
+        params.width = windowLook.width;
+        params.height = windowLook.height;
+        params.maximized = windowLook.maximized;
+        params.fullscreen = windowLook.fullscreen;
+        params.positionSet = false;
+    }
     s.windowManager.Load(s.intermediateDirectory);
     s.windowManager.CopyPlacementFromParams();
 
@@ -269,6 +304,7 @@ bool Engine::Initialize(const std::string& lookFile)
     s.options.SetBackgroundColor(tesk::Color3b{0x3D, 0x3D, 0x3D});
     s.renderSystem->SetBackgroundColor(s.options.GetBackgroundColor());
     s.options.SetShortcutsEnabled(windowLook.keyShortcutsEnabled);
+    s.optionsEnabled = windowLook.optionsEnabled;
     std::vector<ViewareaLook> viewLooks;
     if (look)
     {
@@ -296,6 +332,10 @@ bool Engine::Initialize(const std::string& lookFile)
     s.options.ApplyAll();
     if (s.options.GetViewLayout() != 0)
         viewLooks = LayoutChooser::MakeLayout(s.options.GetViewLayout());
+    s.builtIns[kCameraAnimationResource] = std::make_shared<modules::CameraAnimResource>("VEXA/CameraAnimation");
+    s.builtIns[kDebuggerResource] = std::make_shared<Debugger>(Debugger::kBuiltInName);
+    // Listed, so that every view area shows it (and updates count its shapes down).
+    AddResource(s.builtIns[kDebuggerResource]);
     SetViewareas(viewLooks);
     // Records for another layout do not fit; the view areas then keep their look's state.
     if (s.viewareaSettings.Load(s.intermediateDirectory) && !s.viewareaSettings.Apply(s.viewareas))
@@ -344,10 +384,16 @@ void Engine::SetViewareas(const std::vector<ViewareaLook>& looks)
     CEGUI::Window* root = impl_->gui.IsInitialized() ? impl_->gui.GetRoot() : nullptr;
     for (const ViewareaLook& look : areas)
     {
-        const unsigned int id = impl_->nextViewareaId++;
+        // The position in the list: gadget state files are named by it, so the same look and
+        // layout find the same files in every run and after every layout change.
+        const auto id = static_cast<unsigned int>(impl_->viewareas.size());
         auto area = root != nullptr ? std::make_unique<Viewarea>(id, root) : std::make_unique<Viewarea>(id);
         area->ApplyLook(look);
+        area->SetGlobalOptionsEnabled(impl_->optionsEnabled);
         area->SetSidebarVisibilityCallback([this](bool) { impl_->viewareaSettings.SetDirty(); });
+        if (Sidebar* sidebar = area->GetSidebar(); sidebar != nullptr && look.cameraAnimatorEnabled)
+            if (auto animation = GetBuiltInResource(kCameraAnimationResource))
+                sidebar->SetVideoResource(animation->GetId());
         // Resources that are already listed get their gadgets here; later ones through the
         // resource-added notification the view area subscribed to.
         for (const auto& resource : impl_->resources)
@@ -433,6 +479,8 @@ void Engine::Update()
             sidebar->Regenerate();
             RequestRedraw();
         }
+        if (Sidebar* sidebar = area->GetSidebar(); sidebar != nullptr && sidebar->Update())
+            RequestRedraw();
         for (const auto& [id, gadget] : area->GetGadgetManager().GetGadgets())
             gadget->Update(dt);
     }
@@ -460,6 +508,10 @@ void Engine::SaveDirtySettings(std::uint64_t now, bool final)
     const bool dragging = s.cameraController && s.cameraController->GetDragMode() != CameraController::kDragNone;
     const std::uint64_t sinceChange = now > s.lastViewChangeTick ? now - s.lastViewChangeTick : 0;
     if (!final && (dragging || sinceChange < kViewSettleTicks))
+        return;
+    // Without view areas (already released) there is nothing to describe; the file keeps the
+    // state written while they existed.
+    if (s.viewareas.empty())
         return;
     s.viewareaSettings.Capture(s.viewareas);
     s.viewareaSettings.Save(s.intermediateDirectory);
@@ -599,8 +651,16 @@ void Engine::OnFramebufferResized(int width, int height)
         s.renderSystem->SetFramebufferSize(width, height);
     if (s.gui.IsInitialized())
         s.gui.NotifyDisplaySizeChanged(width, height);
+    // The GUI has laid the areas out for the new size above: gadgets hear the size of the
+    // canvas they are drawn in (the area less a shown sidebar). An area without windows has
+    // only its look's rectangle.
     for (const auto& area : s.viewareas)
     {
+        if (area->GetRenderCanvas() != nullptr)
+        {
+            area->NotifyCanvasSize();
+            continue;
+        }
         const PixelRect r = ResolveRect(area->GetLook(), static_cast<float>(width), static_cast<float>(height));
         area->ViewResized(static_cast<unsigned int>(std::max(r.width, 0.0f)),
                           static_cast<unsigned int>(std::max(r.height, 0.0f)));
@@ -754,6 +814,21 @@ void Engine::ApplyLayout(std::uint8_t layout)
     SetViewareas(LayoutChooser::MakeLayout(layout));
     // The new areas' state replaces the old layout's records.
     s.viewareaSettings.SetDirty();
+}
+
+void Engine::ShowLayoutChooser()
+{
+    if (!IsLayoutChooserShown())
+        ToggleLayoutChooser();
+}
+
+std::vector<ResourceId> Engine::GetResourceIds() const
+{
+    std::vector<ResourceId> ids;
+    ids.reserve(impl_->resources.size());
+    for (const auto& resource : impl_->resources)
+        ids.push_back(resource->GetId());
+    return ids;
 }
 
 void Engine::ToggleLayoutChooser()

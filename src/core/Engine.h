@@ -42,6 +42,9 @@ public:
 
     Engine();
     ~Engine() override;
+    /// The engine behind the public functions, or null when there is none; for the
+    /// library's own tests, which inject window events into it.
+    static Engine* GetCurrent();
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
 
@@ -69,6 +72,13 @@ public:
     void RemoveResourcesWithPrefix(const std::string& prefix);
     const std::vector<std::shared_ptr<Resource>>& GetResources() const;
 
+    /// Keys of the engine's own resources, made by Initialize: the camera animation, whose
+    /// panel each sidebar's "toggle_video" adds and removes, and the debugger of vexa::Debug().
+    static constexpr unsigned int kCameraAnimationResource = 0;
+    static constexpr unsigned int kDebuggerResource = 1;
+    /// Null before Initialize.
+    std::shared_ptr<Resource> GetBuiltInResource(unsigned int key) const;
+
     void SetFileDropCallback(FileDropCallback callback) { fileDropCallback_ = std::move(callback); }
     void SetKeyUpCallback(KeyCallback callback) { keyUpCallback_ = std::move(callback); }
     void SetKeyDownCallback(KeyCallback callback) { keyDownCallback_ = std::move(callback); }
@@ -80,7 +90,9 @@ public:
     void SetViewareas(const std::vector<ViewareaLook>& looks);
 
     /// The view areas' state is saved at the start of the next update step.
-    void MarkViewareasDirty();
+    void MarkViewareasDirty() override;
+    /// Writes every changed settings file now, also a camera that has not settled yet.
+    void SaveSettings();
     ViewareaSettings& GetViewareaSettings();
 
     GeneralOptions& GetOptions();
@@ -98,7 +110,7 @@ public:
     float GetNoticeCountdown() const;
     /// The render system's shaders and the engine's own programs are rebuilt at the next step,
     /// where the context is current, not from inside an input handler.
-    void RequestShaderReload();
+    void RequestShaderReload() override;
 
     // EngineServices
     void RequestRedraw() override;
@@ -107,6 +119,9 @@ public:
     draw::RenderSystem* GetRenderSystem() override;
     CameraController* GetCameraController() override;
     std::vector<std::shared_ptr<draw::Light>> GetLights() const override;
+    GeneralOptions& GetGeneralOptions() override { return GetOptions(); }
+    void ShowLayoutChooser() override;
+    std::vector<ResourceId> GetResourceIds() const override;
 
     // plor::WindowEventObserver
     void OnMouseMove(float x, float y) override;

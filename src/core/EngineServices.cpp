@@ -1,5 +1,7 @@
 #include "core/EngineServices.h"
 
+#include "core/GeneralOptions.h"
+
 namespace vexa {
 
 namespace {
@@ -28,6 +30,12 @@ DetachedServices& Detached()
 EngineServices* installed = nullptr;
 
 } // namespace
+
+GeneralOptions& EngineServices::GetGeneralOptions()
+{
+    static GeneralOptions detached;
+    return detached;
+}
 
 EngineServices& GetEngineServices()
 {

@@ -13,6 +13,7 @@ namespace vexa {
 
 class Resource;
 class CameraController;
+class GeneralOptions;
 namespace draw {
 class RenderSystem;
 class Light;
@@ -36,6 +37,19 @@ public:
     virtual CameraController* GetCameraController() = 0;
     /// The lights every new scene gets.
     virtual std::vector<std::shared_ptr<draw::Light>> GetLights() const = 0;
+
+    // The built-in sidebar panels reach these; without an engine they act on a process-wide
+    // set of options that nothing loads or saves, and the requests go nowhere.
+    /// The library-wide switches (options.bin).
+    virtual GeneralOptions& GetGeneralOptions();
+    /// Shows the layout chooser over the whole window, making it on first use.
+    virtual void ShowLayoutChooser() {}
+    /// The shaders are rebuilt at the next step, where the context is current.
+    virtual void RequestShaderReload() {}
+    /// The view areas' state is saved at the start of the next step.
+    virtual void MarkViewareasDirty() {}
+    /// Every registered resource, in registration order.
+    virtual std::vector<ResourceId> GetResourceIds() const { return {}; }
 };
 
 /// The installed services, or the neutral stand-in; never null.

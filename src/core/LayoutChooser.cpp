@@ -4,13 +4,15 @@
 
 #include <CEGUI/CEGUI.h>
 
+#include <sstream>
 #include <string>
+#include <utility>
 
 namespace vexa {
 
 namespace {
 
-constexpr const char* kChooserName = "vexa_layout_chooser";
+constexpr const char* kChooserName = "over-background";
 constexpr const char* kCaptions[] = {"Single View", "Dual Split", "B Split", "Quad Split"};
 
 // The tiles stand side by side in the middle of the window, sized to fit the smallest window a
@@ -28,11 +30,6 @@ ViewareaLook MakeArea(float x, float y, float width, float height)
     look.position = {{x, 0.0f}, {y, 0.0f}};
     look.size = {{width, 0.0f}, {height, 0.0f}};
     return look;
-}
-
-CEGUI::URect Rect(CEGUI::UDim left, CEGUI::UDim top, CEGUI::UDim right, CEGUI::UDim bottom)
-{
-    return CEGUI::URect(left, top, right, bottom);
 }
 
 } // namespace
@@ -96,81 +93,26 @@ std::vector<ViewareaLook> LayoutChooser::MakeLayout(std::uint8_t layout)
 
 CEGUI::Window* LayoutChooser::Build()
 {
-    using CEGUI::UDim;
     CEGUI::WindowManager& windows = CEGUI::WindowManager::getSingleton();
     CEGUI::Window* chooser = nullptr;
     try
     {
-        chooser = windows.createWindow("DarkVexa/ColorRect", kChooserName);
-        chooser->setArea(Rect(UDim(0, 0), UDim(0, 0), UDim(1, 0), UDim(1, 0)));
-        chooser->setAlwaysOnTop(true);
-        chooser->setMousePassThroughEnabled(false);
-        chooser->setProperty("Colour", "AA000000");
+        chooser = windows.loadLayoutFromString(MakeLayoutText());
         // Only clicks on the dimmed background arrive here; the tiles handle their own.
         chooser->subscribeEvent(CEGUI::Window::EventMouseClick, [this](const CEGUI::EventArgs&) {
             Hide();
             return true;
         });
-
-        const float rowWidth = 4.0f * kTileWidth + 3.0f * kTileGap;
-        CEGUI::Window* title = windows.createWindow("DarkVexa/Label", "title");
-        title->setArea(Rect(UDim(0.5f, -rowWidth / 2.0f), UDim(0.5f, -kTileHeight / 2.0f - 40.0f),
-                            UDim(0.5f, rowWidth / 2.0f), UDim(0.5f, -kTileHeight / 2.0f - 12.0f)));
-        title->setFont("InriaSans-12-Normal");
-        title->setText("Choose a view layout  (Tab closes)");
-        title->setMousePassThroughEnabled(true);
-        chooser->addChild(title);
-
         for (int i = 0; i < 4; ++i)
         {
-            const auto layout = static_cast<std::uint8_t>(i + 1);
-            CEGUI::Window* tile = windows.createWindow("DarkVexa/PushButton", "layout" + std::to_string(i));
-            tile->setID(static_cast<CEGUI::uint>(layout));
-            const float left = -rowWidth / 2.0f + static_cast<float>(i) * (kTileWidth + kTileGap);
-            tile->setArea(Rect(UDim(0.5f, left), UDim(0.5f, -kTileHeight / 2.0f), UDim(0.5f, left + kTileWidth),
-                               UDim(0.5f, kTileHeight / 2.0f)));
-            tile->setProperty("NormalColour", "00000000");
-            tile->setProperty("BorderColour", "55FFFFFF");
-            tile->setProperty("HoverColour", "FF11B252");
-            tile->setProperty("PushedColour", "FF16DF67");
-            tile->setTooltipText(std::string("Split the window as \"") + kCaptions[i] + "\"");
+            CEGUI::Window* tile = chooser->getChild("layout" + std::to_string(i));
+            const auto layout = static_cast<std::uint8_t>(tile->getID());
             tile->subscribeEvent(CEGUI::PushButton::EventClicked, [this, layout](const CEGUI::EventArgs&) {
                 Hide();
                 if (onChosen_)
                     onChosen_(layout);
                 return true;
             });
-
-            // The sketch: one translucent panel per view area of the layout, in the same places.
-            int part = 0;
-            for (const ViewareaLook& area : MakeLayout(layout))
-            {
-                CEGUI::Window* panel = windows.createWindow("DarkVexa/ColorRect", "area" + std::to_string(part++));
-                const float x0 = area.position.x.relative;
-                const float y0 = area.position.y.relative;
-                const float x1 = x0 + area.size.width.relative;
-                const float y1 = y0 + area.size.height.relative;
-                // Inside a sketch rectangle of the tile: inset on the sides, fixed height on top.
-                const auto sketchX = [](float relative, float pad) {
-                    return UDim(relative, kSketchInset + pad - relative * 2.0f * kSketchInset);
-                };
-                const auto sketchY = [](float relative, float pad) {
-                    return UDim(0.0f, kSketchInset + pad + relative * kSketchHeight);
-                };
-                panel->setArea(Rect(sketchX(x0, kSketchGap), sketchY(y0, kSketchGap), sketchX(x1, -kSketchGap),
-                                    sketchY(y1, -kSketchGap)));
-                panel->setProperty("Colour", "55FFFFFF");
-                panel->setMousePassThroughEnabled(true);
-                tile->addChild(panel);
-            }
-
-            CEGUI::Window* caption = windows.createWindow("DarkVexa/Label", "caption");
-            caption->setArea(Rect(UDim(0, 0), UDim(0, kSketchInset + kSketchHeight + 4.0f), UDim(1, 0), UDim(1, -4.0f)));
-            caption->setFont("InriaSans-12-Normal");
-            caption->setText(kCaptions[i]);
-            caption->setMousePassThroughEnabled(true);
-            tile->addChild(caption);
-            chooser->addChild(tile);
         }
     }
     catch (const CEGUI::Exception& e)
@@ -181,6 +123,76 @@ CEGUI::Window* LayoutChooser::Build()
         return nullptr;
     }
     return chooser;
+}
+
+std::string LayoutChooser::MakeLayoutText()
+{
+    std::ostringstream text;
+    const auto property = [&text](const char* indent, const char* name, const std::string& value) {
+        text << indent << "<Property name=\"" << name << "\" value=\"" << value << "\" />\n";
+    };
+    const auto dim = [](float scale, float offset) {
+        std::ostringstream d;
+        d << '{' << scale << ',' << offset << '}';
+        return d.str();
+    };
+    const auto area = [&](float l, float lo, float t, float to, float r, float ro, float b, float bo) {
+        return '{' + dim(l, lo) + ',' + dim(t, to) + ',' + dim(r, ro) + ',' + dim(b, bo) + '}';
+    };
+
+    text << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<GUILayout version=\"4\">\n";
+    text << "<Window type=\"DarkVexa/ColorRect\" name=\"" << kChooserName << "\">\n";
+    property("  ", "Area", area(0, 0, 0, 0, 1, 0, 1, 0));
+    property("  ", "AlwaysOnTop", "true");
+    property("  ", "MousePassThroughEnabled", "false");
+    property("  ", "Colour", "AA000000");
+    const float rowWidth = 4.0f * kTileWidth + 3.0f * kTileGap;
+    for (int i = 0; i < 4; ++i)
+    {
+        const float left = -rowWidth / 2.0f + static_cast<float>(i) * (kTileWidth + kTileGap);
+        text << "  <Window type=\"DarkVexa/PushButton\" name=\"layout" << i << "\">\n";
+        property("    ", "ID", std::to_string(i + 1));
+        property("    ", "Area",
+                 area(0.5f, left, 0.5f, -kTileHeight / 2.0f, 0.5f, left + kTileWidth, 0.5f, kTileHeight / 2.0f));
+        property("    ", "NormalColour", "00000000");
+        property("    ", "BorderColour", "55FFFFFF");
+        property("    ", "HoverColour", "FF11B252");
+        property("    ", "PushedColour", "FF16DF67");
+        property("    ", "TooltipText", std::string("Split the window as &quot;") + kCaptions[i] + "&quot;");
+        // The sketch: one translucent panel per view area of the layout, in the same places,
+        // inside a rectangle of the tile inset at the sides and of fixed height at the top.
+        int part = 0;
+        for (const ViewareaLook& view : MakeLayout(static_cast<std::uint8_t>(i + 1)))
+        {
+            const float x0 = view.position.x.relative;
+            const float y0 = view.position.y.relative;
+            const float x1 = x0 + view.size.width.relative;
+            const float y1 = y0 + view.size.height.relative;
+            const auto sketchX = [](float relative, float pad) {
+                return std::pair{relative, kSketchInset + pad - relative * 2.0f * kSketchInset};
+            };
+            const auto sketchY = [](float relative, float pad) {
+                return std::pair{0.0f, kSketchInset + pad + relative * kSketchHeight};
+            };
+            const auto [l, lo] = sketchX(x0, kSketchGap);
+            const auto [t, to] = sketchY(y0, kSketchGap);
+            const auto [r, ro] = sketchX(x1, -kSketchGap);
+            const auto [b, bo] = sketchY(y1, -kSketchGap);
+            text << "    <Window type=\"DarkVexa/ColorRect\" name=\"area" << part++ << "\">\n";
+            property("      ", "Area", area(l, lo, t, to, r, ro, b, bo));
+            property("      ", "Colour", "55FFFFFF");
+            property("      ", "MousePassThroughEnabled", "true");
+            text << "    </Window>\n";
+        }
+        text << "    <Window type=\"DarkVexa/Label\" name=\"caption\">\n";
+        property("      ", "Area", area(0, 0, 0, kSketchInset + kSketchHeight + 4.0f, 1, 0, 1, -4.0f));
+        property("      ", "Font", "InriaSans-12-Normal");
+        property("      ", "Text", kCaptions[i]);
+        property("      ", "MousePassThroughEnabled", "true");
+        text << "    </Window>\n  </Window>\n";
+    }
+    text << "</Window>\n</GUILayout>\n";
+    return text.str();
 }
 
 } // namespace vexa

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace CEGUI {
@@ -34,6 +35,10 @@ public:
 
     /// The view areas of layout 1..4; none for any other number.
     static std::vector<ViewareaLook> MakeLayout(std::uint8_t layout);
+
+    /// The chooser as CEGUI layout text: the dimmed "over-background" panel holding the four
+    /// tiles "layout0".."layout3" (IDs 1..4), each with its sketch and caption.
+    static std::string MakeLayoutText();
 
 private:
     CEGUI::Window* Build();

@@ -119,9 +119,8 @@ std::string ComposeGpuWarning(const std::string& vendor, const std::string& rend
     std::string warning;
     if (vendor != "NVIDIA Corporation")
         warning += "Graphics card vendor is not supported. Errors may occur.";
+    // Joined without a break: the wording of this box is fixed to the letter.
     if (version < kRecommendedGlVersion) {
-        if (!warning.empty())
-            warning += "\n";
         warning += "OpenGl version on your system is lower then the recommended version " +
                    kRecommendedGlVersion.ToString() + ".";
     }

@@ -1,3 +1,5 @@
+#include <vexa/Debugger.h>
+#include <vexa/Config.h>
 #include <vexa/Lifecycle.h>
 #include <vexa/Resource.h>
 
@@ -41,6 +43,11 @@ Engine& GetEngine()
 
 } // namespace
 
+Engine* Engine::GetCurrent()
+{
+    return EngineSlot().get();
+}
+
 bool Initialize(const std::string& lookFile)
 {
     bool& initialized = InitializedFlag();
@@ -72,6 +79,9 @@ void Terminate()
     auto& slot = EngineSlot();
     if (!slot)
         return;
+    // Settings changed within the last moment (a camera still settling) are written while the
+    // view areas they describe still exist.
+    slot->SaveSettings();
     slot->ClearViewareas();
     std::unique_ptr<Engine> engine = std::move(slot);
     engine.reset();
@@ -83,6 +93,15 @@ void FocusCamera(const ResourceId& id)
         return;
     for (const auto& area : GetEngine().GetViewareas())
         area->GetGadgetManager().FocusCamera(id);
+    GetEngine().RequestRedraw();
+}
+
+void FrameBox(const glm::vec3& minimum, const glm::vec3& maximum)
+{
+    if (!InitializedFlag())
+        return;
+    for (const auto& area : GetEngine().GetViewareas())
+        area->GetGadgetManager().FrameBox(minimum, maximum);
 }
 
 bool SaveScreenshot(const std::string& path)
@@ -96,7 +115,7 @@ runa::Version GetVersion()
 {
     static std::once_flag once;
     static runa::Version version;
-    std::call_once(once, [] { version = runa::Version::Parse("0.7.0").value_or(runa::Version{}); });
+    std::call_once(once, [] { version = runa::Version::Parse(VEXA_VERSION_TEXT).value_or(runa::Version{}); });
     return version;
 }
 
@@ -170,6 +189,7 @@ void SetAxesVisible(unsigned char viewarea, bool visible)
     {
         areas[viewarea]->SetAxesVisible(visible);
         GetEngine().MarkViewareasDirty();
+        GetEngine().RequestRedraw();
     }
 }
 
@@ -180,6 +200,7 @@ void SetSidebarVisible(unsigned char viewarea, bool visible)
         return;
     areas[viewarea]->SetSidebarVisible(visible);
     GetEngine().MarkViewareasDirty();
+    GetEngine().RequestRedraw();
 }
 
 std::vector<ActiveResourceInfo> GetActiveResources()
@@ -204,6 +225,22 @@ std::vector<ActiveResourceInfo> GetActiveResources()
 tesk::Color3b GetBackgroundColor()
 {
     return GetEngine().GetOptions().GetBackgroundColor();
+}
+
+Debugger& Debug()
+{
+    static const std::string kNoDebugger = "Can not return vexa::Debugger. Have you initialized VEXA?";
+    Engine& engine = GetEngine();
+    const ResourceId id(Debugger::kBuiltInName, "Debugger");
+    for (const auto& resource : engine.GetResources())
+        if (resource->GetId() == id)
+            if (auto* debugger = dynamic_cast<Debugger*>(resource.get()))
+                return *debugger;
+    // The debugger is a listed resource like any other: a host that emptied the list
+    // (RemoveAllResources) has removed it, and asking for it is the same mistake as asking
+    // before Initialize.
+    rlog::Crash(kNoDebugger, "vexa::Debug");
+    throw std::runtime_error(kNoDebugger);
 }
 
 } // namespace vexa

@@ -2,6 +2,8 @@
 
 #include "core/EngineServices.h"
 #include "core/Notifications.h"
+#include "gui/GuiViewareaOptions.h"
+#include "gui/GuiPanel.h"
 #include "gui/Sidebar.h"
 #include "scene/GadgetManager.h"
 
@@ -13,6 +15,7 @@
 
 #include <CEGUI/CEGUI.h>
 
+#include <algorithm>
 #include <exception>
 
 namespace vexa {
@@ -73,13 +76,25 @@ Viewarea::Viewarea(unsigned int id, CEGUI::Window* parent)
         renderCanvas_ = nullptr;
     }
     gadgetManager_ = std::make_unique<GadgetManager>(this);
+    if (window_ != nullptr)
+    {
+        viewOptions_ = std::make_unique<GuiViewareaOptions>(*this, window_);
+        window_->getChild("btn_viewarea_options")
+            ->subscribeEvent(CEGUI::PushButton::EventClicked, [this](const CEGUI::EventArgs&) {
+                viewOptions_->Open();
+                return true;
+            });
+    }
 }
 
 Viewarea::~Viewarea()
 {
     GetNotifications().Unsubscribe(this);
-    // The panels live in the area's windows and watch the gadgets: they go first.
+    // Gadgets end while everything they may reach in Terminate (renderers, camera, panel)
+    // still stands; then the panels, which live in the area's windows, and the manager.
+    gadgetManager_->RemoveAll();
     sidebar_.reset();
+    viewOptions_.reset();
     gadgetManager_.reset();
     if (window_ != nullptr)
         CEGUI::WindowManager::getSingleton().destroyWindow(window_);
@@ -131,21 +146,37 @@ void Viewarea::ApplyLook(const ViewareaLook& look)
         sidebarToggleShown_ = false;
     }
 
-    window_->getChild("sidebar/toolbar/toggle_video")->setVisible(look.cameraAnimatorEnabled);
-    window_->getChild("sidebar/toolbar/toggle_options")->setVisible(look.settingsEnabled);
-    const bool toolbar = look.cameraAnimatorEnabled || look.settingsEnabled;
+    LayOutToolbar();
+    gadgetManager_->UpdateViewport();
+    GetEngineServices().RequestRedraw();
+}
+
+void Viewarea::SetGlobalOptionsEnabled(bool enabled)
+{
+    globalOptionsEnabled_ = enabled;
+    if (!enabled && sidebar_ != nullptr && sidebar_->GetOptionsPanel().IsAttached())
+        sidebar_->ToggleOptions();
+    if (window_ != nullptr)
+        LayOutToolbar();
+}
+
+void Viewarea::LayOutToolbar()
+{
+    const bool settings = look_.settingsEnabled && globalOptionsEnabled_;
+    window_->getChild("sidebar/toolbar/toggle_video")->setVisible(look_.cameraAnimatorEnabled);
+    window_->getChild("sidebar/toolbar/toggle_options")->setVisible(settings);
+    const bool toolbar = look_.cameraAnimatorEnabled || settings;
     window_->getChild("sidebar/toolbar")->setVisible(toolbar);
     // Without the toolbar the panels move up into its place.
     CEGUI::Window* scroll = window_->getChild("sidebar/scroll_panel");
     const float top = toolbar ? window_->getChild("sidebar/toolbar")->getHeight().d_offset : 0.0f;
     scroll->setArea(CEGUI::URect(CEGUI::UDim(0, 0), CEGUI::UDim(0, top), CEGUI::UDim(1, 0), CEGUI::UDim(1, 0)));
-    gadgetManager_->UpdateViewport();
-    GetEngineServices().RequestRedraw();
 }
 
 bool Viewarea::ShowsResource(const ResourceId& id) const
 {
-    if (look_.resourceLooks.empty())
+    // The host's debug shapes are meant for every view area; a look cannot name them.
+    if (look_.resourceLooks.empty() || id.type == "Debugger")
         return true;
     for (const ResourceLook& rule : look_.resourceLooks)
         if (rule.id == id)
@@ -170,8 +201,8 @@ bool Viewarea::Contains(float x, float y) const
 
 void Viewarea::SetSidebarVisible(bool visible)
 {
-    if (!look_.sidebarEnabled && visible)
-        return;
+    // Also where the look disables the sidebar: that only takes the user's toggle away, the
+    // host may still show it.
     ChangeSidebarVisibility(visible);
 }
 
@@ -196,8 +227,11 @@ void Viewarea::ChangeSidebarVisibility(bool visible)
             ->setArea(CEGUI::URect(CEGUI::UDim(1, right - 20.0f), CEGUI::UDim(0, 6), CEGUI::UDim(1, right), CEGUI::UDim(0, 26)));
         // The scene is drawn beside the sidebar, not under it, so that what the camera looks
         // at stays in the middle of what the user sees.
-        window_->getChild("render_canvas")
-            ->setSize(CEGUI::USize(CEGUI::UDim(1, visible ? -kSidebarWidth : 0.0f), CEGUI::UDim(1, 0)));
+        CEGUI::Window* canvas = window_->getChild("render_canvas");
+        const CEGUI::Sizef before = canvas->getPixelSize();
+        canvas->setSize(CEGUI::USize(CEGUI::UDim(1, visible ? -kSidebarWidth : 0.0f), CEGUI::UDim(1, 0)));
+        if (canvas->getPixelSize() != before)
+            NotifyCanvasSize();
     }
     if (sidebar_ != nullptr)
     {
@@ -336,6 +370,15 @@ EventStatus Viewarea::MouseWheel(float delta)
 EventStatus Viewarea::MouseMoved(float x, float y)
 {
     return gadgetManager_->Route([&](Gadget& g, EventStatus s) { return g.MouseMoved(x, y, s); });
+}
+
+EventStatus Viewarea::NotifyCanvasSize()
+{
+    if (renderCanvas_ == nullptr)
+        return EventStatus::NotConsumed;
+    const CEGUI::Sizef size = renderCanvas_->getPixelSize();
+    return ViewResized(static_cast<unsigned int>(std::max(size.d_width, 0.0f)),
+                       static_cast<unsigned int>(std::max(size.d_height, 0.0f)));
 }
 
 EventStatus Viewarea::ViewResized(unsigned int width, unsigned int height)

@@ -3,8 +3,8 @@
 // that the engine routes here is passed along the gadgets in id order.
 //
 // Which resources a view area shows: with no "units" rules in its look, every registered
-// resource; with rules, exactly the resources they name. The sidebar floats over the right edge
-// of the render canvas, so hiding it never changes the scene's viewport.
+// resource; with rules, exactly the resources they name. A shown sidebar takes its width from
+// the right of the render canvas, so the scene is drawn beside it, never under it.
 
 #include <vexa/Input.h>
 #include <vexa/Picking.h>
@@ -26,6 +26,7 @@ namespace vexa {
 
 class Camera;
 class GadgetManager;
+class GuiViewareaOptions;
 class Sidebar;
 namespace draw {
 class Renderer;
@@ -70,7 +71,7 @@ public:
     bool Contains(float x, float y) const;
 
     bool IsSidebarVisible() const { return sidebarVisible_; }
-    /// Shows or hides the sidebar (only while the look enables it) and flips the toggle glyph.
+    /// Shows or hides the sidebar and flips the toggle glyph.
     void SetSidebarVisible(bool visible);
     bool IsSidebarToggleShown() const { return sidebarToggleShown_; }
     /// Called with the new state whenever the sidebar's visibility changes.
@@ -78,11 +79,17 @@ public:
     CEGUI::Window* GetChild(const char* name) const;
     /// The panels column; null for a view area without windows.
     Sidebar* GetSidebar() const { return sidebar_.get(); }
+    /// The view and camera options pop-up; null for a view area without windows.
+    GuiViewareaOptions* GetViewOptions() const { return viewOptions_.get(); }
 
     /// Called by the gadget manager: the gadget's panel comes and goes with the gadget. A
     /// resource whose rule says "auto-select" becomes the sidebar's selected resource here.
     void OnGadgetCreated(const ResourceId& id);
     void OnGadgetRemoved(const ResourceId& id);
+
+    /// The window-wide switch of the look ("options-enabled"): off, no sidebar of this area
+    /// offers the global options, whatever its own "enable-settings" says.
+    void SetGlobalOptionsEnabled(bool enabled);
 
     bool IsAxesVisible() const;
     void SetAxesVisible(bool visible);
@@ -98,22 +105,28 @@ public:
     virtual EventStatus MouseWheel(float delta);
     virtual EventStatus MouseMoved(float x, float y);
     virtual EventStatus ViewResized(unsigned int width, unsigned int height);
+    /// ViewResized with the render canvas's pixel size (what the scene is drawn in); nothing
+    /// for a view area without windows.
+    EventStatus NotifyCanvasSize();
 
 private:
     void OnResourceAdded(const ResourceId& id);
     void OnResourceReset(const ResourceId& id);
     void OnResourceRemoved(const ResourceId& id);
     void ChangeSidebarVisibility(bool visible);
+    void LayOutToolbar();
 
     unsigned int id_;
     ViewareaLook look_;
     bool sidebarVisible_ = false;
     bool sidebarToggleShown_ = false;
+    bool globalOptionsEnabled_ = true;
     std::function<void(bool)> sidebarCallback_;
     CEGUI::Window* window_ = nullptr;
     CEGUI::Window* renderCanvas_ = nullptr;
     std::unique_ptr<GadgetManager> gadgetManager_;
     std::unique_ptr<Sidebar> sidebar_;
+    std::unique_ptr<GuiViewareaOptions> viewOptions_;
 };
 
 } // namespace vexa

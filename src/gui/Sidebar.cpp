@@ -2,6 +2,8 @@
 
 #include "core/EngineServices.h"
 #include "core/Viewarea.h"
+#include "gui/GuiGlobalOptions.h"
+#include "gui/GuiResourceInspector.h"
 #include "gui/GuiStylingPanel.h"
 #include "scene/GadgetManager.h"
 
@@ -16,6 +18,8 @@
 #include <CEGUI/CEGUI.h>
 
 #include <glm/glm.hpp>
+
+#include <algorithm>
 
 namespace vexa {
 
@@ -32,13 +36,10 @@ Sidebar::Sidebar(Viewarea& viewarea, CEGUI::Window* root)
     : viewarea_(viewarea),
       root_(root)
 {
-    inspectorPanel_ = std::make_unique<GuiPanel>();
-    inspectorPanel_->SetTitle("Resource Inspector");
-    inspectorPanel_->HideRemoveButton();
-    // Stays out of the column until it has something to show.
-    inspectorPanel_->SetAttached(false);
-    optionsPanel_ = std::make_unique<GuiPanel>();
-    optionsPanel_->SetTitle("Global Options");
+    inspectorPanel_ = std::make_unique<GuiResourceInspector>();
+    inspectorPanel_->FollowResources(GetEngineServices().GetResourceIds());
+    inspectorPanel_->SetSelectionCallback([this](const ResourceId& id) { Pick(id); });
+    optionsPanel_ = std::make_unique<GuiGlobalOptions>(GetEngineServices().GetGeneralOptions());
     optionsPanel_->SetAttached(false);
     optionsPanel_->SetRemoveCallback([this] {
         if (optionsPanel_->IsAttached())
@@ -59,7 +60,7 @@ Sidebar::Sidebar(Viewarea& viewarea, CEGUI::Window* root)
     }
     column_ = CEGUI::WindowManager::getSingleton().createWindow("VerticalLayoutContainer", "layout_container");
     scrollPane_->addChild(column_);
-    for (GuiPanel* panel : {inspectorPanel_.get(), optionsPanel_.get()})
+    for (GuiPanel* panel : {static_cast<GuiPanel*>(inspectorPanel_.get()), optionsPanel_.get()})
     {
         panel->SetScrollPane(scrollPane_);
         panel->AttachTo(column_);
@@ -107,14 +108,19 @@ void Sidebar::SetVisible(bool visible)
 
 bool Sidebar::IsGuiEnabled(const ResourceId& id) const
 {
+    // The debugger has nothing to set: its panel would be an empty header in every sidebar.
+    if (id.type == "Debugger")
+        return false;
     const ResourceLook* rule = viewarea_.FindResourceLook(id);
     return rule == nullptr || rule->guiEnabled;
 }
 
 bool Sidebar::IsSelectEnabled(const ResourceId& id) const
 {
+    if (!IsGuiEnabled(id))
+        return false;
     const ResourceLook* rule = viewarea_.FindResourceLook(id);
-    return rule == nullptr || (rule->selectEnabled && rule->guiEnabled);
+    return rule == nullptr || rule->selectEnabled;
 }
 
 void Sidebar::AddResourcePanel(Gadget& gadget)
@@ -190,12 +196,45 @@ bool Sidebar::SetSelectedResource(const ResourceId& id)
         if (GuiStylingPanel* previous = GetResourcePanel(selected_))
             previous->SetHighlighted(false);
     selected_ = id;
+    inspectorPanel_->SetSelected(id);
     if (GuiStylingPanel* panel = GetResourcePanel(id))
     {
         panel->SetHighlighted(true);
         Place(*panel);
     }
     return true;
+}
+
+bool Sidebar::Update()
+{
+    return inspectorPanel_->Update();
+}
+
+void Sidebar::Pick(const ResourceId& id)
+{
+    if (selected_ != id)
+    {
+        if (!SetSelectedResource(id))
+            return;
+        if (selectionCallback_)
+            selectionCallback_(id);
+    }
+    GuiStylingPanel* panel = GetResourcePanel(id);
+    if (panel == nullptr)
+        return;
+    panel->SetCollapsed(false);
+    if (scrollPane_ == nullptr)
+        return;
+    // Scrolls only when the panel's head is out of sight, and then just far enough to show it
+    // at the top, so the inspector the user clicked in stays put when it can.
+    CEGUI::Scrollbar* scrollbar = scrollPane_->getVertScrollbar();
+    const float offset = scrollbar->getScrollPosition();
+    const float viewHeight = scrollPane_->getViewableArea().getHeight();
+    const float top = panel->GetWindow()->getPixelPosition().d_y;
+    const float shown = std::min(panel->GetExpandedHeight(), viewHeight);
+    if (top < offset || top + shown > offset + viewHeight)
+        scrollbar->setScrollPosition(top);
+    GetEngineServices().RequestRedraw();
 }
 
 void Sidebar::Regenerate()
@@ -224,6 +263,7 @@ void Sidebar::Deselect(const ResourceId& id)
     if (GuiStylingPanel* panel = GetResourcePanel(id))
         panel->SetHighlighted(false);
     selected_ = ResourceId();
+    inspectorPanel_->SetSelected(selected_);
     if (selectionCallback_)
         selectionCallback_(id);
 }

@@ -29,6 +29,7 @@ namespace vexa {
 
 class Gadget;
 class GuiPanel;
+class GuiResourceInspector;
 class GuiStylingPanel;
 class Viewarea;
 
@@ -70,7 +71,9 @@ public:
     const ResourceId& GetSelectedResource() const { return selected_; }
 
     GuiPanel& GetOptionsPanel() { return *optionsPanel_; }
-    GuiPanel& GetInspectorPanel() { return *inspectorPanel_; }
+    GuiResourceInspector& GetInspectorPanel() { return *inspectorPanel_; }
+    /// Once per engine step: rebuilds what changed. Returns whether the sidebar needs drawing.
+    bool Update();
     /// Shows the options panel on top of the column, or takes it away.
     void ToggleOptions();
     /// Adds or removes this view area's gadget of the engine's camera-animation resource,
@@ -85,6 +88,9 @@ private:
     void Place(GuiStylingPanel& panel);
     void Deselect(const ResourceId& id);
     void Focus(const ResourceId& id);
+    /// The user picked the resource in the inspector: select it, open its panel and scroll
+    /// the panel into view.
+    void Pick(const ResourceId& id);
 
     Viewarea& viewarea_;
     CEGUI::Window* root_;
@@ -92,7 +98,7 @@ private:
     CEGUI::Window* column_ = nullptr;
     CEGUI::Window* toggleOptions_ = nullptr;
     CEGUI::Window* toggleVideo_ = nullptr;
-    std::unique_ptr<GuiPanel> inspectorPanel_;
+    std::unique_ptr<GuiResourceInspector> inspectorPanel_;
     std::unique_ptr<GuiPanel> optionsPanel_;
     std::map<ResourceId, std::unique_ptr<GuiStylingPanel>> panels_;
     ResourceId selected_;

@@ -200,12 +200,11 @@ void GeometryGadget::AddGuiMatcapSelector(GuiGenerator& generator)
         return;
     const std::vector<std::string> names = ListMatcaps();
     list->AddItemsIndexed(names);
-    // An index past the list (a folder with fewer files than before) selects nothing.
-    list->Set(matcapIndex_);
-    list->Subscribe([this](const gui::Droplist* changed) {
-        matcapIndex_ = changed->Get();
-        LoadMatcapSampler(changed->GetText());
-    });
+    // Linked, not copied in a callback: the link is written before any subscriber runs, the
+    // one that saves the state file included, so the file holds the choice just made. An
+    // index past the list (a folder with fewer files than before) selects nothing.
+    list->SetLink(&matcapIndex_);
+    list->Subscribe([this](const gui::Droplist* changed) { LoadMatcapSampler(changed->GetText()); });
     LoadMatcapSampler(list->GetText());
 }
 

@@ -89,6 +89,10 @@ void PointCloudGadget::Initialize()
     }
     ValidateChoices();
     OnColorSourceChange();
+    // A cloud without normals is drawn without them, but that is not the user's choice: the
+    // state file, which every point cloud of this view area shares, keeps the flags as they
+    // were (see WriteToStream), so the next cloud with normals is lit again.
+    userNormals_ = {style_->useNormals, style_->showNormals};
     if (!cloud_->HasNormals())
     {
         style_->showNormals = false;
@@ -225,9 +229,10 @@ bool PointCloudGadget::FocusCamera(glm::vec3& target, glm::vec3& position) const
 {
     if (cloud_ == nullptr)
         return false;
-    // A single point (or a cloud of one repeated point) has no size; frame it as a small one
-    // so that the far plane stays beyond the near plane.
-    const float r = std::max(cloud_->GetApproxRadius(), 1e-3f);
+    // A cloud of one repeated point has no size: the eye would sit on the target, which the
+    // camera refuses (it keeps its orientation), and the scene keeps the far plane beyond the
+    // near one by itself.
+    const float r = cloud_->GetApproxRadius();
     target = cloud_->GetCenterOfMass();
     position = target + glm::vec3(2.0f * r);
     SetNearFar(r * 0.01f, r * 100.0f);
@@ -347,12 +352,8 @@ void PointCloudGadget::ValidateChoices()
     }
     if (dataOption_ < 0 || dataOption_ >= datas)
         dataOption_ = 0;
-    if (colorSource_ < Material || colorSource_ > DataMapping)
-        colorSource_ = Material;
-    if (!(correction_ >= 1.0f && correction_ <= 10.0f))
-        correction_ = 1.0f;
-    if (colorMap_ < 0 || colorMap_ >= tesk::kColorMapCount)
-        colorMap_ = static_cast<int>(tesk::ColorMap::GrayScale);
+    // Nothing else needs guarding: an unknown colour source draws the material, the mapping
+    // takes any correction (its values are clamped, NaN included) and checks its colour map.
 }
 
 bool PointCloudGadget::ReadFromStream(std::istream& stream)
@@ -382,7 +383,15 @@ bool PointCloudGadget::ReadFromStream(std::istream& stream)
 void PointCloudGadget::WriteToStream(std::ostream& stream) const
 {
     Gadget::WriteToStream(stream);
-    WriteStyleRecord(stream, *style_);
+    if (cloud_ != nullptr && !cloud_->HasNormals())
+    {
+        draw::PointCloudStyle stored = *style_;
+        stored.useNormals = userNormals_.first;
+        stored.showNormals = userNormals_.second;
+        WriteStyleRecord(stream, stored);
+    }
+    else
+        WriteStyleRecord(stream, *style_);
     runa::BinaryWriter writer(stream);
     writer.WriteVersion(kFieldsVersion);
     writer.Write(static_cast<std::uint32_t>(colorSource_));

@@ -297,11 +297,11 @@ glm::vec3 Camera::MoveInProjectionSpace(const glm::vec3& point, const glm::vec2&
     // enough rounding to make the pan jitter by a fraction of a pixel, so this runs in double.
     const glm::dmat4 inverse = glm::inverse(glm::dmat4(scene.GetProjectionMatrix()) *
                                             glm::dmat4(camera.GetViewMatrix()));
-    // Pixels are relative to the view area's corner, so areas away from the window's origin pan
-    // the same way.
+    // The window point goes in as it is, scaled by the view area's size: the difference of
+    // the two points, and so the direction of the pan, does not depend on where the area sits.
     const auto unproject = [&](const glm::vec2& screen) {
-        const double x = static_cast<double>(screen.x) - viewport.x;
-        const double y = static_cast<double>(screen.y) - viewport.y;
+        const double x = static_cast<double>(screen.x);
+        const double y = static_cast<double>(screen.y);
         const glm::dvec4 ndc(2.0 * x / width - 1.0, -(2.0 * y / height - 1.0), -1.0, 1.0);
         const glm::dvec4 world = inverse * ndc;
         return glm::dvec3(world) / world.w;

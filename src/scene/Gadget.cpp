@@ -184,11 +184,13 @@ void Gadget::LoadState()
 {
     stateLoaded_ = true;
     const std::string path = GetStateFileName();
-    std::ifstream file(path, std::ios::binary);
-    // A missing file is the first use; one that is there but unreadable deserves a word.
-    if (file.is_open() && !ReadFromStream(file))
-        rlog::Warn("State file " + path + " is damaged or from another version; the defaults are kept",
-                   "vexa::Gadget::LoadState");
+    std::ifstream file(path, std::ios::binary | std::ios::ate);
+    // A missing or empty file is a first use. A file of another version or a damaged one
+    // leaves the defaults; the reader has its own word about a record cut short.
+    if (!file.is_open() || file.tellg() <= 0)
+        return;
+    file.seekg(0);
+    ReadFromStream(file);
 }
 
 bool Gadget::SaveState() const

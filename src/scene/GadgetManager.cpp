@@ -7,6 +7,7 @@
 #include <vexa/Camera.h>
 #include <vexa/CameraController.h>
 #include <vexa/Gadget.h>
+
 #include <vexa/Resource.h>
 
 #include <vexa/draw/RenderSystem.h>
@@ -17,6 +18,9 @@
 
 #include <CEGUI/Window.h>
 
+#include <glm/geometric.hpp>
+
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 
@@ -97,6 +101,29 @@ bool GadgetManager::FocusCamera(const ResourceId& id)
     return true;
 }
 
+void GadgetManager::FrameBox(const glm::vec3& minimum, const glm::vec3& maximum)
+{
+    if (!camera_ || !std::isfinite(glm::dot(minimum, maximum)))
+        return;
+    // A point (a box without size) is shown as a small box around it.
+    constexpr float kMinRadius = 1e-3f;
+    // Room around the box, so that no point sits on the window's edge.
+    constexpr float kMargin = 1.1f;
+    const glm::vec3 centre = 0.5f * (minimum + maximum);
+    const float radius = std::max(0.5f * glm::length(maximum - minimum), kMinRadius);
+    // The bounding sphere fits the narrower field of view (the scene's viewport already ends
+    // where a shown sidebar begins).
+    const float halfAngle = 0.5f * std::min(scene_->GetFovX(), scene_->GetFovY());
+    const float distance = kMargin * radius / std::sin(std::max(halfAngle, 1e-3f));
+    glm::vec3 forward = camera_->GetForward();
+    if (!(glm::dot(forward, forward) > 0.5f))
+        forward = glm::normalize(glm::vec3(-1.0f));
+    camera_->SetTarget(centre);
+    camera_->SetPosition(centre - distance * forward);
+    scene_->SetNearFar(0.01f * distance, 2.0f * (distance + radius));
+    GetEngineServices().RequestRedraw();
+}
+
 bool GadgetManager::Create(const ResourceId& id)
 {
     std::shared_ptr<Resource> resource = GetEngineServices().FindResource(id);
@@ -119,6 +146,16 @@ bool GadgetManager::Create(const ResourceId& id)
     const ResourceId notified = id;
     GetNotifications().Notify(kGadgetCreated, &notified);
     return true;
+}
+
+void GadgetManager::RemoveAll()
+{
+    std::vector<ResourceId> ids;
+    ids.reserve(gadgets_.size());
+    for (const auto& [id, gadget] : gadgets_)
+        ids.push_back(id);
+    for (const ResourceId& id : ids)
+        Remove(id);
 }
 
 void GadgetManager::Remove(const ResourceId& id)

@@ -7,9 +7,12 @@
 
 #include <CEGUI/Event.h>
 
+#include <glm/vec3.hpp>
+
 #include <map>
 #include <memory>
 #include <set>
+#include <utility>
 #include <vector>
 
 namespace CEGUI {
@@ -45,6 +48,9 @@ public:
     /// Points this view area's camera at what the resource's gadget frames; false when the
     /// resource has no gadget here or the gadget cannot frame its content.
     bool FocusCamera(const ResourceId& id);
+    /// Points the camera, along its present direction of view, at the box's centre from where
+    /// the whole box is in view with a margin, and sets the clipping planes around it.
+    void FrameBox(const glm::vec3& minimum, const glm::vec3& maximum);
     /// Makes the gadget of the registered resource `id` in this view area; false (logged when
     /// the resource returns none) when nothing was made.
     bool Create(const ResourceId& id);
@@ -62,13 +68,26 @@ public:
     const std::shared_ptr<Camera>& GetCamera() const { return camera_; }
 
     /// Routes an event along the gadgets in key order; each gets the status of the previous.
+    /// A handler may remove or rebuild gadgets (its own included): the walk goes over the
+    /// gadgets there were when the event came, and skips any that is gone or replaced by then.
     template <typename Call> EventStatus Route(Call&& call)
     {
         EventStatus status = EventStatus::NotConsumed;
-        for (auto& [gadgetId, gadget] : gadgets_)
-            status = call(*gadget, status);
+        if (gadgets_.empty())
+            return status;
+        std::vector<std::pair<ResourceId, std::shared_ptr<Gadget>>> walk(gadgets_.begin(), gadgets_.end());
+        for (auto& [gadgetId, gadget] : walk)
+        {
+            auto it = gadgets_.find(gadgetId);
+            if (it != gadgets_.end() && it->second == gadget)
+                status = call(*gadget, status);
+        }
         return status;
     }
+
+    /// Removes every gadget as Remove does, while the view area is still whole: a gadget's
+    /// Terminate may still reach its renderers, camera and panel.
+    void RemoveAll();
 
     /// Brings the scene's viewport in line with the render canvas's pixel rectangle.
     void UpdateViewport();

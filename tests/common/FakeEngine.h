@@ -42,11 +42,14 @@ public:
     vexa::draw::RenderSystem* GetRenderSystem() override { return nullptr; }
     vexa::CameraController* GetCameraController() override { return nullptr; }
     std::vector<std::shared_ptr<vexa::draw::Light>> GetLights() const override { return {}; }
+    void MarkViewareasDirty() override { ++viewareaMarks; }
 
     void Register(const std::shared_ptr<vexa::Resource>& resource) { resources[resource->id] = resource; }
 
     std::map<vexa::ResourceId, std::shared_ptr<vexa::Resource>> resources;
     int redrawRequests = 0;
+    /// How often the view areas' state was marked for saving.
+    int viewareaMarks = 0;
     /// Tests that read assets point this at the source tree's asset folder.
     std::string assetDirectory;
 

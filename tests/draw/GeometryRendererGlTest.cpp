@@ -55,9 +55,13 @@ GeometryStyle FlatStyle(const tesk::Color3f& color, int renderMode = RenderMode:
 
 std::shared_ptr<plor::Texture> SolidTexture(std::uint8_t r, std::uint8_t g, std::uint8_t b)
 {
-    std::vector<std::uint8_t> pixels;
-    for (int i = 0; i < 4; ++i)
-        pixels.insert(pixels.end(), {r, g, b});
+    std::vector<std::uint8_t> pixels(12);
+    for (std::size_t i = 0; i < pixels.size(); i += 3)
+    {
+        pixels[i] = r;
+        pixels[i + 1] = g;
+        pixels[i + 2] = b;
+    }
     return std::make_shared<plor::Texture>(tesk::Image(2, 2, 3, std::move(pixels)));
 }
 

@@ -26,10 +26,11 @@ protected:
     void OpenHost(const HostOptions& options);
     void OpenHost() { OpenHost(HostOptions{}); }
 
-    /// The balls in the 3D area; the sidebar arrow's glyph, as white as the white ball, is left out.
+    /// The balls in the 3D area; the sidebar arrow's and the camera button's glyphs, as white as
+    /// the white ball, are left out.
     ClusterLayout Measure(const Picture& picture) const
     {
-        return MeasureClusters(picture, layout.RenderArea(), {layout.SidebarToggle()});
+        return MeasureClusters(picture, layout.RenderArea(), {layout.SidebarToggle(), layout.ViewOptionsButton()});
     }
     /// The diameter the marker point is drawn with, from its area (points are round).
     double MarkerDiameter(const Picture& picture) const;

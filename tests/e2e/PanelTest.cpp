@@ -38,7 +38,7 @@ TEST_F(PanelButtons, FocusFramesTheResourceAgainAfterADolly)
     ASSERT_FALSE(refocused.Empty()) << "the focus button did not move the camera";
     Keep("refocused", refocused);
 
-    // The viewer framed the file the same way when it opened it.
+    // The same view as the one the case started from (the focus button's, see OpenClusters).
     const ClusterLayout back = Measure(refocused);
     ASSERT_TRUE(back.AllVisible()) << back.Describe();
     for (std::size_t i = 0; i < 4; ++i)

@@ -128,6 +128,13 @@ Rect ViewAreaLayout::PanelColumn() const
 
 std::vector<PanelHeader> FindPanelHeaders(const Picture& picture, const ViewAreaLayout& layout)
 {
+    std::vector<PanelHeader> headers = FindAllPanelHeaders(picture, layout);
+    std::erase_if(headers, [](const PanelHeader& header) { return !header.focusButton; });
+    return headers;
+}
+
+std::vector<PanelHeader> FindAllPanelHeaders(const Picture& picture, const ViewAreaLayout& layout)
+{
     const Rect column = layout.PanelColumn();
     // Between the focus button (0..24 px) and the title (from 28 px) the header shows only
     // its own colour.
@@ -147,7 +154,16 @@ std::vector<PanelHeader> FindPanelHeaders(const Picture& picture, const ViewArea
         while (end < column.y1 && end < picture.Height() && picture.At(probe, end) == c)
             ++end;
         if (end - y == ViewAreaLayout::kHeaderHeight)
-            headers.push_back({{column.x0, y, column.x1, end}, selected});
+        {
+            // The header ends short of the column's edge while the column shows its scrollbar;
+            // its top row is plain header colour from end to end.
+            int right = probe;
+            while (right < column.x1 && right < picture.Width() && picture.At(right, y) == c)
+                ++right;
+            const Rect rect{column.x0, y, right, end};
+            const bool focus = CountLightPixels(picture, {rect.x0, rect.y0, rect.x0 + 24, rect.y1}) > 10;
+            headers.push_back({rect, selected, focus});
+        }
         y = end;
     }
     return headers;

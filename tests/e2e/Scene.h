@@ -62,6 +62,8 @@ struct ViewAreaLayout {
     /// The part the scene is drawn in: the view area left of the sidebar.
     Rect RenderArea() const;
     Rect SidebarToggle() const;
+    /// The camera button at the view area's top-left that opens the view options pop-up.
+    Rect ViewOptionsButton() const { return {area.x0 + 6, area.y0 + 6, area.x0 + 26, area.y0 + 26}; }
     /// The column of the panels below the toolbar.
     Rect PanelColumn() const;
 };
@@ -76,6 +78,8 @@ constexpr Rgb kInputColor{0x3C, 0x3F, 0x41};
 struct PanelHeader {
     Rect rect;
     bool selected = false;
+    /// Whether it has the focus button a resource panel has.
+    bool focusButton = false;
 
     Point FocusButton() const { return {rect.x0 + 12.0, rect.y0 + 12.0}; }
     Point PinButton() const { return {rect.x1 - 36.0, rect.y0 + 12.0}; }
@@ -85,9 +89,12 @@ struct PanelHeader {
     Rect RemoveRect() const { return {rect.x1 - 24, rect.y0, rect.x1, rect.y1}; }
 };
 
-/// The panel headers in the column, top to bottom: 24 px high runs of a header colour in the
-/// gap between the focus button and the title.
+/// The resource panels' headers in the column, top to bottom: 24 px high runs of a header
+/// colour in the gap between the focus button and the title, with the focus glyph beside them.
 std::vector<PanelHeader> FindPanelHeaders(const Picture& picture, const ViewAreaLayout& layout);
+/// Every header in the column, the built-in panels' (resource inspector, global options; no
+/// focus button) too.
+std::vector<PanelHeader> FindAllPanelHeaders(const Picture& picture, const ViewAreaLayout& layout);
 
 /// The first edit box below `top` inside `column` (a run of the input colour at least 40 px
 /// wide); an empty rectangle when there is none.

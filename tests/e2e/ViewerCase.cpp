@@ -12,11 +12,26 @@ void ViewerCase::OpenClusters()
     ASSERT_TRUE(LaunchViewer({ply.string()}));
     const Rect window = x->WindowArea();
     layout.area = {0, 0, window.Width(), window.Height()};
-    start = WaitForSettled([&](const Picture& p) { return Measure(p).AllVisible(); }, 30s);
-    if (start.Empty())
+    const Picture opened = WaitForSettled([&](const Picture& p) { return Measure(p).AllVisible(); }, 30s);
+    if (opened.Empty())
     {
         Keep("start-timeout", Grab());
         FAIL() << "the four balls did not appear; last picture: " << Measure(Grab()).Describe();
+    }
+    Keep("opened", opened);
+    // The viewer opens a file with all of its box in view; the cases start closer, from the
+    // cloud's own framing (its panel's focus button: its centre of mass in the middle).
+    const std::vector<PanelHeader> headers = FindPanelHeaders(opened, layout);
+    ASSERT_EQ(headers.size(), 1u) << "expected the one panel of the file";
+    const Point focus = headers.front().FocusButton();
+    x->Click(Button::Left, static_cast<int>(focus.x), static_cast<int>(focus.y));
+    const Rect area = layout.RenderArea();
+    x->MoveTo(area.x0 + area.Width() / 10, area.y0 + area.Height() * 9 / 10);
+    start = WaitForChange(opened, area);
+    if (start.Empty() || !Measure(start).AllVisible())
+    {
+        Keep("focus-timeout", Grab());
+        FAIL() << "the focus button did not frame the balls";
     }
     Keep("start", start);
 }

@@ -15,10 +15,11 @@ protected:
 
     /// The single view area of the window.
     ViewAreaLayout Layout() const { return layout; }
-    /// The balls in the 3D area; the sidebar arrow's glyph, as white as the white ball, is left out.
+    /// The balls in the 3D area; the sidebar arrow's and the camera button's glyphs, as white as
+    /// the white ball, are left out.
     ClusterLayout Measure(const Picture& picture) const
     {
-        return MeasureClusters(picture, layout.RenderArea(), {layout.SidebarToggle()});
+        return MeasureClusters(picture, layout.RenderArea(), {layout.SidebarToggle(), layout.ViewOptionsButton()});
     }
 
     /// Waits until the program has handled every event sent so far: hovering over the first

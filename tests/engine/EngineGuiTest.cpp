@@ -108,13 +108,14 @@ TEST(EngineGui, TabTogglesTheLayoutChooserOnlyWithShortcutsOn)
     engine.OnKeyDown(kTab, {}, false);
     ASSERT_TRUE(engine.IsLayoutChooserShown());
 
-    // Choosing "B Split" rebuilds three view areas with fresh ids and closes the chooser.
-    const unsigned int firstId = engine.GetViewareas()[0]->GetId();
+    // Choosing "B Split" rebuilds three view areas, numbered by position (their gadgets' state
+    // files are named so), and closes the chooser.
     engine.AddResource(std::make_shared<PlainResource>("shown"));
     Fire(chooser->getChild("layout2"), CEGUI::PushButton::EventClicked, CEGUI::PushButton::EventNamespace);
     EXPECT_FALSE(engine.IsLayoutChooserShown());
     ASSERT_EQ(engine.GetViewareas().size(), 3u);
-    EXPECT_GT(engine.GetViewareas()[0]->GetId(), firstId);
+    for (unsigned int i = 0; i < 3; ++i)
+        EXPECT_EQ(engine.GetViewareas()[i]->GetId(), i);
     EXPECT_EQ(engine.GetOptions().GetViewLayout(), 3);
     EXPECT_TRUE(engine.GetOptions().IsDirty());
     for (const auto& area : engine.GetViewareas())
@@ -290,4 +291,27 @@ TEST(EngineGui, ShiftClickPicksAndShiftDragDoesNothing)
     engine.OnMouseDown(plor::MouseButton::Left, {});
     engine.OnMouseUp(plor::MouseButton::Left, {});
     EXPECT_EQ(notice->getText(), "other");
+}
+
+TEST(EngineGui, OptionsEnabledFalseTakesTheGlobalOptionsFromEverySidebar)
+{
+    if (!HasDisplay())
+        GTEST_SKIP() << "needs a display";
+    for (const bool enabled : {true, false})
+    {
+        SCOPED_TRACE(enabled);
+        const fs::path state = FreshDirectory(enabled ? "options-on" : "options-off");
+        const fs::path look = state / "look.json";
+        std::ofstream(look) << R"({"vexa": {"version": "1.0", "options-enabled": )" << (enabled ? "true" : "false")
+                            << R"(, "views": [{"position": "0,0;0,0", "size": "0.5,0;1,0"},
+                                              {"position": "0.5,0;0,0", "size": "0.5,0;1,0"}]}})";
+        MessageBoxes boxes;
+        vexa::Engine engine;
+        ASSERT_TRUE(Start(engine, state, look.string()));
+        for (const auto& area : engine.GetViewareas())
+        {
+            EXPECT_EQ(area->GetChild("sidebar/toolbar/toggle_options")->isVisible(), enabled);
+            EXPECT_TRUE(area->GetChild("sidebar/toolbar")->isVisible()) << "the camera button stays";
+        }
+    }
 }

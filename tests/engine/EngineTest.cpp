@@ -7,6 +7,8 @@
 #include <vexa/Platform.h>
 #include <vexa/Resource.h>
 #include <vexa/draw/RenderSystem.h>
+#include <vexa/draw/GeometryRenderer.h>
+#include <vexa/draw/GeometryStyle.h>
 #include <vexa/draw/Scene.h>
 
 #include <plor/Window.h>
@@ -45,7 +47,9 @@ TEST(VexaLifecycle, InitializeIsRefusedWhenRunningAndAfterTerminate)
     // The first engine keeps running.
     EXPECT_TRUE(vexa::IsOpen());
     vexa::Update();
-    EXPECT_EQ(vexa::GetActiveResources().size(), 0u);
+    // Only the library's own debugger, shown in the one view area.
+    ASSERT_EQ(vexa::GetActiveResources().size(), 1u);
+    EXPECT_EQ(vexa::GetActiveResources()[0].resource->GetId().type, "Debugger");
     // The built-in look has one view area; indices past it are ignored.
     EXPECT_TRUE(vexa::IsAxesVisible(0));
     vexa::SetAxesVisible(0, false);
@@ -54,8 +58,8 @@ TEST(VexaLifecycle, InitializeIsRefusedWhenRunningAndAfterTerminate)
 
     vexa::AddResource(std::make_shared<PlainResource>("cloud"));
     const auto active = vexa::GetActiveResources();
-    ASSERT_EQ(active.size(), 1u);
-    EXPECT_EQ(active[0].resource->GetId().name, "cloud");
+    ASSERT_EQ(active.size(), 2u);
+    EXPECT_EQ(active[1].resource->GetId().name, "cloud");
     EXPECT_EQ(vexa::GetBackgroundColor(), (tesk::Color3b{0x3D, 0x3D, 0x3D}));
 
     vexa::Terminate();
@@ -237,4 +241,196 @@ TEST(Engine, WindowFileWithZeroHeightIsIgnored)
     EXPECT_EQ(engine.GetWindowManager().GetWindowParams().width, 640);
     EXPECT_EQ(engine.GetWindowManager().GetWindowParams().height, 480);
     EXPECT_EQ(engine.GetWindow()->GetWindowSize().y, 480);
+}
+
+TEST(Engine, EveryFailedLookIsReportedAndOnlyAReadLookPlacesTheWindow)
+{
+    if (!HasDisplay())
+        GTEST_SKIP() << "needs a display";
+    const fs::path state = FreshDirectory("looks");
+    const char* const kCaption = "VEXA Initialization";
+    const char* const kText = "Errors occurred when parsing look json. See log for more info.";
+    // Thrown (unreadable, no version) or merely failed (no "vexa", another version, a view
+    // without its place, a unit without id): the user hears of each the same way.
+    const std::vector<std::string> broken = {
+        "{ not json",
+        R"({"vexa": {"caption": "x"}})",
+        R"({"other": {}})",
+        R"({"vexa": {"version": "9.9", "caption": "x"}})",
+        R"({"vexa": {"version": "1.0", "views": [{"size": "1,0;1,0"}]}})",
+        R"({"vexa": {"version": "1.0", "views": [{"position": "0,0;0,0", "size": "1,0;1,0", "units": [{}]}]}})",
+    };
+    for (std::size_t i = 0; i < broken.size(); ++i)
+    {
+        SCOPED_TRACE(broken[i]);
+        const fs::path look = state / ("look" + std::to_string(i) + ".json");
+        std::ofstream(look) << broken[i];
+        MessageBoxes boxes;
+        testing_support::LogCapture log;
+        vexa::Engine engine;
+        ASSERT_TRUE(engine_test::Start(engine, state / std::to_string(i), look.string()));
+        EXPECT_TRUE(boxes.Has(kCaption, kText));
+        // Without a look, the window keeps its own caption and place.
+        const plor::WindowParams& params = engine.GetWindowManager().GetWindowParams();
+        EXPECT_EQ(params.caption, "PLOR Window");
+        EXPECT_TRUE(params.positionSet);
+        EXPECT_EQ(engine.GetViewareas().size(), 1u);
+    }
+
+    // A good look: no box, its caption, and the window system places the window.
+    const fs::path look = state / "good.json";
+    std::ofstream(look) << R"({"vexa": {"version": "1.0", "caption": "Scanner"}})";
+    MessageBoxes boxes;
+    vexa::Engine engine;
+    ASSERT_TRUE(engine_test::Start(engine, state / "good", look.string()));
+    EXPECT_TRUE(boxes.shown.empty() || !boxes.Has(kCaption, kText));
+    EXPECT_EQ(engine.GetWindowManager().GetWindowParams().caption, "Scanner");
+    EXPECT_FALSE(engine.GetWindowManager().GetWindowParams().positionSet);
+}
+
+namespace {
+
+// A host's own gadget: it keeps a renderer, and on its way out (Terminate) still reaches its
+// renderer and its view area's camera, as a host's clean-up code would. Its key handler
+// rebuilds its own gadgets or removes resources while the view area is walking its gadgets.
+class HostGadget final : public vexa::Gadget {
+public:
+    HostGadget(const vexa::Resource* resource, std::vector<std::string>& log) : Gadget(resource), log_(log) {}
+
+    void Initialize() override
+    {
+        LoadState();
+        Gadget::Initialize();
+        handle_ = AddRenderer(std::make_shared<vexa::draw::GeometryRenderer>(vexa::draw::GeometryName::Box),
+                              std::make_shared<vexa::draw::GeometryStyle>(), 0);
+    }
+
+    void Terminate() override
+    {
+        RemoveRenderer(handle_);
+        log_.push_back("terminate " + GetId().name + (GetCamera() != nullptr ? " with camera" : " without camera"));
+        Gadget::Terminate();
+    }
+
+    vexa::EventStatus KeyPressed(vexa::Key key, const vexa::ModKeys&, vexa::EventStatus status) override
+    {
+        log_.push_back("key " + GetId().name);
+        if (key == vexa::Key::G)
+            const_cast<vexa::Resource*>(GetResource())->ResetGadgets();
+        if (key == vexa::Key::D)
+            vexa::RemoveAllResources();
+        return status;
+    }
+
+private:
+    std::vector<std::string>& log_;
+    int handle_ = 0;
+};
+
+class HostResource final : public vexa::Resource {
+public:
+    HostResource(const std::string& name, std::vector<std::string>& log) : Resource(name, "HostResource"), log_(log) {}
+    std::shared_ptr<vexa::Gadget> CreateGadget() override { return std::make_shared<HostGadget>(this, log_); }
+
+private:
+    std::vector<std::string>& log_;
+};
+
+} // namespace
+
+TEST(Engine, HostGadgetsMayReachTheirViewAreaOnTheWayOutAndChangeGadgetsFromAHandler)
+{
+    if (!HasDisplay())
+        GTEST_SKIP() << "needs a display";
+    const fs::path state = FreshDirectory("hostgadget");
+    MessageBoxes boxes;
+    std::vector<std::string> log;
+    vexa::SetAssetDirectory(VEXA_SOURCE_ASSET_DIR);
+    vexa::SetIntermediateDirectory(state.string());
+    ASSERT_TRUE(vexa::Initialize());
+    vexa::AddResource(std::make_shared<HostResource>("a", log));
+    vexa::AddResource(std::make_shared<HostResource>("b", log));
+    vexa::Update();
+    vexa::SetKeyDownCallback([&](const vexa::Key&, const vexa::ModKeys&) { log.push_back("host"); });
+    vexa::Engine* engine = vexa::Engine::GetCurrent();
+    ASSERT_NE(engine, nullptr);
+
+    const auto hostGadgets = [] {
+        std::size_t count = 0;
+        for (const vexa::ActiveResourceInfo& info : vexa::GetActiveResources())
+            count += info.resource && info.resource->GetId().type == "HostResource";
+        return count;
+    };
+
+    // Each rebuilds its gadgets while the area walks them: the new gadgets are not asked
+    // again, and "b" still hears the key after "a" was replaced.
+    log.clear();
+    engine->OnKeyDown(static_cast<int>(vexa::Key::G), {}, false);
+    EXPECT_EQ(log, (std::vector<std::string>{"key a", "terminate a with camera", "key b", "terminate b with camera",
+                                             "host"}));
+    EXPECT_EQ(hostGadgets(), 2u);
+
+    // Removing everything from a handler: nobody is asked after being removed.
+    log.clear();
+    engine->OnKeyDown(static_cast<int>(vexa::Key::D), {}, false);
+    EXPECT_EQ(log, (std::vector<std::string>{"key a", "terminate a with camera", "terminate b with camera", "host"}));
+    EXPECT_EQ(hostGadgets(), 0u);
+
+    // Gadgets that are still there when the library ends reach their view area too.
+    vexa::AddResource(std::make_shared<HostResource>("c", log));
+    vexa::Update();
+    log.clear();
+    vexa::Terminate();
+    EXPECT_EQ(log, (std::vector<std::string>{"terminate c with camera"}));
+}
+
+namespace {
+
+// Remembers the last size its view area reported.
+class SizeGadget final : public vexa::Gadget {
+public:
+    explicit SizeGadget(const vexa::Resource* resource) : Gadget(resource) {}
+    vexa::EventStatus ViewResized(unsigned int width, unsigned int height, vexa::EventStatus status) override
+    {
+        size = {width, height};
+        return status;
+    }
+    glm::uvec2 size{0, 0};
+};
+
+class SizeResource final : public vexa::Resource {
+public:
+    SizeResource() : Resource("sized", "SizeResource") {}
+    std::shared_ptr<vexa::Gadget> CreateGadget() override
+    {
+        auto created = std::make_shared<SizeGadget>(this);
+        gadget = created;
+        return created;
+    }
+    std::shared_ptr<SizeGadget> gadget;
+};
+
+} // namespace
+
+TEST(Engine, GadgetsHearTheSizeOfTheCanvasTheyAreDrawnIn)
+{
+    if (!HasDisplay())
+        GTEST_SKIP() << "needs a display";
+    const fs::path state = FreshDirectory("sizes");
+    MessageBoxes boxes;
+    vexa::Engine engine;
+    ASSERT_TRUE(engine_test::Start(engine, state));
+    auto resource = std::make_shared<SizeResource>();
+    engine.AddResource(resource);
+    const glm::ivec2 window = engine.GetWindow()->GetFramebufferSize();
+    vexa::Viewarea& area = *engine.GetViewareas()[0];
+
+    // The sidebar takes its width from the canvas, and the gadget hears both changes.
+    area.SetSidebarVisible(true);
+    engine.OnFramebufferResized(window.x, window.y);
+    EXPECT_EQ(resource->gadget->size, glm::uvec2(window.x - 270, window.y));
+    area.SetSidebarVisible(false);
+    EXPECT_EQ(resource->gadget->size, glm::uvec2(window.x, window.y));
+    area.SetSidebarVisible(true);
+    EXPECT_EQ(resource->gadget->size, glm::uvec2(window.x - 270, window.y));
 }

@@ -136,9 +136,27 @@ TEST_F(GeometryModuleTest, MatcapIndexPicksFromTheSortedFolderOrNothing)
         gadget->GenerateGui(generator);
         ASSERT_NE(gadget->GetStyle()->matcap, nullptr) << "index 5 (Gamma) is loaded as the panel is built";
         EXPECT_TRUE(gadget->GetStyle()->matcap->HasImage());
+
+        // The user's choice is what the state file holds, not the one before it. Changes are
+        // reported once the panel is built, as in a sidebar.
+        generator.SetAutoTestConditionsEnabled(true);
+        CEGUI::Window* list = nullptr;
+        for (int n = 0; list == nullptr; ++n)
+        {
+            CEGUI::Window* row =
+                panel_->getChildRecursive("generated_element_" + CEGUI::PropertyHelper<std::int32_t>::toString(n));
+            ASSERT_NE(row, nullptr) << "no matcap list";
+            const CEGUI::Window* label = row->getChildRecursive("dynamic_label");
+            if (label != nullptr && label->getText() == "Matcap sampler")
+                list = row->getChildRecursive("combo_element");
+        }
+        gui_test::Choose(static_cast<CEGUI::Combobox*>(list), 6);
+        EXPECT_EQ(gadget->GetMatcapIndex(), 6);
+        EXPECT_EQ(MakeGadget()->GetMatcapIndex(), 6) << "read back from the file the change wrote";
     }
 
-    // Fewer files than the stored index: no selection, no matcap, the rest of the panel works.
+    // Fewer files than the stored index (6, "Golf"): no selection, no matcap, the rest of the
+    // panel works.
     for (const char* name : {"Gamma", "Golf", "Foxtrot"})
         fs::remove(assets_ / "matcaps" / (std::string(name) + ".png"));
     PanelTest::TearDown();

@@ -174,6 +174,21 @@ TEST(PointCloudGadget, StateFallsBackWhenTheCloudLacksWhatWasChosen)
     EXPECT_EQ(bare->GetStyle()->colorMode, vexa::draw::ColorMode::Material);
     EXPECT_FALSE(bare->GetStyle()->useNormals);
     EXPECT_FLOAT_EQ(bare->GetStyle()->pointSize, 7.0f) << "the style is still restored";
+
+    // The user changes something on the bare cloud's panel (which saves the shared file): a
+    // later cloud with normals is still lit and still shows its normals. What a cloud lacks
+    // is not the user's choice.
+    rich = std::make_shared<PointCloudResource>("lit", RichCloud());
+    auto lit = MakeGadget(rich);
+    lit->GetStyle()->showNormals = true;
+    ASSERT_TRUE(lit->SaveState());
+    bare = MakeGadget(std::make_shared<PointCloudResource>("bare", Line(3)));
+    bare->GetStyle()->pointSize = 5.0f;
+    ASSERT_TRUE(bare->SaveState());
+    auto next = MakeGadget(std::make_shared<PointCloudResource>("next", RichCloud()));
+    EXPECT_TRUE(next->GetStyle()->useNormals);
+    EXPECT_TRUE(next->GetStyle()->showNormals);
+    EXPECT_FLOAT_EQ(next->GetStyle()->pointSize, 5.0f) << "the change made on the bare cloud's panel stays";
 }
 
 TEST(PointCloudGadget, FocusFramesTheCloudFromTwoRadiiAway)

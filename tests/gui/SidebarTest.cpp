@@ -1,6 +1,7 @@
 #include "core/Notifications.h"
 #include "core/Viewarea.h"
 #include "gui/GuiPanel.h"
+#include "gui/GuiResourceInspector.h"
 #include "gui/GuiStylingPanel.h"
 #include "gui/Sidebar.h"
 #include "scene/GadgetManager.h"
@@ -289,6 +290,44 @@ TEST_F(SidebarTest, OptionsToggleAddsThePanelOnTopAndTakesItAway)
     EXPECT_FALSE(column_->isChild(options.GetWindow()));
     EXPECT_NE(toggle->getProperty("NormalColour"), pushed);
     EXPECT_EQ(toggle->getProperty("NormalColour"), "FF4A4D50");
+
+    // The panel's own remove button closes it as the toggle does.
+    Click(toggle);
+    Click(options.GetButton("btn_remove"));
+    EXPECT_FALSE(options.IsAttached());
+    EXPECT_FALSE(column_->isChild(options.GetWindow()));
+    EXPECT_EQ(toggle->getProperty("NormalColour"), "FF4A4D50");
+}
+
+} // namespace
+
+namespace {
+
+TEST_F(SidebarTest, PickingInTheInspectorSelectsOpensAndShowsThePanel)
+{
+    std::vector<vexa::ResourceId> selected;
+    sidebar_->SetSelectionCallback([&](const vexa::ResourceId& id) { selected.push_back(id); });
+    AddBoth();
+    vexa::GuiResourceInspector& inspector = sidebar_->GetInspectorPanel();
+    EXPECT_EQ(PositionOf(inspector), 0u) << "the inspector heads the column";
+    inspector.Update();
+    CEGUI::ItemListbox* list = inspector.GetList();
+    ASSERT_EQ(list->getItemCount(), 2u);
+
+    vexa::GuiStylingPanel* panel = sidebar_->GetResourcePanel(b_->id);
+    panel->SetCollapsed(true);
+    list->findItemWithText("b", nullptr)->setSelected(true);
+    EXPECT_EQ(sidebar_->GetSelectedResource(), b_->id);
+    EXPECT_EQ(selected, std::vector<vexa::ResourceId>{b_->id});
+    EXPECT_FALSE(panel->IsCollapsed());
+    EXPECT_EQ(PositionOf(*panel), 1u) << "lifted to just below the inspector";
+
+    // The sidebar's selection comes back to the inspector's list, and so does a deselection.
+    inspector.Update();
+    EXPECT_TRUE(list->findItemWithText("b", nullptr)->isSelected());
+    Click(panel->GetButton("btn_pin"));
+    inspector.Update();
+    EXPECT_FALSE(list->findItemWithText("b", nullptr)->isSelected());
 }
 
 } // namespace

@@ -14,4 +14,11 @@ run_step(${CMAKE_COMMAND} -S ${HOST_SOURCE_DIR} -B ${WORK_DIR}/host -G ${GENERAT
   -DCMAKE_PREFIX_PATH=${PREFIX} -DCMAKE_BUILD_TYPE=Release)
 run_step(${CMAKE_COMMAND} --build ${WORK_DIR}/host)
 run_step(${WORK_DIR}/host/vexa-install-host)
+# The persistence host opens a window: only with a display.
+if(DEFINED ENV{DISPLAY})
+  run_step(${WORK_DIR}/host/vexa-persist-host write ${WORK_DIR}/persist-state)
+  run_step(${WORK_DIR}/host/vexa-persist-host check ${WORK_DIR}/persist-state)
+else()
+  message(STATUS "No display: the two-run persistence host is skipped")
+endif()
 message(STATUS "Host program built and ran against the installed package")

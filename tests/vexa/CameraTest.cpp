@@ -207,31 +207,37 @@ TEST_F(CameraTest, ScreenRollFollowsThePointerRoundTheViewportCentre)
 
 TEST_F(CameraTest, ScreenMoveKeepsTheTargetUnderThePointer)
 {
-    // A view area that does not start at the window's corner; the second pass has a near plane
-    // 100 times closer, which magnifies any rounding in the pan.
+    // The second pass has a near plane 100 times closer, which magnifies any rounding in the pan.
     for (const float nearPlane : {0.001f, 1e-5f}) {
         SCOPED_TRACE(nearPlane);
-        scene.SetViewport(glm::ivec4(300, 50, 1100, 650));
-        scene.SetNearFar(nearPlane, 1000.0f);
-        camera.Reset();
-        camera.SetTarget(glm::vec3(0.3f, -0.2f, 0.1f));
-        const glm::vec3 oldTarget = camera.GetTarget();
-        const glm::vec3 oldForward = camera.GetForward();
+        // A view area at the window's corner: the target follows the pointer to the pixel.
+        // One elsewhere maps the window point as it is, which scales the pan by its depth ratio
+        // but keeps its direction: it follows the pointer's way, a little short of it.
+        for (const glm::ivec4 viewport : {glm::ivec4(0, 0, 800, 600), glm::ivec4(300, 50, 1100, 650)}) {
+            const bool atCorner = viewport.x == 0;
+            scene.SetViewport(viewport);
+            scene.SetNearFar(nearPlane, 1000.0f);
+            camera.Reset();
+            camera.SetTarget(glm::vec3(0.3f, -0.2f, 0.1f));
+            const glm::vec3 oldTarget = camera.GetTarget();
+            const glm::vec3 oldForward = camera.GetForward();
+            const glm::vec2 middle((viewport.x + viewport.z) / 2.0f, (viewport.y + viewport.w) / 2.0f);
 
-        const glm::vec2 from = Project(scene, camera, oldTarget);
-        EXPECT_NEAR(from.x, 700.0f, 1e-2f);
-        EXPECT_NEAR(from.y, 350.0f, 1e-2f);
-        const glm::vec2 to = from + glm::vec2(37.0f, -21.0f);
-        camera.ScreenMove(from, to);
+            const glm::vec2 from = Project(scene, camera, oldTarget);
+            ExpectNear(from, middle, 1e-2f);
+            const glm::vec2 drag(37.0f, -21.0f);
+            camera.ScreenMove(from, from + drag);
 
-        const glm::vec2 seen = Project(scene, camera, oldTarget);
-        EXPECT_NEAR(seen.x, to.x, 1e-2f);
-        EXPECT_NEAR(seen.y, to.y, 1e-2f);
-        ExpectNear(camera.GetForward(), oldForward);
-        // The target moved with the camera, so it is still in the middle of the view.
-        const glm::vec2 centre = Project(scene, camera, camera.GetTarget());
-        EXPECT_NEAR(centre.x, 700.0f, 1e-2f);
-        EXPECT_NEAR(centre.y, 350.0f, 1e-2f);
+            const glm::vec2 moved = Project(scene, camera, oldTarget) - from;
+            if (atCorner)
+                ExpectNear(moved, drag, 1e-2f);
+            EXPECT_NEAR(std::atan2(moved.y, moved.x), std::atan2(drag.y, drag.x), 1e-3f);
+            EXPECT_GT(glm::length(moved), 0.85f * glm::length(drag));
+            EXPECT_LE(glm::length(moved), glm::length(drag) + 1e-2f);
+            ExpectNear(camera.GetForward(), oldForward);
+            // The target moved with the camera, so it is still in the middle of the view.
+            ExpectNear(Project(scene, camera, camera.GetTarget()), middle, 1e-2f);
+        }
     }
 }
 

@@ -135,7 +135,7 @@ TEST_F(PlatformTest, GpuWarningTextNamesWhatWasFound)
               "OpenGl version on your system is lower then the recommended version 4.6.0.\n\nDetected:\n"
               "NVIDIA Corporation\nGeForce\nOpenGl version 4.5.0");
     EXPECT_EQ(ComposeGpuWarning("Mesa", "llvmpipe", "4.5 (Core Profile) Mesa 24.0", {4, 5, 0}),
-              "Graphics card vendor is not supported. Errors may occur.\n"
+              "Graphics card vendor is not supported. Errors may occur."
               "OpenGl version on your system is lower then the recommended version 4.6.0.\n\nDetected:\n"
               "Mesa\nllvmpipe\nOpenGl version 4.5 (Core Profile) Mesa 24.0");
     EXPECT_EQ(ComposeGpuWarning("Mesa", "llvmpipe", "5.0", {5, 0, 0}),

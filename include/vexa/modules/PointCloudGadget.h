@@ -17,6 +17,7 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <string>
 
 namespace vexa::modules {
@@ -88,6 +89,9 @@ private:
     int colorMap_ = static_cast<int>(tesk::ColorMap::GrayScale);
     bool stateRestored_ = false;
     int instance_ = 0;
+    /// The normals flags (use, show) as the user left them, written to the state file even
+    /// while this cloud, lacking normals, draws without them.
+    std::pair<bool, bool> userNormals_{true, false};
 };
 
 } // namespace vexa::modules

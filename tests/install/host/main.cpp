@@ -3,12 +3,78 @@
 
 #include <nlohmann/json.hpp>
 
+#include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <thread>
 #include <vector>
+
+namespace {
+
+// Clearly red pixels in the middle fifth of the picture.
+int CountRedInTheMiddle(const std::string& png)
+{
+    tesk::Image image;
+    if (!image.LoadPng(png))
+        return -1;
+    const std::uint32_t w = image.GetWidth();
+    const std::uint32_t h = image.GetHeight();
+    int red = 0;
+    for (std::uint32_t y = h * 2 / 5; y < h * 3 / 5; ++y)
+        for (std::uint32_t x = w * 2 / 5; x < w * 3 / 5; ++x)
+            if (image.At(x, y, 0) > 0.35f && image.At(x, y, 1) < 0.15f && image.At(x, y, 2) < 0.15f)
+                ++red;
+    return red;
+}
+
+// A debug box drawn for half a second shows in a screenshot, and is gone a second later.
+int CheckDebugBox()
+{
+    const std::filesystem::path work = std::filesystem::temp_directory_path() / "vexa-install-host";
+    std::filesystem::remove_all(work);
+    vexa::SetAssetDirectory(VEXA_ASSET_DIR);
+    vexa::SetIntermediateDirectory(work.string());
+    if (!vexa::Initialize())
+        return 10;
+    vexa::SetSidebarVisible(0, false);
+    vexa::Debug().DrawBox({{-0.5f, -0.5f, -0.5f}, {0.5f, 0.5f, 0.5f}}, {1.0f, 0.0f, 0.0f}, 0.5f);
+    vexa::Update();
+    const std::string shown = (work / "box.png").string();
+    if (!vexa::SaveScreenshot(shown) || CountRedInTheMiddle(shown) < 500)
+        return 11;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+    while (std::chrono::steady_clock::now() < end)
+    {
+        vexa::Update();
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    const std::string gone = (work / "gone.png").string();
+    if (!vexa::SaveScreenshot(gone) || CountRedInTheMiddle(gone) != 0)
+        return 12;
+    vexa::Terminate();
+    std::printf("host: the debug box showed and expired\n");
+    return 0;
+}
+
+} // namespace
 
 int main()
 {
+    // Before Initialize there is no debugger: the host gets an exception, not a crash.
+    try
+    {
+        vexa::Debug();
+        return 5;
+    }
+    catch (const std::runtime_error& e)
+    {
+        if (std::string(e.what()) != "Can not return vexa::Debugger. Have you initialized VEXA?")
+            return 6;
+    }
+
     const vexa::ResourceId id("PointCloudResource:scans/left");
     if (id.GetNameWithoutPath() != "left" || !id.IsValid())
         return 1;
@@ -28,5 +94,11 @@ int main()
         return 4;
 
     std::printf("host: %s, %zu points, assets at %s\n", id.ToString().c_str(), cloud.Size(), VEXA_ASSET_DIR);
-    return 0;
+    // The window needs a display (the test command provides one under Xvfb).
+    if (const char* display = std::getenv("DISPLAY"); display == nullptr || *display == '\0')
+    {
+        std::printf("host: no display, the window checks are skipped\n");
+        return 0;
+    }
+    return CheckDebugBox();
 }

@@ -1,0 +1,191 @@
+// A camera flight made, stored and played with the camera animation panel, as a person does
+// it: the toolbar's camera button opens the panel, its buttons record two views, save them,
+// forget them, load them and fly the camera from the first view to the second.
+
+#include "HostCase.h"
+
+#include <fstream>
+#include <sstream>
+
+namespace e2e {
+namespace {
+
+class CameraFlight : public HostCase {
+protected:
+    /// The host with a look in which the cloud has no panel, so that the camera animation
+    /// panel is the first one in the column.
+    void OpenHostWithoutCloudPanel()
+    {
+        const fs::path look = CaseDirectory() / "flight-look.json";
+        std::ofstream(look) << R"({ "vexa": { "version": "1.0", "caption": "VEXA e2e flight", "width": 1100,)"
+                            << R"( "height": 760, "background": "2E3138", "views": [ {)"
+                            << R"( "position": "0, 0; 0, 0", "size": "1, 0; 1, 0", "units": [)"
+                            << R"( { "id": "PointCloudResource:)" << host::kCloudName
+                            << R"(", "gui-enabled": false } ] } ] } })" << "\n";
+        ASSERT_TRUE(LaunchHost({"--look", look.string()}));
+        ASSERT_TRUE(WaitForOutput(host::kReadyLine, 30s)) << Output();
+        const Rect window = x->WindowArea();
+        layout.area = {0, 0, window.Width(), window.Height()};
+        start = WaitForSettled([&](const Picture& p) { return Measure(p).AllVisible(100); }, 30s);
+        if (start.Empty())
+        {
+            Keep("start-timeout", Grab());
+            FAIL() << "the balls did not appear";
+        }
+        Keep("start", start);
+    }
+
+    /// The wide push buttons of the panel below `top`, top to bottom: rows whose top edge is a
+    /// run of the button border colour over most of the column.
+    std::vector<Rect> FindWideButtons(const Picture& picture, int top) const
+    {
+        const Rect column = layout.PanelColumn();
+        std::vector<Rect> buttons;
+        for (int y = std::max(top, column.y0); y < column.y1 && y < picture.Height(); ++y)
+        {
+            int run = 0;
+            int best = 0;
+            int bestEnd = 0;
+            for (int px = column.x0; px < column.x1; ++px)
+            {
+                run = picture.At(px, y) == kButtonBorderColor ? run + 1 : 0;
+                if (run > best)
+                {
+                    best = run;
+                    bestEnd = px + 1;
+                }
+            }
+            if (best < column.Width() / 2)
+                continue;
+            // The bottom edge: the next row down with the same run.
+            int y1 = y + 2;
+            while (y1 < column.y1 && picture.At(bestEnd - best / 2, y1) != kButtonBorderColor)
+                ++y1;
+            buttons.push_back({bestEnd - best, y, bestEnd, y1 + 1});
+            y = y1 + 1;
+        }
+        return buttons;
+    }
+
+    void ClickCentre(const Rect& r) { x->Click(Button::Left, (r.x0 + r.x1) / 2, (r.y0 + r.y1) / 2); }
+
+    /// Moves the pointer off the panel so that no hover colour stays in the pictures.
+    void Park() { x->MoveTo(layout.area.x0 + 30, layout.area.y1 - 30); }
+
+    /// How far the balls of two pictures lie apart, in pixels (mean over the four).
+    double Apart(const ClusterLayout& a, const ClusterLayout& b) const
+    {
+        double sum = 0.0;
+        for (std::size_t i = 0; i < 4; ++i)
+            sum += Distance(a.balls[i].centroid, b.balls[i].centroid);
+        return sum / 4.0;
+    }
+
+    /// Orbits the camera with a left drag across the view.
+    void Orbit(double dx)
+    {
+        const Rect area = layout.RenderArea();
+        x->Drag(Button::Left, {area.x0 + 0.5 * area.Width(), area.y0 + 0.5 * area.Height()},
+                {area.x0 + (0.5 + dx) * area.Width(), area.y0 + 0.55 * area.Height()});
+        Park();
+    }
+};
+
+TEST_F(CameraFlight, TwoKeyframesSavedRemovedLoadedAndPlayedFlyTheCameraThroughThem)
+{
+    ASSERT_NO_FATAL_FAILURE(OpenHostWithoutCloudPanel());
+    // Only the built-in panels; the new one comes last.
+    const std::size_t builtIn = FindPanelHeaders(start, layout).size();
+
+    // The video camera button at the left of the sidebar's toolbar.
+    const Rect sidebar = layout.Sidebar();
+    x->Click(Button::Left, sidebar.x0 + 16, sidebar.y0 + 16);
+    Park();
+    const Picture opened =
+        WaitForSettled([&](const Picture& p) { return FindPanelHeaders(p, layout).size() == builtIn + 1; });
+    Keep("panel", opened.Empty() ? Grab() : opened);
+    ASSERT_FALSE(opened.Empty()) << "the camera button opened no panel";
+    const PanelHeader header = FindPanelHeaders(opened, layout).back();
+    const std::vector<Rect> buttons = FindWideButtons(opened, header.rect.y1);
+    // Play, Stop, Add, Remove last, Remove all, Save, Load.
+    ASSERT_EQ(buttons.size(), 7u) << "the panel's buttons were not found";
+    const Rect& play = buttons[0];
+    const Rect& add = buttons[2];
+    const Rect& removeAll = buttons[4];
+    const Rect& save = buttons[5];
+    const Rect& load = buttons[6];
+
+    // The second key frame four seconds after the first: a flight slow enough to watch.
+    const Rect delta = FindEditBox(opened, layout.PanelColumn(), add.y1);
+    ASSERT_GT(delta.Width(), 0) << "no \"Keyframe delta time\" field";
+    x->DoubleClick(Button::Left, delta.x0 + 10, (delta.y0 + delta.y1) / 2);
+    x->Tap("4");
+    x->Tap("Return");
+    Park();
+
+    // First view: as the host framed it.
+    const ClusterLayout first = Measure(opened);
+    ClickCentre(add);
+    Park();
+    // Second view: orbited to the side.
+    Orbit(0.25);
+    const Picture turned = WaitForChange(opened, layout.RenderArea());
+    ASSERT_FALSE(turned.Empty()) << "the drag did not turn the camera";
+    Keep("second-view", turned);
+    const ClusterLayout second = Measure(turned);
+    ASSERT_GT(Apart(first, second), 30.0) << "the two views should differ clearly";
+    ClickCentre(add);
+    Park();
+
+    ClickCentre(save);
+    Park();
+    const fs::path file = WorkingDirectory() / "vexa" / "AnimationSequence01.json";
+    ASSERT_TRUE(WaitUntil([&](const Picture&) { return fs::exists(file); }, 10s).Width() > 0)
+        << "nothing saved to " << file;
+    std::stringstream saved;
+    saved << std::ifstream(file).rdbuf();
+    EXPECT_NE(saved.str().find("\"4.000000\""), std::string::npos) << saved.str();
+
+    // Forgotten: playing now only reports that there is nothing to play.
+    ClickCentre(removeAll);
+    ClickCentre(play);
+    Park();
+    EXPECT_TRUE(WaitForOutput("Can not interpolate to time 0.000000 when no key frames available.", 10s))
+        << Output();
+
+    // A third view, from which the loaded flight must take the camera away.
+    Orbit(-0.3);
+    const Picture elsewhere = WaitForChange(turned, layout.RenderArea());
+    ASSERT_FALSE(elsewhere.Empty());
+    Keep("elsewhere", elsewhere);
+    ASSERT_GT(Apart(Measure(elsewhere), first), 30.0);
+    ASSERT_GT(Apart(Measure(elsewhere), second), 30.0);
+
+    ClickCentre(load);
+    ClickCentre(play);
+    Park();
+    // The flight starts at the first view...
+    const Picture departing =
+        WaitUntil([&](const Picture& p) { return Measure(p).AllVisible(50) && Apart(Measure(p), first) < 6.0; }, 3s);
+    Keep("departing", departing.Empty() ? Grab() : departing);
+    EXPECT_FALSE(departing.Empty()) << "the flight did not start at the first key frame";
+    // ... passes between the two ...
+    const Picture between = WaitUntil(
+        [&](const Picture& p) {
+            const ClusterLayout now = Measure(p);
+            return now.AllVisible(50) && Apart(now, first) > 10.0 && Apart(now, second) > 10.0;
+        },
+        4s);
+    Keep("between", between.Empty() ? Grab() : between);
+    EXPECT_FALSE(between.Empty()) << "the camera jumped instead of flying";
+    // ... and lands on the second.
+    const Picture landed =
+        WaitForSettled([&](const Picture& p) { return Measure(p).AllVisible(50) && Apart(Measure(p), second) < 3.0; },
+                       15s);
+    Keep("landed", landed.Empty() ? Grab() : landed);
+    EXPECT_FALSE(landed.Empty()) << "the flight did not end at the second key frame: "
+                                 << Measure(Grab()).Describe() << "\nexpected " << second.Describe();
+}
+
+} // namespace
+} // namespace e2e

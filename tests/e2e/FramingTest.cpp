@@ -1,0 +1,52 @@
+// Opening a file in the viewer: every point of it is in view, however lopsided the cloud.
+
+#include "ViewerCase.h"
+
+#include <fstream>
+
+namespace e2e {
+namespace {
+
+class Framing : public ViewerCase {};
+
+bool Magenta(Rgb c)
+{
+    return c.r >= 180 && c.b >= 180 && c.g <= 80;
+}
+
+bool Green(Rgb c)
+{
+    return c.g >= 180 && c.r <= 80 && c.b <= 80;
+}
+
+TEST_F(Framing, ALopsidedCloudIsInViewToItsLastPoint)
+{
+    // A dense green blob holds the centre of mass; a thin red column rises ten units from it,
+    // topped by a few magenta points. Framed by its centre and spread, the top would be cut off.
+    const fs::path file = CaseDirectory() / "tall.xyz";
+    {
+        std::ofstream out(file);
+        for (int i = 0; i < 60; ++i)
+            for (int j = 0; j < 60; ++j)
+                out << (i - 30) * 0.01 << ' ' << 0.0 << ' ' << (j - 30) * 0.01 << " 0 255 0\n";
+        for (int i = 0; i < 1000; ++i)
+            out << 0.0 << ' ' << i * 0.0098 << ' ' << 0.0 << " 255 0 0\n";
+        for (int i = 0; i < 5; ++i)
+            out << i * 0.002 << ' ' << 10.0 << ' ' << 0.0 << " 255 0 255\n";
+    }
+    ASSERT_TRUE(LaunchViewer({file.string()}));
+    const Rect window = x->WindowArea();
+    layout.area = {0, 0, window.Width(), window.Height()};
+    const Rect scene = layout.RenderArea();
+    const Picture shown =
+        WaitForSettled([&](const Picture& p) { return FindBlob(p, scene, Green).count > 100; }, 30s);
+    ASSERT_FALSE(shown.Empty()) << "the cloud did not appear";
+    Keep("opened", shown);
+    const Blob top = FindBlob(shown, scene, Magenta, {layout.SidebarToggle()});
+    EXPECT_GT(top.count, 0u) << "the top of the column is not in the visible part of the view";
+    // Not just touching the edge: a margin is left above it.
+    EXPECT_GT(top.centroid.y, scene.y0 + 10.0);
+}
+
+} // namespace
+} // namespace e2e
