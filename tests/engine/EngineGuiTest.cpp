@@ -67,7 +67,9 @@ TEST(EngineGui, TabTogglesTheLayoutChooserOnlyWithShortcutsOn)
     EXPECT_EQ(hostKeys, 2);
 
     CEGUI::Window* chooser = engine.GetLayoutChooser();
+    EXPECT_EQ(chooser->getName(), "over-background");
     EXPECT_EQ(chooser->getProperty("Colour"), "AA000000");
+    EXPECT_TRUE(chooser->isAlwaysOnTop());
     const char* captions[] = {"Single View", "Dual Split", "B Split", "Quad Split"};
     const std::size_t parts[] = {1, 2, 3, 4};
     for (int i = 0; i < 4; ++i)

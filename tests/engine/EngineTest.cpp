@@ -22,6 +22,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <utility>
 
 using engine_test::FreshDirectory;
@@ -411,6 +412,38 @@ public:
 };
 
 } // namespace
+
+TEST(VexaLifecycle, HostCallsThatChangeThePictureDrawTheNextStep)
+{
+    if (!HasDisplay())
+        GTEST_SKIP() << "needs a display";
+    const fs::path state = FreshDirectory("hostredraw");
+    MessageBoxes boxes;
+    vexa::SetAssetDirectory(VEXA_SOURCE_ASSET_DIR);
+    vexa::SetIntermediateDirectory(state.string());
+    ASSERT_TRUE(vexa::Initialize());
+    const vexa::draw::RenderSystem& renderSystem = *vexa::Engine::GetCurrent()->GetRenderSystem();
+    for (int i = 0; i < 5; ++i)
+        vexa::Update();
+    const std::uint64_t idle = renderSystem.GetFrameCount();
+    vexa::Update();
+    ASSERT_EQ(renderSystem.GetFrameCount(), idle) << "optimised rendering draws nothing while idle";
+
+    std::uint64_t expected = idle;
+    for (const auto& change : std::vector<std::function<void()>>{
+             [] { vexa::SetAxesVisible(0, false); },
+             [] { vexa::SetSidebarVisible(0, !vexa::Engine::GetCurrent()->GetViewareas()[0]->IsSidebarVisible()); },
+             [] { vexa::FrameBox({0, 0, 0}, {1, 2, 3}); },
+         })
+    {
+        change();
+        vexa::Update();
+        EXPECT_EQ(renderSystem.GetFrameCount(), ++expected);
+        vexa::Update();
+        EXPECT_EQ(renderSystem.GetFrameCount(), expected) << "one frame per change";
+    }
+    vexa::Terminate();
+}
 
 TEST(Engine, GadgetsHearTheSizeOfTheCanvasTheyAreDrawnIn)
 {
