@@ -288,6 +288,8 @@ bool CanStart(bool alreadyStarted, const std::string& directory, const char* lab
 } // namespace
 
 struct GuiSystem::State : SystemState {
+    /// Time not yet given to the context (see InjectTime).
+    float contextTime = 0.0f;
 };
 
 GuiSystem::GuiSystem() = default;
@@ -531,9 +533,17 @@ void GuiSystem::InjectTime(float seconds)
     if (!state_ || !std::isfinite(seconds) || seconds < 0.0f)
         return;
     Guarded("nubo::GuiSystem::InjectTime", [&] {
-        // The system drives animations, the context tooltips and auto-repeat.
+        // The system drives animations, every step. The context drives tooltips, the caret and
+        // button auto-repeat by walking every window, ten times the cost of polling the
+        // window's events; those timers need no finer steps than a frame at 60 Hz, so a host
+        // that steps the library in a tight loop hands the context its time in such frames.
+        constexpr float kContextStep = 1.0f / 60.0f;
         CEGUI::System::getSingleton().injectTimePulse(seconds);
-        state_->context->injectTimePulse(seconds);
+        state_->contextTime += seconds;
+        if (state_->contextTime >= kContextStep) {
+            state_->context->injectTimePulse(state_->contextTime);
+            state_->contextTime = 0.0f;
+        }
         return true;
     });
 }
