@@ -3,7 +3,7 @@
 #include "core/EngineServices.h"
 #include "core/Viewarea.h"
 #include "gui/GuiGlobalOptions.h"
-#include "gui/GuiResourceInspector.h"
+#include "gui/GuiResourceBrowser.h"
 #include "gui/GuiStylingPanel.h"
 #include "scene/GadgetManager.h"
 

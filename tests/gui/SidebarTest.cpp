@@ -1,7 +1,7 @@
 #include "core/Notifications.h"
 #include "core/Viewarea.h"
 #include "gui/GuiPanel.h"
-#include "gui/GuiResourceInspector.h"
+#include "gui/GuiResourceBrowser.h"
 #include "gui/GuiStylingPanel.h"
 #include "gui/Sidebar.h"
 #include "scene/GadgetManager.h"

@@ -1,4 +1,4 @@
-#include "gui/GuiResourceInspector.h"
+#include "gui/GuiResourceBrowser.h"
 
 #include "core/Notifications.h"
 #include "gui/CeguiText.h"

@@ -7,7 +7,7 @@
 
 #include "BenchEngine.h"
 
-#include "gui/GuiResourceInspector.h"
+#include "gui/GuiResourceBrowser.h"
 
 #include <benchmark/benchmark.h>
 

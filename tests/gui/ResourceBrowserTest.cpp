@@ -1,5 +1,5 @@
 #include "core/Notifications.h"
-#include "gui/GuiResourceInspector.h"
+#include "gui/GuiResourceBrowser.h"
 
 #include "GuiTestSupport.h"
 
