@@ -21,10 +21,16 @@
 #include <vexa/gui/StylingRows.h>
 #include <vexa/modules/CameraAnimGadget.h>
 #include <vexa/modules/CameraAnimResource.h>
+#include <vexa/modules/ColoringChoice.h>
+#include <vexa/modules/ColoringData.h>
 #include <vexa/modules/GeometryGadget.h>
 #include <vexa/modules/GeometryResource.h>
+#include <vexa/modules/MeshGadget.h>
+#include <vexa/modules/MeshResource.h>
 #include <vexa/modules/PointCloudGadget.h>
 #include <vexa/modules/PointCloudResource.h>
+#include <vexa/modules/ScanGadget.h>
+#include <vexa/modules/ScanResource.h>
 
 #include <runa/BasisDefinition.h>
 #include <runa/BinaryStream.h>

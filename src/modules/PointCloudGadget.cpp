@@ -31,33 +31,6 @@ namespace {
 
 constexpr unsigned int kFieldsVersion = 0;
 
-/// A value as a person reads it: at most four decimals and no trailing zeros, so that a
-/// float's 0.30000001 shows as 0.3. Values that four decimals would round to zero, and huge
-/// ones, keep four significant digits with an exponent instead.
-std::string FormatValue(float value)
-{
-    if (std::isnan(value))
-        return "nan";
-    if (std::isinf(value))
-        return value > 0.0f ? "inf" : "-inf";
-    if (value == 0.0f)
-        return "0";
-    const double v = value;
-    const bool fixed = std::abs(v) >= 0.00005 && std::abs(v) < 1e15;
-    std::array<char, 64> buffer{};
-    char* const first = buffer.data();
-    char* const last = first + buffer.size();
-    const std::to_chars_result result = fixed ? std::to_chars(first, last, v, std::chars_format::fixed, 4)
-                                              : std::to_chars(first, last, v, std::chars_format::general, 4);
-    std::string text(first, result.ptr);
-    if (fixed)
-    {
-        text.erase(text.find_last_not_of('0') + 1);
-        if (text.back() == '.')
-            text.pop_back();
-    }
-    return text;
-}
 
 } // namespace
 
@@ -82,10 +55,10 @@ void PointCloudGadget::Initialize()
     {
         colorSource_ = cloud_->GetPreferredColorSource();
         if (colorSource_ == Colors)
-            coloringOption_ = cloud_->GetPreferredColorOption();
+            choice_.coloringOption = cloud_->GetPreferredColorOption();
         else if (colorSource_ == DataMapping)
-            dataOption_ = cloud_->GetPreferredColorOption();
-        colorMap_ = cloud_->GetPreferredColorMap();
+            choice_.dataOption = cloud_->GetPreferredColorOption();
+        choice_.colorMap = cloud_->GetPreferredColorMap();
     }
     ValidateChoices();
     OnColorSourceChange();
@@ -139,36 +112,11 @@ std::string PointCloudGadget::DescribePoint(std::size_t index, const glm::vec3& 
 {
     if (cloud_ == nullptr)
         return {};
-    std::string text = cloud_->GetId().name + " point " + std::to_string(index) + " at (" +
-                       FormatValue(position.x) + ", " + FormatValue(position.y) + ", " +
-                       FormatValue(position.z) + ")";
-    const std::vector<std::string>& colorings = cloud_->GetColoringNames();
-    for (std::size_t set = 0; set < colorings.size(); ++set)
-    {
-        const std::vector<tesk::Color3f>& colors = cloud_->GetColoringOption(set);
-        if (index >= colors.size())
-            continue;
-        const tesk::Color3f& c = colors[index];
-        text += "; " + colorings[set] + " (" + FormatValue(c.r) + ", " + FormatValue(c.g) + ", " +
-                FormatValue(c.b) + ")";
-    }
-    const std::vector<std::string>& datas = cloud_->GetFDataNames();
-    for (std::size_t data = 0; data < datas.size(); ++data)
-    {
-        const std::vector<float>& values = cloud_->GetFDataOption(data).values;
-        if (index < values.size())
-            text += "; " + datas[data] + " " + FormatValue(values[index]);
-    }
-    return text;
-}
-
-float PointCloudGadget::MapParameter(float value, float minimum, float maximum, float correction)
-{
-    const float scale = (maximum - minimum) / correction;
-    // A range of one value (all zeros) or a zero correction has no scale: the low end.
-    if (!(scale > 0.0f))
-        return 0.0f;
-    return std::min((value - minimum) / scale, 1.0f);
+    // The file's own coordinates: what the user will look up in the data.
+    const glm::dvec3 p = glm::dvec3(position) + cloud_->GetOriginOffset();
+    return cloud_->GetId().name + " point " + std::to_string(index) + " at (" + ColoringData::FormatValue(p.x) + ", " +
+           ColoringData::FormatValue(p.y) + ", " + ColoringData::FormatValue(p.z) + ")" +
+           cloud_->GetColoringData().DescribeValues(index);
 }
 
 void PointCloudGadget::OnColorSourceChange()
@@ -195,34 +143,24 @@ void PointCloudGadget::OnColorSourceChange()
 
 void PointCloudGadget::UpdateColors()
 {
-    if (cloud_ == nullptr || !cloud_->IsColoringAvailable())
+    if (cloud_ == nullptr)
         return;
-    const auto index = static_cast<std::size_t>(std::max(coloringOption_, 0));
-    if (index >= cloud_->GetColoringNames().size())
-        return;
-    cloud_->GetRenderer()->SetColors(cloud_->GetColoringOption(index));
-    DrawOnNextUpdate();
+    if (const std::vector<tesk::Color3f>* colors = choice_.SelectedColors(cloud_->GetColoringData()))
+    {
+        cloud_->GetRenderer()->SetColors(*colors);
+        DrawOnNextUpdate();
+    }
 }
 
 void PointCloudGadget::UpdateDataMapping()
 {
-    if (cloud_ == nullptr || !cloud_->HasFloatData())
+    if (cloud_ == nullptr)
         return;
-    const auto index = static_cast<std::size_t>(std::max(dataOption_, 0));
-    if (index >= cloud_->GetFDataNames().size())
-        return;
-    const PointCloudResource::DataRecord& record = cloud_->GetFDataOption(index);
-    std::vector<float> mapping(record.values.size());
-    const float minimum = record.minimum;
-    const float maximum = record.maximum;
-    const float correction = correction_;
-    std::transform(record.values.begin(), record.values.end(), mapping.begin(),
-                   [=](float v) { return MapParameter(v, minimum, maximum, correction); });
-    int map = colorMap_;
-    if (map < 0 || map >= tesk::kColorMapCount)
-        map = static_cast<int>(tesk::ColorMap::GrayScale);
-    cloud_->GetRenderer()->SetColors(tesk::MapValuesToColors(mapping, static_cast<tesk::ColorMap>(map)));
-    DrawOnNextUpdate();
+    if (std::optional<std::vector<tesk::Color3f>> colors = choice_.MapSelectedData(cloud_->GetColoringData()))
+    {
+        cloud_->GetRenderer()->SetColors(std::move(*colors));
+        DrawOnNextUpdate();
+    }
 }
 
 bool PointCloudGadget::FocusCamera(glm::vec3& target, glm::vec3& position) const
@@ -256,30 +194,16 @@ void PointCloudGadget::GenerateGui(GuiGenerator& generator)
     generator.AddSeparator();
     AddGuiColorSource(generator);
 
-    if (gui::Panel* colors = generator.PanelBegin())
-    {
-        colors->SetConditionFunc([this] { return colorSource_ == Colors; });
-        if (gui::Droplist* option = generator.AddDroplist("Coloring Option"))
-            option->AddItemsIndexed(cloud_->GetColoringNames())->SetLink(&coloringOption_)->Subscribe([this](const gui::Droplist*) {
-                UpdateColors();
-            });
-        generator.PanelEnd();
-    }
-    if (gui::Panel* data = generator.PanelBegin())
-    {
-        data->SetConditionFunc([this] { return colorSource_ == DataMapping; });
-        auto remap = [this](const auto*) { UpdateDataMapping(); };
-        if (gui::Droplist* option = generator.AddDroplist("Data"))
-            option->AddItemsIndexed(cloud_->GetFDataNames())->SetLink(&dataOption_)->Subscribe(remap);
-        if (gui::Droplist* map = gui::AddGuiColorMap(generator))
-            map->SetLink(&colorMap_)->Subscribe(remap);
-        // The maximum first: a fresh slider's range ends at 1, which would cap the minimum.
-        if (gui::SlidingFloat* correction = generator.AddSlidingFloat("Correction"))
-            correction->SetMax(10.0f)->SetMin(1.0f)->SetStep(1.0f)->SetLink(&correction_)->Subscribe(remap);
-        generator.PanelEnd();
-    }
+    const ColoringData& data = cloud_->GetColoringData();
+    choice_.AddGuiPanelColoring(
+        generator, data, [this] { return colorSource_ == Colors; }, [this] { UpdateColors(); });
+    choice_.AddGuiPanelFloatMapping(
+        generator, data, "Correction", [this] { return colorSource_ == DataMapping; }, [this] { UpdateDataMapping(); });
     if (cloud_->HasNormals())
+    {
         AddGuiDisplayNormals(generator);
+        AddGuiNormalUse(generator);
+    }
 }
 
 void PointCloudGadget::AddGuiHeader(GuiGenerator& generator)
@@ -302,6 +226,14 @@ void PointCloudGadget::AddGuiHeader(GuiGenerator& generator)
         }
     }
     generator.AddLabel("Approx size: " + size.str() + " " + unit);
+    // Only for data that came shifted (far from the origin): positions shown and picked are
+    // relative to it.
+    if (cloud_->GetOriginOffset() != glm::dvec3(0.0))
+    {
+        const glm::dvec3& offset = cloud_->GetOriginOffset();
+        generator.AddLabel("Offset: " + ColoringData::FormatValue(offset.x) + ", " + ColoringData::FormatValue(offset.y) + ", " +
+                           ColoringData::FormatValue(offset.z));
+    }
 }
 
 void PointCloudGadget::AddGuiColorSource(GuiGenerator& generator)
@@ -332,28 +264,34 @@ void PointCloudGadget::AddGuiDisplayNormals(GuiGenerator& generator)
     }
 }
 
+void PointCloudGadget::AddGuiNormalUse(GuiGenerator& generator)
+{
+    draw::PointCloudStyle* style = style_.get();
+    if (gui::Checkbox* shade = generator.AddCheckbox("Shade colors"))
+        shade->SetLink(&style->shadeColors)->SetConditionFunc([this] {
+            return colorSource_ == Colors || colorSource_ == DataMapping;
+        })->Subscribe([this](const gui::Checkbox*) { DrawOnNextUpdate(); });
+    if (gui::Checkbox* discs = generator.AddCheckbox("Oriented discs"))
+        discs->SetLink(&style->orientedDiscs)->Subscribe([this](const gui::Checkbox*) { DrawOnNextUpdate(); });
+}
+
 void PointCloudGadget::ValidateChoices()
 {
     if (cloud_ == nullptr)
         return;
-    const auto colorings = static_cast<int>(cloud_->GetColoringNames().size());
-    const auto datas = static_cast<int>(cloud_->GetFDataNames().size());
-    if (colorSource_ == Colors && colorings == 0)
+    if (colorSource_ == Colors && !cloud_->IsColoringAvailable())
     {
         colorSource_ = Material;
-        coloringOption_ = 0;
+        choice_.coloringOption = 0;
     }
-    if (coloringOption_ < 0 || coloringOption_ >= colorings)
-        coloringOption_ = 0;
-    if (colorSource_ == DataMapping && datas == 0)
+    if (colorSource_ == DataMapping && !cloud_->HasFloatData())
     {
         colorSource_ = Material;
-        dataOption_ = 0;
+        choice_.dataOption = 0;
     }
-    if (dataOption_ < 0 || dataOption_ >= datas)
-        dataOption_ = 0;
     // Nothing else needs guarding: an unknown colour source draws the material, the mapping
     // takes any correction (its values are clamped, NaN included) and checks its colour map.
+    choice_.Validate(cloud_->GetColoringData());
 }
 
 bool PointCloudGadget::ReadFromStream(std::istream& stream)
@@ -364,17 +302,13 @@ bool PointCloudGadget::ReadFromStream(std::istream& stream)
     runa::BinaryReader reader(stream);
     if (!ReadStyleRecord(stream, style) || !reader.ReadVersion(kFieldsVersion))
         return false;
-    std::uint32_t source = 0, coloring = 0, data = 0, map = 0;
-    float correction = 1.0f;
-    if (!reader.Read(source) || !reader.Read(coloring) || !reader.Read(data) || !reader.Read(correction) ||
-        !reader.Read(map))
+    std::uint32_t source = 0;
+    ColoringChoice choice = choice_;
+    if (!reader.Read(source) || !choice.Read(reader))
         return false;
     *style_ = style;
     colorSource_ = static_cast<int>(source);
-    coloringOption_ = static_cast<int>(coloring);
-    dataOption_ = static_cast<int>(data);
-    correction_ = correction;
-    colorMap_ = static_cast<int>(map);
+    choice_ = choice;
     stateRestored_ = true;
     ValidateChoices();
     return true;
@@ -395,10 +329,7 @@ void PointCloudGadget::WriteToStream(std::ostream& stream) const
     runa::BinaryWriter writer(stream);
     writer.WriteVersion(kFieldsVersion);
     writer.Write(static_cast<std::uint32_t>(colorSource_));
-    writer.Write(static_cast<std::uint32_t>(coloringOption_));
-    writer.Write(static_cast<std::uint32_t>(dataOption_));
-    writer.Write(correction_);
-    writer.Write(static_cast<std::uint32_t>(colorMap_));
+    choice_.Write(writer);
 }
 
 } // namespace vexa::modules

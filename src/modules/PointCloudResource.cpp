@@ -5,8 +5,6 @@
 
 #include <vexa/draw/PointCloudRenderer.h>
 
-#include <runa/HugePages.h>
-
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
@@ -19,19 +17,15 @@ PointCloudResource::PointCloudResource(const std::string& name, const tesk::Poin
     StoreData(cloud);
 }
 
+PointCloudResource::PointCloudResource(const std::string& name, const std::string& type, const tesk::PointCloud& cloud)
+    : Resource(name, type)
+{
+    StoreData(cloud);
+}
+
 std::shared_ptr<Gadget> PointCloudResource::CreateGadget()
 {
     return std::make_shared<PointCloudGadget>(this);
-}
-
-const std::vector<tesk::Color3f>& PointCloudResource::GetColoringOption(std::size_t index) const
-{
-    return coloringOptions_.at(index);
-}
-
-const PointCloudResource::DataRecord& PointCloudResource::GetFDataOption(std::size_t index) const
-{
-    return fdataOptions_.at(index);
 }
 
 std::string PointCloudResource::GetSpaceId() const
@@ -90,42 +84,8 @@ void PointCloudResource::StoreData(const tesk::PointCloud& cloud)
     }
     approxRadius_ = samples > 0 ? static_cast<float>(std::sqrt(squares / static_cast<double>(samples))) : 0.0f;
 
-    coloringNames_.clear();
-    coloringOptions_.clear();
-    fdataNames_.clear();
-    fdataOptions_.clear();
-    for (const tesk::PointProperty& property : cloud.GetProperties())
-    {
-        if (property.GetType() == tesk::PropertyType::Color)
-        {
-            const std::span<const tesk::Color3f> colors = property.GetColors().first(std::min(property.Size(), count));
-            coloringNames_.push_back(property.GetName());
-            std::vector<tesk::Color3f>& copy = coloringOptions_.emplace_back();
-            // Ten million colours are 120 MB of fresh memory: fault it in huge pages.
-            runa::ReserveFresh(copy, colors.size());
-            copy.assign(colors.begin(), colors.end());
-        }
-        else if (property.GetType() == tesk::PropertyType::Float)
-        {
-            const std::span<const float> values = property.GetFloats().first(std::min(property.Size(), count));
-            DataRecord record;
-            runa::ReserveFresh(record.values, values.size());
-            record.values.assign(values.begin(), values.end());
-            // Both ends start at 0, so the range always includes it. NaNs and infinities
-            // stay out of it (they would make every other value map to one colour).
-            for (float v : record.values)
-            {
-                if (!std::isfinite(v))
-                    continue;
-                if (v < record.minimum)
-                    record.minimum = v;
-                if (v > record.maximum)
-                    record.maximum = v;
-            }
-            fdataNames_.push_back(property.GetName());
-            fdataOptions_.push_back(std::move(record));
-        }
-    }
+    originOffset_ = cloud.GetOriginOffset();
+    coloring_.Store(cloud, count);
 }
 
 std::shared_ptr<PointCloudResource> AddPointCloud(const std::string& name, const tesk::PointCloud& cloud)

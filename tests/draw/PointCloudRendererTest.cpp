@@ -226,14 +226,29 @@ TEST_F(PointCloudGlTest, NormalsColourLightAndCullThePoints)
     // Ambient 0.25 plus half the light head-on: 0.75 of white, on both sides (two-sided).
     EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), Rgba{191, 191, 191, 255}, 4));
     EXPECT_TRUE(Looks(pixels.At(kRightX, kMidY), Rgba{191, 191, 191, 255}, 4));
+
+    // Per-point colours are data: the same light leaves them as they are, unless asked.
+    ASSERT_TRUE(renderer->SetColors(std::vector<tesk::Color3f>(2, tesk::Color3f(1.0f, 1.0f, 1.0f))));
+    style->colorMode = ColorMode::PerPoint;
+    pixels = Draw();
+    EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), Rgba{255, 255, 255, 255}, 4));
+    style->shadeColors = true;
+    pixels = Draw();
+    EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), Rgba{191, 191, 191, 255}, 4));
 }
 
 TEST_F(PointCloudGlTest, NormalLinesAndOrientedDiscs)
 {
-    // A point whose normal points right (+X) shows as a thin disc seen edge-on, and its normal
-    // line runs to the right.
+    // A point whose normal points right (+X) stays round unless discs are oriented; then it
+    // shows as a thin disc seen edge-on. Its normal line runs to the right.
     auto renderer = std::make_shared<PointCloudRenderer>(MakeCloud({kLeft}, {{1, 0, 0}}));
     auto style = FlatStyle();
+    const int handle = scene_->AddInstance(renderer, style);
+    ASSERT_GT(handle, 0);
+    style->material.color = {1.0f, 0.0f, 0.0f};
+    const int round = Draw().Count(IsRed);
+    ASSERT_TRUE(scene_->RemoveInstance(handle));
+    style->orientedDiscs = true;
     style->material.color = {1.0f, 0.0f, 0.0f};
     style->color = {0.0f, 1.0f, 0.0f};
     style->normalLength = 1.0f;
@@ -245,6 +260,7 @@ TEST_F(PointCloudGlTest, NormalLinesAndOrientedDiscs)
     EXPECT_GT(edgeOn, 0);
     EXPECT_TRUE(IsBackground(pixels.At(kLeftX + 4, kMidY))) << "the disc is narrow across";
     EXPECT_TRUE(IsRed(pixels.At(kLeftX, kMidY - 4))) << "and full height";
+    EXPECT_GT(round, edgeOn * 2);
 
     style->showNormals = true;
     pixels = Draw();

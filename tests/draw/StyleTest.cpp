@@ -44,6 +44,12 @@ namespace {
 template <class T>
 struct Trait;
 
+/// The block version every style writes; types that moved on say so in their trait.
+template <class T>
+constexpr char kWrittenVersion = 1;
+template <>
+constexpr char kWrittenVersion<PointCloudStyle> = 2;
+
 template <>
 struct Trait<Material> {
     static constexpr std::size_t kBytes = 4 + 5 * 4 + 2;
@@ -106,9 +112,11 @@ struct Trait<GeometryStyle> {
 
 template <>
 struct Trait<PointCloudStyle> {
-    static constexpr std::size_t kBytes = 4 + 4 + 1 + 4 + 1 + 1 + 4 + Trait<Material>::kBytes + 13;
+    static constexpr std::size_t kBytes = 4 + 4 + 1 + 4 + 1 + 1 + 4 + Trait<Material>::kBytes + 13 + 2;
     static void Edit(PointCloudStyle& s)
     {
+        s.shadeColors = true;
+        s.orientedDiscs = true;
         s.pointSize = 7.0f;
         s.cullBackFacing = true;
         s.colorMode = ColorMode::Normals;
@@ -121,7 +129,7 @@ struct Trait<PointCloudStyle> {
     static auto Fields(const PointCloudStyle& s)
     {
         return std::tie(s.pointSize, s.cullBackFacing, s.colorMode, s.useNormals, s.showNormals,
-                        s.normalLength, s.material, s.visible, s.color);
+                        s.normalLength, s.material, s.visible, s.color, s.shadeColors, s.orientedDiscs);
     }
     // Points have no UVs, so a texture colour mode cannot be drawn.
     static bool Spoil(PointCloudStyle& s) { return s.colorMode = ColorMode::Texture, true; }
@@ -252,7 +260,7 @@ TYPED_TEST_SUITE(StyleStreamTest, StyleTypes);
 
 } // namespace
 
-TYPED_TEST(StyleStreamTest, EveryFieldRoundTripsFromAVersionOneBlock)
+TYPED_TEST(StyleStreamTest, EveryFieldRoundTrips)
 {
     using T = TypeParam;
     const T defaults;
@@ -263,7 +271,7 @@ TYPED_TEST(StyleStreamTest, EveryFieldRoundTripsFromAVersionOneBlock)
     const std::string bytes = Serialize(edited);
     EXPECT_EQ(bytes.size(), Trait<T>::kBytes);
     ASSERT_GE(bytes.size(), 4u);
-    EXPECT_EQ(bytes.substr(0, 4), std::string("\x01\x00\x00\x00", 4));
+    EXPECT_EQ(bytes.substr(0, 4), std::string({kWrittenVersion<T>, 0, 0, 0}));
 
     T read;
     std::istringstream in(bytes);
@@ -295,13 +303,29 @@ TYPED_TEST(StyleStreamTest, DamagedBlocksChangeNothing)
         expectRefused(bytes.substr(0, size), "cut at " + std::to_string(size));
 
     std::string otherVersion = bytes;
-    otherVersion[0] = 2;
-    expectRefused(otherVersion, "version 2");
+    otherVersion[0] = 3;
+    expectRefused(otherVersion, "version 3");
 
     T spoilt = edited;
     if (Trait<T>::Spoil(spoilt))
         expectRefused(Serialize(spoilt), "a value that cannot be drawn");
     EXPECT_FALSE(log.messages.empty());
+}
+
+TEST(StyleTest, APointCloudBlockOfVersionOneKeepsTheNewerFields)
+{
+    PointCloudStyle written;
+    written.pointSize = 9.0f;
+    std::string bytes = Serialize(written);
+    bytes[0] = 1;
+    bytes.resize(bytes.size() - 2); // version 1 ended at the colour
+    PointCloudStyle read;
+    read.orientedDiscs = true;
+    std::istringstream in(bytes);
+    ASSERT_TRUE(read.ReadFromStream(in));
+    EXPECT_FLOAT_EQ(read.pointSize, 9.0f);
+    EXPECT_TRUE(read.orientedDiscs);
+    EXPECT_EQ(in.peek(), std::char_traits<char>::eof());
 }
 
 TEST(StyleTest, TheBaseBlockLeavesTheTransformToTheOwner)

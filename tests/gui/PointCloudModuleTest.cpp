@@ -3,6 +3,7 @@
 #include "scene/GadgetManager.h"
 
 #include <vexa/GuiGenerator.h>
+#include <vexa/modules/ColoringChoice.h>
 #include <vexa/modules/PointCloudGadget.h>
 #include <vexa/modules/PointCloudResource.h>
 
@@ -33,6 +34,7 @@
 
 namespace {
 
+using vexa::modules::ColoringChoice;
 using vexa::modules::PointCloudGadget;
 using vexa::modules::PointCloudResource;
 
@@ -123,11 +125,11 @@ TEST(PointCloudResource, CopiesColourSetsAndFloatDataWithRangesThatIncludeZero)
 
 TEST(PointCloudGadget, DataMappingScalesByTheCorrectionAndSaturates)
 {
-    EXPECT_FLOAT_EQ(PointCloudGadget::MapParameter(5.0f, 0.0f, 10.0f, 1.0f), 0.5f);
-    EXPECT_FLOAT_EQ(PointCloudGadget::MapParameter(2.0f, 0.0f, 10.0f, 4.0f), 0.8f);
-    EXPECT_FLOAT_EQ(PointCloudGadget::MapParameter(5.0f, 0.0f, 10.0f, 4.0f), 1.0f);
-    EXPECT_FLOAT_EQ(PointCloudGadget::MapParameter(-1.0f, -3.0f, 0.0f, 1.0f), 2.0f / 3.0f);
-    EXPECT_FLOAT_EQ(PointCloudGadget::MapParameter(0.0f, 0.0f, 0.0f, 1.0f), 0.0f) << "no range, no division by zero";
+    EXPECT_FLOAT_EQ(ColoringChoice::MapParameter(5.0f, 0.0f, 10.0f, 1.0f), 0.5f);
+    EXPECT_FLOAT_EQ(ColoringChoice::MapParameter(2.0f, 0.0f, 10.0f, 4.0f), 0.8f);
+    EXPECT_FLOAT_EQ(ColoringChoice::MapParameter(5.0f, 0.0f, 10.0f, 4.0f), 1.0f);
+    EXPECT_FLOAT_EQ(ColoringChoice::MapParameter(-1.0f, -3.0f, 0.0f, 1.0f), 2.0f / 3.0f);
+    EXPECT_FLOAT_EQ(ColoringChoice::MapParameter(0.0f, 0.0f, 0.0f, 1.0f), 0.0f) << "no range, no division by zero";
 
     testing_support::FakeEngine engine;
     auto resource = std::make_shared<PointCloudResource>("rich", RichCloud());

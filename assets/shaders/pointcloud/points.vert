@@ -19,6 +19,9 @@ uniform bool uCullBackFacing;
 uniform bool uHasColors;
 // 0 material, 3 per-point colour, 4 normals.
 uniform int uColorMode;
+// Per-point colours are data: they stay as they are unless the user asks for shading.
+uniform bool uShadeColors;
+uniform bool uOrientedDiscs;
 
 uniform vec3 uBaseColor;
 uniform float uSpecular;
@@ -90,17 +93,21 @@ void main()
 
     vec3 outward = SafeNormalize(normal, toEye);
     vec3 color = uBaseColor;
-    if (uColorMode == 4 && uHasNormals)
+    bool shade = uHasNormals && uUseLighting;
+    if (uColorMode == 4 && uHasNormals) {
         color = 0.5 + 0.5 * outward;
-    else if (uColorMode == 3 && uHasColors)
+        shade = false;
+    } else if (uColorMode == 3 && uHasColors) {
         color = inColor;
-    if (uHasNormals && uUseLighting && uColorMode != 4) {
+        shade = shade && uShadeColors;
+    }
+    if (shade) {
         // Two-sided: a point seen from behind is lit like its front.
         color = Shade(color, dot(outward, toEye) < 0.0 ? -outward : outward, toEye);
     }
     vOut.color = color;
 
-    if (oriented) {
+    if (oriented && uOrientedDiscs) {
         vec3 n = normalize(mat3(uView) * normal);
         vOut.tilt = n.xy / max(abs(n.z), kMinDiscAspect);
     }

@@ -9,6 +9,7 @@
 
 #include <vexa/Export.h>
 #include <vexa/Gadget.h>
+#include <vexa/modules/ColoringChoice.h>
 
 #include <vexa/draw/PointCloudStyle.h>
 
@@ -52,20 +53,15 @@ public:
 
     const std::shared_ptr<draw::PointCloudStyle>& GetStyle() const { return style_; }
     int GetColorSource() const { return colorSource_; }
-    int GetColoringOption() const { return coloringOption_; }
-    int GetDataOption() const { return dataOption_; }
-    float GetCorrection() const { return correction_; }
-    int GetColorMap() const { return colorMap_; }
+    int GetColoringOption() const { return choice_.coloringOption; }
+    int GetDataOption() const { return choice_.dataOption; }
+    float GetCorrection() const { return choice_.correction; }
+    int GetColorMap() const { return choice_.colorMap; }
     void SetColorSource(int source) { colorSource_ = source; }
-    void SetColoringOption(int option) { coloringOption_ = option; }
-    void SetDataOption(int option) { dataOption_ = option; }
-    void SetCorrection(float correction) { correction_ = correction; }
-    void SetColorMap(int map) { colorMap_ = map; }
-
-    /// The data mapping's parameter of one value: (value - minimum) / ((maximum - minimum) /
-    /// correction), capped at 1. A correction above 1 spreads the low values over the whole
-    /// map and saturates the rest.
-    static float MapParameter(float value, float minimum, float maximum, float correction);
+    void SetColoringOption(int option) { choice_.coloringOption = option; }
+    void SetDataOption(int option) { choice_.dataOption = option; }
+    void SetCorrection(float correction) { choice_.correction = correction; }
+    void SetColorMap(int map) { choice_.colorMap = map; }
 
 protected:
     bool ReadFromStream(std::istream& stream) override;
@@ -75,6 +71,8 @@ private:
     void AddGuiHeader(GuiGenerator& generator);
     void AddGuiColorSource(GuiGenerator& generator);
     void AddGuiDisplayNormals(GuiGenerator& generator);
+    /// Shading of per-point colours and oriented discs, for clouds with normals.
+    void AddGuiNormalUse(GuiGenerator& generator);
     /// Replaces choices the resource cannot honour by the material colour.
     void ValidateChoices();
     /// Whether the cloud's instance is in the view area's scene and not hidden.
@@ -83,10 +81,7 @@ private:
     const PointCloudResource* cloud_;
     std::shared_ptr<draw::PointCloudStyle> style_;
     int colorSource_ = Material;
-    int coloringOption_ = 0;
-    int dataOption_ = 0;
-    float correction_ = 1.0f;
-    int colorMap_ = static_cast<int>(tesk::ColorMap::GrayScale);
+    ColoringChoice choice_;
     bool stateRestored_ = false;
     int instance_ = 0;
     /// The normals flags (use, show) as the user left them, written to the state file even

@@ -5,12 +5,14 @@
 
 #include <vexa/Export.h>
 #include <vexa/Resource.h>
+#include <vexa/modules/ColoringData.h>
 
 #include <tesk/Color.h>
 #include <tesk/PointCloud.h>
 
 #include <runa/SpaceDefinition.h>
 
+#include <glm/ext/vector_double3.hpp>
 #include <glm/vec3.hpp>
 
 #include <cstdint>
@@ -33,13 +35,8 @@ namespace vexa::modules {
 #endif
 class VEXA_API PointCloudResource : public Resource {
 public:
-    /// One float property of the cloud with its range. The range always includes 0 (both ends
-    /// start there), so a data mapping shows values relative to zero, not to their minimum.
-    struct DataRecord {
-        std::vector<float> values;
-        float minimum = 0.0f;
-        float maximum = 0.0f;
-    };
+    /// One float property of the cloud with its range (see ColoringData).
+    using DataRecord = ColoringData::DataRecord;
 #if defined(__GNUC__)
 #pragma GCC diagnostic pop
 #endif
@@ -54,14 +51,20 @@ public:
     /// Root-mean-square distance of (a sample of) the points from their centre of mass.
     float GetApproxRadius() const { return approxRadius_; }
     bool HasNormals() const { return hasNormals_; }
-    bool HasFloatData() const { return !fdataNames_.empty(); }
-    bool IsColoringAvailable() const { return !coloringNames_.empty(); }
-    const std::vector<std::string>& GetColoringNames() const { return coloringNames_; }
-    const std::vector<std::string>& GetFDataNames() const { return fdataNames_; }
+    bool HasFloatData() const { return coloring_.HasFloatData(); }
+    bool IsColoringAvailable() const { return coloring_.IsColoringAvailable(); }
+    const std::vector<std::string>& GetColoringNames() const { return coloring_.GetColoringNames(); }
+    const std::vector<std::string>& GetFDataNames() const { return coloring_.GetFDataNames(); }
     /// Throws std::out_of_range past the end.
-    const std::vector<tesk::Color3f>& GetColoringOption(std::size_t index) const;
+    const std::vector<tesk::Color3f>& GetColoringOption(std::size_t index) const
+    {
+        return coloring_.GetColoringOption(index);
+    }
     /// Throws std::out_of_range past the end.
-    const DataRecord& GetFDataOption(std::size_t index) const;
+    const DataRecord& GetFDataOption(std::size_t index) const { return coloring_.GetFDataOption(index); }
+    const ColoringData& GetColoringData() const { return coloring_; }
+    /// What was subtracted from the file's coordinates (tesk::PointCloud::GetOriginOffset).
+    const glm::dvec3& GetOriginOffset() const { return originOffset_; }
     const std::optional<runa::SpaceDefinition>& GetSpace() const { return space_; }
     /// The space's name, "N/A" without one.
     std::string GetSpaceId() const;
@@ -80,6 +83,9 @@ public:
     static std::size_t SampleStep(std::size_t pointCount);
 
 protected:
+    /// For derived resources with a type text of their own (a scan is a point cloud too).
+    PointCloudResource(const std::string& name, const std::string& type, const tesk::PointCloud& cloud);
+
     /// Takes everything from `cloud` anew (also to replace the data of a listed resource).
     void StoreData(const tesk::PointCloud& cloud);
 
@@ -90,10 +96,8 @@ private:
     bool hasNormals_ = false;
     glm::vec3 centerOfMass_{0.0f};
     float approxRadius_ = 0.0f;
-    std::vector<std::string> coloringNames_;
-    std::vector<std::vector<tesk::Color3f>> coloringOptions_;
-    std::vector<std::string> fdataNames_;
-    std::vector<DataRecord> fdataOptions_;
+    glm::dvec3 originOffset_{0.0};
+    ColoringData coloring_;
     int preferredSource_ = 0;
     int preferredOption_ = 0;
     int preferredColorMap_ = 5;

@@ -129,7 +129,8 @@ std::unique_ptr<plor::OwnedBytes> CopyBytes(std::span<const std::byte> bytes)
 
 struct PointUniforms {
     unsigned int program = 0;
-    GLint pointSize = -1, hasNormals = -1, cullBackFacing = -1, hasColors = -1, colorMode = -1;
+    GLint pointSize = -1, hasNormals = -1, cullBackFacing = -1, hasColors = -1, colorMode = -1, shadeColors = -1,
+          orientedDiscs = -1;
     TransformUniforms transform;
     LightingUniforms lighting;
 
@@ -144,6 +145,8 @@ struct PointUniforms {
         cullBackFacing = p.GetUniformLocation("uCullBackFacing");
         hasColors = p.GetUniformLocation("uHasColors");
         colorMode = p.GetUniformLocation("uColorMode");
+        shadeColors = p.GetUniformLocation("uShadeColors");
+        orientedDiscs = p.GetUniformLocation("uOrientedDiscs");
         lighting.Refresh(p);
     }
 };
@@ -312,6 +315,8 @@ void PointCloudRenderer::Render(const RenderContext& context, const Style& baseS
         glUniform1i(u.cullBackFacing, style.cullBackFacing ? 1 : 0);
         glUniform1i(u.hasColors, hasColors_ ? 1 : 0);
         glUniform1i(u.colorMode, style.colorMode);
+        glUniform1i(u.shadeColors, style.shadeColors ? 1 : 0);
+        glUniform1i(u.orientedDiscs, style.orientedDiscs ? 1 : 0);
         u.lighting.Upload(context, style.material);
 
         glEnable(GL_PROGRAM_POINT_SIZE);

@@ -11,7 +11,7 @@ namespace vexa::draw {
 
 namespace {
 
-constexpr std::uint32_t kStreamVersion = 1;
+constexpr std::uint32_t kStreamVersion = 2;
 constexpr const char* kReadLabel = "vexa::draw::PointCloudStyle::ReadFromStream";
 
 bool IsPointColorMode(int mode)
@@ -39,6 +39,8 @@ void PointCloudStyle::WriteToStream(std::ostream& out) const
     material.WriteToStream(out);
     writer.Write(visible);
     writer.Write(color.r).Write(color.g).Write(color.b);
+    writer.Write(shadeColors);
+    writer.Write(orientedDiscs);
 }
 
 bool PointCloudStyle::ReadFromStream(std::istream& in)
@@ -47,7 +49,7 @@ bool PointCloudStyle::ReadFromStream(std::istream& in)
     std::uint32_t version = 0;
     if (!reader.Read(version))
         return false;
-    if (version != kStreamVersion) {
+    if (version != 1 && version != kStreamVersion) {
         rlog::Warn("Unknown point cloud style version " + std::to_string(version) + " (expected " +
                        std::to_string(kStreamVersion) + "); keeping the current values",
                    kReadLabel);
@@ -64,6 +66,8 @@ bool PointCloudStyle::ReadFromStream(std::istream& in)
         return false;
     if (!reader.Read(read.visible) || !reader.Read(read.color.r) || !reader.Read(read.color.g) ||
         !reader.Read(read.color.b))
+        return false;
+    if (version >= 2 && (!reader.Read(read.shadeColors) || !reader.Read(read.orientedDiscs)))
         return false;
 
     read.colorMode = mode;

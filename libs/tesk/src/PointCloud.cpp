@@ -96,6 +96,7 @@ void PointCloud::Clear()
     normals_.clear();
     properties_.clear();
     space_.reset();
+    originOffset_ = glm::dvec3(0.0);
 }
 
 bool PointCloud::CheckLength(std::size_t length, std::string_view what, const char* label) const

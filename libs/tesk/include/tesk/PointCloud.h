@@ -16,6 +16,7 @@
 
 #include <glm/vec2.hpp>
 #include <glm/vec3.hpp>
+#include <glm/ext/vector_double3.hpp>
 
 #include <cstddef>
 #include <optional>
@@ -51,7 +52,7 @@ public:
     void AddPoint(const glm::vec3& position);
     /// Reserves room for `count` points in every array, for hosts that add points one by one.
     void Reserve(std::size_t count);
-    /// Removes every point, normal, property and the space.
+    /// Removes every point, normal, property, the space and the origin offset.
     void Clear();
 
     std::size_t Size() const { return positions_.size(); }
@@ -122,6 +123,16 @@ public:
     void SetSpace(const runa::SpaceDefinition& space) { space_ = space; }
     void ClearSpace() { space_.reset(); }
 
+    // ---- origin offset ----
+    // Positions are floats, which keep about seven digits: georeferenced data (coordinates of
+    // a million metres) would lose everything below a decimetre. Whoever reads such data
+    // subtracts one offset from every point first and records it here, so that the true
+    // coordinates are position + offset. Zero for data near the origin.
+
+    const glm::dvec3& GetOriginOffset() const { return originOffset_; }
+    void SetOriginOffset(const glm::dvec3& offset) { originOffset_ = offset; }
+    bool HasOriginOffset() const { return originOffset_ != glm::dvec3(0.0); }
+
     // ---- queries ----
 
     /// Box around every point whose three coordinates are finite; an empty box (IsEmpty())
@@ -140,6 +151,7 @@ private:
     std::vector<glm::vec3> normals_;
     std::vector<PointProperty> properties_;
     std::optional<runa::SpaceDefinition> space_;
+    glm::dvec3 originOffset_{0.0};
 };
 
 } // namespace tesk

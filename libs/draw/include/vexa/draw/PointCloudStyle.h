@@ -36,11 +36,19 @@ public:
     /// in the inherited `color`.
     bool showNormals = false;
     float normalLength = kDefaultNormalLength;
+    /// Whether lighting also shades per-point colours. Off by default: those colours are the
+    /// data (a scanner's colours, a data mapping), and shading would darken every point that
+    /// faces away from the lights until the values cannot be read.
+    bool shadeColors = false;
+    /// Draws points that have normals as discs turned with their normal. Off by default,
+    /// because discs seen edge-on thin out to a line; every point is then round.
+    bool orientedDiscs = false;
 
-    /// Version 1: point size, culling, colour mode, normals flag, normal display and length,
-    /// the material's own block, then visibility and colour.
+    /// Version 2: point size, culling, colour mode, normals flag, normal display and length,
+    /// the material's own block, visibility, colour, then colour shading and oriented discs.
     void WriteToStream(std::ostream& out) const override;
-    /// Reads a whole block or nothing: a truncated block, an unknown version or colour mode,
+    /// Reads a whole block or nothing (version 1, which ends at the colour, keeps the last
+    /// two fields as they are): a truncated block, an unknown version or colour mode,
     /// or a size that is not a positive number leaves the style unchanged (logged).
     bool ReadFromStream(std::istream& in) override;
 };

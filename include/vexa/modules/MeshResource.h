@@ -1,0 +1,114 @@
+#pragma once
+// A triangle mesh as the viewer keeps it: the renderer (vertex arrays on the GPU after the
+// first frame), the counts, material and centre the panel and camera need, and copies of the
+// per-vertex colour sets and float data that gadgets turn into colours on demand.
+
+#include <vexa/Export.h>
+#include <vexa/Resource.h>
+#include <vexa/modules/ColoringData.h>
+
+#include <tesk/MaterialModel.h>
+#include <tesk/Mesh.h>
+
+#include <runa/SpaceDefinition.h>
+
+#include <glm/ext/vector_double3.hpp>
+#include <glm/vec3.hpp>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vexa::draw {
+class MeshRenderer;
+}
+
+namespace vexa::modules {
+
+// Resources are destroyed through shared pointers of their concrete type (see Resource.h),
+// so the public non-virtual destructor is safe; keep hosts' -Wnon-virtual-dtor quiet about it.
+#if defined(__GNUC__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+#endif
+class VEXA_API MeshResource : public Resource {
+public:
+    using DataRecord = ColoringData::DataRecord;
+
+    /// Shows `mesh` under `name`; resource type "MeshResource".
+    MeshResource(const std::string& name, const tesk::Mesh& mesh);
+
+    std::shared_ptr<Gadget> CreateGadget() override;
+
+    const std::shared_ptr<draw::MeshRenderer>& GetRenderer() const { return renderer_; }
+    std::uint32_t GetPointCount() const { return pointCount_; }
+    std::uint32_t GetFaceCount() const { return faceCount_; }
+    const std::optional<tesk::MaterialModel>& GetMaterial() const { return material_; }
+    /// The vertices carry texture coordinates.
+    bool IsUvMappingAvailable() const { return uvMappingAvailable_; }
+    /// A deliberately coarse centre (see CalculateCenterOfMass).
+    const glm::vec3& GetCenterOfMass() const { return centerOfMass_; }
+    /// Where focusing puts the eye: the centre plus (1, 1, 1).
+    const glm::vec3& GetCameraPos() const { return cameraPos_; }
+
+    bool IsColoringAvailable() const { return coloring_.IsColoringAvailable(); }
+    bool IsFDataAvailable() const { return coloring_.HasFloatData(); }
+    const std::vector<std::string>& GetColoringNames() const { return coloring_.GetColoringNames(); }
+    const std::vector<std::string>& GetFDataNames() const { return coloring_.GetFDataNames(); }
+    /// Throws std::out_of_range past the end.
+    const std::vector<tesk::Color3f>& GetColoringOption(std::size_t index) const
+    {
+        return coloring_.GetColoringOption(index);
+    }
+    /// Throws std::out_of_range past the end.
+    const DataRecord& GetFDataOption(std::size_t index) const { return coloring_.GetFDataOption(index); }
+    const ColoringData& GetColoringData() const { return coloring_; }
+
+    const std::optional<runa::SpaceDefinition>& GetSpace() const { return space_; }
+    /// The space's name, "N/A" without one.
+    std::string GetSpaceId() const;
+    /// What was subtracted from the file's coordinates (tesk::PointCloud::GetOriginOffset).
+    const glm::dvec3& GetOriginOffset() const { return originOffset_; }
+
+    /// How a view area's gadget starts colouring this mesh (a MeshGadget::ColorSource and the
+    /// colour set or data index it uses); the gadget keeps no colouring in its state file.
+    void SetPreferredColorSource(int source, int option = 0, int colorMap = 5);
+    int GetPreferredColorSource() const { return preferredSource_; }
+    int GetPreferredColorOption() const { return preferredOption_; }
+    int GetPreferredColorMap() const { return preferredColorMap_; }
+
+    /// The sum of vertices 0, 10, 20, ... divided by (vertex count / 10) in whole numbers:
+    /// cheap for any size, and as coarse as intended; fewer than ten vertices divide by zero
+    /// and give a non-finite centre (which the camera refuses to look at).
+    static glm::vec3 CalculateCenterOfMass(const tesk::Mesh& mesh);
+
+protected:
+    /// Takes everything from `mesh` anew.
+    void StoreNeededData(const tesk::Mesh& mesh);
+
+private:
+    std::shared_ptr<draw::MeshRenderer> renderer_;
+    std::uint32_t pointCount_ = 0;
+    std::uint32_t faceCount_ = 0;
+    std::optional<tesk::MaterialModel> material_;
+    bool uvMappingAvailable_ = false;
+    glm::vec3 centerOfMass_{0.0f};
+    glm::vec3 cameraPos_{1.0f};
+    std::optional<runa::SpaceDefinition> space_;
+    glm::dvec3 originOffset_{0.0};
+    ColoringData coloring_;
+    int preferredSource_ = 0;
+    int preferredOption_ = 0;
+    int preferredColorMap_ = 5;
+};
+#if defined(__GNUC__)
+#pragma GCC diagnostic pop
+#endif
+
+/// Makes a resource of `mesh` under `name` and, when the library is running, shows it (or
+/// replaces the listed one with that name).
+VEXA_API std::shared_ptr<MeshResource> AddMesh(const std::string& name, const tesk::Mesh& mesh);
+
+} // namespace vexa::modules
