@@ -2,7 +2,9 @@
 // The built-in scene of `vexa-viewer --demo`: something to look at and to try every control on
 // before opening one's own files.
 
+#include <tesk/Mesh.h>
 #include <tesk/PointCloud.h>
+#include <tesk/Scan.h>
 
 #include <cstddef>
 
@@ -17,11 +19,18 @@ tesk::PointCloud MakeTerrain(std::size_t side);
 /// "Radius".
 tesk::PointCloud MakeSpiral(std::size_t count);
 
-/// `count` points spread evenly over a sphere of radius 0.8, with outward normals.
-tesk::PointCloud MakeSphere(std::size_t count);
+/// A tube along a trefoil knot (`segments` rings of `sides` vertices), with vertex normals
+/// and the float data "Curve" (position along the knot, 0..1) and "Depth" (distance below
+/// the knot's upper side).
+tesk::Mesh MakeKnot(std::size_t segments, std::size_t sides);
 
-/// Shows the demo clouds and a torus (for the two view areas of the demo look) and frames
-/// them.
+/// What a depth camera `side` x `side` pixels wide sees of a bumpy bowl: one point per pixel
+/// with the scanner's colour "RGB" and the float data "Range", and the camera placed above
+/// and in front of it, looking at it.
+tesk::Scan MakeBowlScan(std::size_t side);
+
+/// Shows the demo content for the three view areas of the demo look (clouds; a mesh; a scan
+/// with its camera) and frames the first.
 void ShowDemoScene();
 
 } // namespace vexa::viewer

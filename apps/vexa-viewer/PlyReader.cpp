@@ -1,19 +1,22 @@
 #include "PlyReader.h"
 
+#include "CoordinateShift.h"
 #include "FileBytes.h"
-#include <runa/HugePages.h>
+#include "MeshReading.h"
 #include "TextScan.h"
 
+#include <runa/HugePages.h>
 #include <runa/rlog.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <new>
+#include <limits>
 #include <optional>
-#include <stdexcept>
+#include <span>
 #include <vector>
 
 namespace vexa::viewer {
@@ -228,11 +231,11 @@ bool ParseHeader(std::string_view bytes, PlyHeader& header, std::string& message
 // What each vertex property becomes
 // ---------------------------------------------------------------------------------------------
 
-enum class Role : std::uint8_t { Ignore, Position, Normal, Color, Extra };
+enum class Role : std::uint8_t { Ignore, Position, Normal, Color, UV, Extra };
 
 struct PropertyRole {
     Role role = Role::Ignore;
-    std::uint8_t component = 0; // x y z or r g b
+    std::uint8_t component = 0; // x y z, r g b or u v
     std::size_t extraIndex = 0;
 };
 
@@ -240,6 +243,7 @@ struct VertexLayout {
     std::vector<PropertyRole> roles; // one per vertex property
     bool hasNormals = false;
     bool hasColors = false;
+    bool hasUVs = false;
     std::vector<std::string> extraNames;
 };
 
@@ -284,18 +288,25 @@ bool MapVertexProperties(const PlyElement& vertex, VertexLayout& layout, std::st
         layout.roles[*index] = {Role::Position, c, 0};
     }
 
-    const auto assignTriple = [&](const std::array<std::string_view, 3>& names, Role role) {
+    // Every name in `names` must be a free scalar for the group to count.
+    const auto assignGroup = [&](std::span<const std::string_view> names, Role role) {
         std::array<std::optional<std::size_t>, 3> found;
-        for (std::size_t c = 0; c < 3; ++c) {
+        for (std::size_t c = 0; c < names.size(); ++c) {
             found[c] = FindScalar(vertex, names[c]);
             if (!found[c] || layout.roles[*found[c]].role != Role::Ignore)
                 return false;
         }
-        for (std::uint8_t c = 0; c < 3; ++c)
-            layout.roles[*found[c]] = {role, c, 0};
+        for (std::size_t c = 0; c < names.size(); ++c)
+            layout.roles[*found[c]] = {role, static_cast<std::uint8_t>(c), 0};
         return true;
     };
-    layout.hasNormals = assignTriple({"nx", "ny", "nz"}, Role::Normal);
+    static constexpr std::array<std::array<std::string_view, 3>, 2> NormalNames = {{
+        {"nx", "ny", "nz"},
+        {"normal_x", "normal_y", "normal_z"},
+    }};
+    for (const auto& names : NormalNames)
+        if (!layout.hasNormals)
+            layout.hasNormals = assignGroup(names, Role::Normal);
 
     static constexpr std::array<std::array<std::string_view, 4>, 3> ColorFamilies = {{
         {"red", "green", "blue", "alpha"},
@@ -304,12 +315,22 @@ bool MapVertexProperties(const PlyElement& vertex, VertexLayout& layout, std::st
     }};
     std::string_view alphaName;
     for (const auto& family : ColorFamilies) {
-        if (assignTriple({family[0], family[1], family[2]}, Role::Color)) {
+        if (assignGroup(std::span(family).first(3), Role::Color)) {
             layout.hasColors = true;
             alphaName = family[3];
             break;
         }
     }
+
+    static constexpr std::array<std::array<std::string_view, 2>, 4> UVNames = {{
+        {"s", "t"},
+        {"u", "v"},
+        {"texture_u", "texture_v"},
+        {"texture_s", "texture_t"},
+    }};
+    for (const auto& names : UVNames)
+        if (!layout.hasUVs)
+            layout.hasUVs = assignGroup(names, Role::UV);
 
     for (std::size_t i = 0; i < vertex.properties.size(); ++i) {
         const PlyProperty& property = vertex.properties[i];
@@ -325,27 +346,53 @@ bool MapVertexProperties(const PlyElement& vertex, VertexLayout& layout, std::st
     return true;
 }
 
+/// The element that holds the faces, and which of its properties lists the corners.
+struct FaceLayout {
+    std::size_t element = 0;
+    std::size_t indexProperty = 0;
+};
+
+std::optional<FaceLayout> FindFaces(const PlyHeader& header)
+{
+    for (std::size_t e = 0; e < header.elements.size(); ++e) {
+        const PlyElement& element = header.elements[e];
+        if (element.name != "face")
+            continue;
+        for (std::size_t p = 0; p < element.properties.size(); ++p) {
+            const PlyProperty& property = element.properties[p];
+            if (property.isList && (property.name == "vertex_indices" || property.name == "vertex_index"))
+                return FaceLayout{e, p};
+        }
+    }
+    return std::nullopt;
+}
+
 // ---------------------------------------------------------------------------------------------
 // Destination arrays
 // ---------------------------------------------------------------------------------------------
 
 /// Where one vertex property's values go: value i is written to out[i * stride], divided by
-/// divisor.
+/// divisor. Positions have an axis (0..2) and have the shift subtracted, in double.
 struct Target {
     float* out = nullptr;
     std::size_t stride = 0;
     float divisor = 1.0f;
+    int axis = -1;
+    double offset = 0.0;
 };
 
 struct VertexArrays {
     std::vector<glm::vec3> positions;
     std::vector<glm::vec3> normals;
     std::vector<tesk::Color3f> colors;
+    std::vector<glm::vec2> uvs;
     std::vector<std::vector<float>> extras;
     std::vector<Target> targets; // one per vertex property; out is null for ignored ones
+    CoordinateShift shift;
 };
 
 static_assert(sizeof(glm::vec3) == 3 * sizeof(float), "glm::vec3 is three packed floats");
+static_assert(sizeof(glm::vec2) == 2 * sizeof(float), "glm::vec2 is two packed floats");
 static_assert(sizeof(tesk::Color3f) == 3 * sizeof(float), "Color3f is three packed floats");
 
 void AllocateArrays(const PlyElement& vertex, const VertexLayout& layout, std::size_t count, VertexArrays& arrays)
@@ -355,6 +402,8 @@ void AllocateArrays(const PlyElement& vertex, const VertexLayout& layout, std::s
         runa::ResizeFresh(arrays.normals, count);
     if (layout.hasColors)
         runa::ResizeFresh(arrays.colors, count);
+    if (layout.hasUVs)
+        runa::ResizeFresh(arrays.uvs, count);
     arrays.extras.resize(layout.extraNames.size());
     for (auto& extra : arrays.extras)
         runa::ResizeFresh(extra, count);
@@ -369,13 +418,16 @@ void AllocateArrays(const PlyElement& vertex, const VertexLayout& layout, std::s
         case Role::Ignore:
             break;
         case Role::Position:
-            target = {&arrays.positions.data()->x + role.component, 3, 1.0f};
+            target = {&arrays.positions.data()->x + role.component, 3, 1.0f, role.component, 0.0};
             break;
         case Role::Normal:
             target = {&arrays.normals.data()->x + role.component, 3, 1.0f};
             break;
         case Role::Color:
             target = {&arrays.colors.data()->r + role.component, 3, ColorDivisor(vertex.properties[i].type)};
+            break;
+        case Role::UV:
+            target = {&arrays.uvs.data()->x + role.component, 2, 1.0f};
             break;
         case Role::Extra:
             target = {arrays.extras[role.extraIndex].data(), 1, 1.0f};
@@ -384,16 +436,37 @@ void AllocateArrays(const PlyElement& vertex, const VertexLayout& layout, std::s
     }
 }
 
+/// Once the shift is decided, the position columns subtract it.
+void ApplyShiftToTargets(VertexArrays& arrays)
+{
+    for (Target& target : arrays.targets)
+        if (target.axis >= 0)
+            target.offset = arrays.shift.Offset()[target.axis];
+}
+
 void StoreInCloud(VertexArrays& arrays, const VertexLayout& layout, tesk::PointCloud& cloud)
 {
     cloud.SetPositions(std::move(arrays.positions));
+    cloud.SetOriginOffset(arrays.shift.Offset());
     if (layout.hasNormals && !cloud.Empty())
         cloud.SetNormals(std::move(arrays.normals));
     if (layout.hasColors)
         cloud.AddColorProperty("RGB", std::move(arrays.colors));
+    if (layout.hasUVs)
+        cloud.SetUVs(std::move(arrays.uvs));
     for (std::size_t i = 0; i < arrays.extras.size(); ++i)
         cloud.AddFloatProperty(layout.extraNames[i], std::move(arrays.extras[i]));
 }
+
+/// Positions of one vertex gathered in double on the slow paths, stored through the shift.
+struct PendingPosition {
+    double xyz[3] = {0.0, 0.0, 0.0};
+
+    void Store(VertexArrays& arrays, std::size_t item)
+    {
+        arrays.positions[item] = arrays.shift.Apply(xyz[0], xyz[1], xyz[2]);
+    }
+};
 
 // ---------------------------------------------------------------------------------------------
 // Binary body
@@ -421,8 +494,13 @@ void ConvertColumn(const unsigned char* source, std::size_t stride, std::size_t 
                    std::size_t first)
 {
     float* out = target.out + first * target.stride;
-    for (std::size_t i = 0; i < count; ++i, source += stride, out += target.stride)
-        *out = static_cast<float>(Load<T, Swap>(source)) / target.divisor;
+    if (target.offset == 0.0) {
+        for (std::size_t i = 0; i < count; ++i, source += stride, out += target.stride)
+            *out = static_cast<float>(Load<T, Swap>(source)) / target.divisor;
+    } else {
+        for (std::size_t i = 0; i < count; ++i, source += stride, out += target.stride)
+            *out = static_cast<float>(static_cast<double>(Load<T, Swap>(source)) - target.offset);
+    }
 }
 
 template <bool Swap>
@@ -473,6 +551,15 @@ double LoadScalar(Scalar type, const unsigned char* source)
     return 0.0;
 }
 
+/// A face corner read as a double (any index type) as a vertex number; negative, fractional
+/// and non-finite values become one that is always past the end.
+std::uint64_t IndexFromDouble(double value)
+{
+    if (!(value >= 0.0) || value >= 18446744073709551615.0 || value != std::floor(value))
+        return std::numeric_limits<std::uint64_t>::max();
+    return static_cast<std::uint64_t>(value);
+}
+
 class BinaryBody {
 public:
     BinaryBody(std::string_view bytes, std::size_t offset, bool swap)
@@ -508,6 +595,29 @@ public:
         return true;
     }
 
+    /// The first vertex with three finite coordinates decides the shift of the whole file.
+    void DecideShift(const PlyElement& vertex, const std::vector<Target>& targets, CoordinateShift& shift) const
+    {
+        const std::size_t stride = vertex.MinimumItemSize();
+        std::array<std::size_t, 3> offsets{};
+        std::array<Scalar, 3> types{};
+        std::size_t at = 0;
+        for (std::size_t p = 0; p < vertex.properties.size(); ++p) {
+            if (targets[p].axis >= 0) {
+                offsets[static_cast<std::size_t>(targets[p].axis)] = at;
+                types[static_cast<std::size_t>(targets[p].axis)] = vertex.properties[p].type;
+            }
+            at += ScalarSize(vertex.properties[p].type);
+        }
+        for (std::uint64_t item = 0; item < vertex.count && !shift.IsDecided(); ++item) {
+            const unsigned char* row = data_ + offset_ + item * stride;
+            std::array<double, 3> xyz{};
+            for (std::size_t c = 0; c < 3; ++c)
+                xyz[c] = swap_ ? LoadScalar<true>(types[c], row + offsets[c]) : LoadScalar<false>(types[c], row + offsets[c]);
+            shift.Decide(xyz[0], xyz[1], xyz[2]);
+        }
+    }
+
     /// Vertices without list properties have a fixed stride: convert them a block at a time,
     /// one property after another, so the block stays in cache and no type test runs per value.
     void ReadFixedVertices(const PlyElement& vertex, const std::vector<Target>& targets)
@@ -520,12 +630,33 @@ public:
             offsets.push_back(at);
             at += ScalarSize(property.type);
         }
+        // Native floats x y z side by side, unshifted, are the bytes of glm::vec3 already: copied
+        // a row at a time (the whole array at once for xyz-only files).
+        std::optional<std::size_t> packed;
+        for (std::size_t p = 0; p + 2 < targets.size(); ++p) {
+            const bool xyz = targets[p].axis == 0 && targets[p + 1].axis == 1 && targets[p + 2].axis == 2;
+            if (xyz && !swap_ && targets[p].offset == 0.0 && targets[p + 1].offset == 0.0 && targets[p + 2].offset == 0.0 &&
+                vertex.properties[p].type == Scalar::Float32 && vertex.properties[p + 1].type == Scalar::Float32 &&
+                vertex.properties[p + 2].type == Scalar::Float32)
+                packed = p;
+        }
+        if (packed && count > 0) {
+            auto* out = reinterpret_cast<unsigned char*>(targets[*packed].out);
+            const unsigned char* in = data_ + offset_ + offsets[*packed];
+            if (stride == 12) {
+                std::memcpy(out, in, count * 12);
+            } else {
+                for (std::size_t i = 0; i < count; ++i, in += stride, out += 12)
+                    std::memcpy(out, in, 12);
+            }
+        }
+
         constexpr std::size_t Block = 2048;
         for (std::size_t first = 0; first < count; first += Block) {
             const std::size_t n = std::min(Block, count - first);
             const unsigned char* rows = data_ + offset_ + first * stride;
             for (std::size_t p = 0; p < targets.size(); ++p) {
-                if (targets[p].out == nullptr)
+                if (targets[p].out == nullptr || (packed && p >= *packed && p < *packed + 3))
                     continue;
                 if (swap_)
                     ConvertColumn<true>(vertex.properties[p].type, rows + offsets[p], stride, n, targets[p], first);
@@ -537,10 +668,12 @@ public:
     }
 
     /// Vertices with list properties (rare): walked value by value.
-    bool ReadVariableVertices(const PlyElement& vertex, const std::vector<Target>& targets, std::string& message)
+    bool ReadVariableVertices(const PlyElement& vertex, VertexArrays& arrays, std::string& message)
     {
+        const std::vector<Target>& targets = arrays.targets;
         for (std::uint64_t item = 0; item < vertex.count; ++item) {
             const std::size_t start = offset_;
+            PendingPosition position;
             for (std::size_t p = 0; p < vertex.properties.size(); ++p) {
                 const PlyProperty& property = vertex.properties[p];
                 if (property.isList) {
@@ -557,9 +690,48 @@ public:
                 if (target.out != nullptr) {
                     const double value = swap_ ? LoadScalar<true>(property.type, data_ + offset_)
                                                : LoadScalar<false>(property.type, data_ + offset_);
-                    target.out[item * target.stride] = static_cast<float>(value) / target.divisor;
+                    if (target.axis >= 0)
+                        position.xyz[target.axis] = value;
+                    else
+                        target.out[item * target.stride] = static_cast<float>(value) / target.divisor;
                 }
                 offset_ += size;
+            }
+            position.Store(arrays, static_cast<std::size_t>(item));
+        }
+        return true;
+    }
+
+    /// Reads the faces, fanning polygons into triangles.
+    bool ReadFaces(const PlyElement& element, std::size_t indexProperty, PolygonFan& fan, std::string& message)
+    {
+        const PlyProperty& list = element.properties[indexProperty];
+        if (element.properties.size() == 1 && IsInteger(list.type) && ScalarSize(list.type) == 4) {
+            // The usual layout ("list uchar int vertex_indices" and kin) has its own loop.
+            const bool isSigned = list.type == Scalar::Int32;
+            return swap_ ? ReadPlainFaces<true>(element, list.countType, isSigned, fan, message)
+                         : ReadPlainFaces<false>(element, list.countType, isSigned, fan, message);
+        }
+        for (std::uint64_t item = 0; item < element.count; ++item) {
+            const std::size_t start = offset_;
+            for (std::size_t p = 0; p < element.properties.size(); ++p) {
+                const PlyProperty& property = element.properties[p];
+                if (p != indexProperty) {
+                    if (!SkipProperty(property, element, item, start, message))
+                        return false;
+                    continue;
+                }
+                std::size_t length = 0;
+                if (!ReadListLength(property, element, item, start, length, message))
+                    return false;
+                const std::size_t itemSize = ScalarSize(property.type);
+                fan.Begin();
+                for (std::size_t i = 0; i < length; ++i, offset_ += itemSize) {
+                    const double value = swap_ ? LoadScalar<true>(property.type, data_ + offset_)
+                                               : LoadScalar<false>(property.type, data_ + offset_);
+                    fan.Add(IndexFromDouble(value));
+                }
+                fan.End(item + 1);
             }
         }
         return true;
@@ -572,6 +744,62 @@ public:
     }
 
 private:
+    template <bool Swap>
+    bool ReadPlainFaces(const PlyElement& element, Scalar countType, bool isSigned, PolygonFan& fan,
+                        std::string& message)
+    {
+        const PlyProperty& list = element.properties.front();
+        const auto corner = [&](const unsigned char* at) -> std::uint64_t {
+            // A negative index wraps to a huge one, which the fan refuses like any other.
+            return isSigned ? static_cast<std::uint64_t>(static_cast<std::int64_t>(Load<std::int32_t, Swap>(at)))
+                            : Load<std::uint32_t, Swap>(at);
+        };
+        for (std::uint64_t item = 0; item < element.count; ++item) {
+            const std::size_t start = offset_;
+            std::size_t length = 0;
+            if (countType == Scalar::UInt8 && Remaining() >= 13 && data_[offset_] == 3) {
+                const unsigned char* at = data_ + offset_ + 1;
+                fan.Triangle(corner(at), corner(at + 4), corner(at + 8), item + 1);
+                offset_ += 13;
+                continue;
+            }
+            if (!ReadListLength(list, element, item, start, length, message))
+                return false;
+            fan.Begin();
+            for (std::size_t i = 0; i < length; ++i, offset_ += 4)
+                fan.Add(corner(data_ + offset_));
+            fan.End(item + 1);
+        }
+        return true;
+    }
+
+    /// Reads a list's length and checks that its items fit in the file; leaves the offset on
+    /// the first item.
+    bool ReadListLength(const PlyProperty& property, const PlyElement& element, std::uint64_t item,
+                        std::size_t itemStart, std::size_t& length, std::string& message)
+    {
+        const std::size_t countSize = ScalarSize(property.countType);
+        if (Remaining() < countSize) {
+            message = EndsInside(element, item, itemStart);
+            return false;
+        }
+        const double value = swap_ ? LoadScalar<true>(property.countType, data_ + offset_)
+                                   : LoadScalar<false>(property.countType, data_ + offset_);
+        if (value < 0.0) {
+            message = "byte " + std::to_string(offset_) + ": negative list length " +
+                      std::to_string(static_cast<long long>(value)) + " in " + element.name + " " +
+                      std::to_string(item + 1);
+            return false;
+        }
+        offset_ += countSize;
+        length = static_cast<std::size_t>(value);
+        if (length > Remaining() / ScalarSize(property.type)) {
+            message = EndsInside(element, item, itemStart);
+            return false;
+        }
+        return true;
+    }
+
     bool SkipProperty(const PlyProperty& property, const PlyElement& element, std::uint64_t item,
                       std::size_t itemStart, std::string& message)
     {
@@ -584,27 +812,10 @@ private:
             offset_ += size;
             return true;
         }
-        const std::size_t countSize = ScalarSize(property.countType);
-        if (Remaining() < countSize) {
-            message = EndsInside(element, item, itemStart);
+        std::size_t length = 0;
+        if (!ReadListLength(property, element, item, itemStart, length, message))
             return false;
-        }
-        const double length = swap_ ? LoadScalar<true>(property.countType, data_ + offset_)
-                                    : LoadScalar<false>(property.countType, data_ + offset_);
-        if (length < 0.0) {
-            message = "byte " + std::to_string(offset_) + ": negative list length " +
-                      std::to_string(static_cast<long long>(length)) + " in " + element.name + " " +
-                      std::to_string(item + 1);
-            return false;
-        }
-        offset_ += countSize;
-        const auto items = static_cast<std::size_t>(length);
-        const std::size_t itemSize = ScalarSize(property.type);
-        if (items > Remaining() / itemSize) {
-            message = EndsInside(element, item, itemStart);
-            return false;
-        }
-        offset_ += items * itemSize;
+        offset_ += length * ScalarSize(property.type);
         return true;
     }
 
@@ -614,31 +825,75 @@ private:
     bool swap_;
 };
 
-bool ReadBinary(std::string_view bytes, const PlyHeader& header, std::size_t vertexIndex, const VertexLayout& layout,
-                VertexArrays& arrays, std::string& message)
+/// What the body readers fill.
+struct BodyOutput {
+    VertexArrays arrays;
+    std::vector<glm::uvec3> faces;
+    std::string droppedMessage; // empty when every face was kept
+};
+
+/// What the body readers need to know.
+struct BodyPlan {
+    std::size_t vertexIndex = 0;
+    std::optional<FaceLayout> faces; // empty when faces are not wanted or there are none
+    const VertexLayout* layout = nullptr;
+};
+
+bool ReadBinary(std::string_view bytes, const PlyHeader& header, const BodyPlan& plan, BodyOutput& output,
+                std::string& message)
 {
     const bool fileIsLittle = header.encoding == Encoding::BinaryLittleEndian;
     const bool swap = fileIsLittle != (std::endian::native == std::endian::little);
     BinaryBody body(bytes, header.bodyOffset, swap);
-    for (std::size_t e = 0; e < vertexIndex; ++e)
-        if (!body.SkipElement(header.elements[e], message))
-            return false;
+    const PlyElement& vertex = header.elements[plan.vertexIndex];
+    PolygonFan fan(output.faces, vertex.count);
+    const std::size_t last = std::max(plan.vertexIndex, plan.faces ? plan.faces->element : 0);
 
-    // Check the claimed count against what is left before allocating anything for it.
-    const PlyElement& vertex = header.elements[vertexIndex];
-    const std::size_t minimum = vertex.MinimumItemSize();
-    if (vertex.count > body.Remaining() / minimum) {
-        const std::size_t whole = body.Remaining() / minimum;
-        message = vertex.HasLists() ? "byte " + std::to_string(body.Offset()) + ": file is too short for " +
-                                          std::to_string(vertex.count) + " vertices"
-                                    : body.EndsInside(vertex, whole, body.Offset() + whole * minimum);
-        return false;
+    for (std::size_t e = 0; e <= last; ++e) {
+        const PlyElement& element = header.elements[e];
+        if (plan.faces && e == plan.faces->element) {
+            // Check the claimed count against what is left before reserving anything for it.
+            const std::size_t minimum = element.MinimumItemSize();
+            if (element.count > body.Remaining() / minimum) {
+                message = "byte " + std::to_string(body.Offset()) + ": file is too short for " +
+                          std::to_string(element.count) + " faces";
+                return false;
+            }
+            // Reserved for triangles at most, so zero-length lists cannot claim more than the file.
+            const PlyProperty& list = element.properties[plan.faces->indexProperty];
+            const std::size_t triangle = minimum + 3 * ScalarSize(list.type);
+            output.faces.reserve(std::min(static_cast<std::size_t>(element.count), body.Remaining() / triangle));
+            if (!body.ReadFaces(element, plan.faces->indexProperty, fan, message))
+                return false;
+            continue;
+        }
+        if (e != plan.vertexIndex) {
+            if (!body.SkipElement(element, message))
+                return false;
+            continue;
+        }
+        const std::size_t minimum = vertex.MinimumItemSize();
+        if (vertex.count > body.Remaining() / minimum) {
+            const std::size_t whole = body.Remaining() / minimum;
+            message = vertex.HasLists() ? "byte " + std::to_string(body.Offset()) + ": file is too short for " +
+                                              std::to_string(vertex.count) + " vertices"
+                                        : body.EndsInside(vertex, whole, body.Offset() + whole * minimum);
+            return false;
+        }
+        VertexArrays& arrays = output.arrays;
+        AllocateArrays(vertex, *plan.layout, static_cast<std::size_t>(vertex.count), arrays);
+        if (vertex.HasLists()) {
+            if (!body.ReadVariableVertices(vertex, arrays, message))
+                return false;
+            continue;
+        }
+        if (vertex.count > 0) {
+            body.DecideShift(vertex, arrays.targets, arrays.shift);
+            ApplyShiftToTargets(arrays);
+        }
+        body.ReadFixedVertices(vertex, arrays.targets);
     }
-    AllocateArrays(vertex, layout, static_cast<std::size_t>(vertex.count), arrays);
-    // Elements after the vertices (faces...) are not read at all.
-    if (vertex.HasLists())
-        return body.ReadVariableVertices(vertex, arrays.targets, message);
-    body.ReadFixedVertices(vertex, arrays.targets);
+    output.droppedMessage = fan.DroppedMessage();
     return true;
 }
 
@@ -646,156 +901,299 @@ bool ReadBinary(std::string_view bytes, const PlyHeader& header, std::size_t ver
 // Ascii body
 // ---------------------------------------------------------------------------------------------
 
-bool ReadAscii(std::string_view bytes, const PlyHeader& header, std::size_t vertexIndex, const VertexLayout& layout,
-               VertexArrays& arrays, std::string& message)
-{
-    LineCursor cursor(bytes, header.bodyOffset, header.endLine);
-    std::string_view line;
-    std::vector<std::string_view> tokens;
-    const auto blank = [](char c) { return IsBlank(c); };
-    const auto nextLine = [&]() {
-        while (cursor.Next(line)) {
-            SplitTokens(line, tokens, blank);
-            if (!tokens.empty())
+class AsciiBody {
+public:
+    AsciiBody(std::string_view bytes, const PlyHeader& header)
+        : bytes_(bytes), cursor_(bytes, header.bodyOffset, header.endLine)
+    {
+    }
+
+    bool NextLine()
+    {
+        std::string_view line;
+        while (cursor_.Next(line)) {
+            SplitTokens(line, tokens_, [](char c) { return IsBlank(c); });
+            if (!tokens_.empty())
                 return true;
         }
         return false;
-    };
+    }
 
-    for (std::size_t e = 0; e < vertexIndex; ++e) {
-        const PlyElement& element = header.elements[e];
+    bool SkipElement(const PlyElement& element, std::string& message)
+    {
+        for (std::uint64_t item = 0; item < element.count; ++item)
+            if (!NextLine()) {
+                message = RunsOut(element, item, element.name + " lines");
+                return false;
+            }
+        return true;
+    }
+
+    std::string RunsOut(const PlyElement& element, std::uint64_t item, const std::string& what) const
+    {
+        return At(cursor_.LineNumber()) + "file ends after " + std::to_string(item) + " of " +
+               std::to_string(element.count) + " " + what;
+    }
+
+    /// How many items of `propertyCount` values the rest of the file can hold at most: each
+    /// takes at least one character and one separator per value. Arrays are sized to that
+    /// bound at most, so an absurd count in the header fails when the lines run out instead
+    /// of allocating for it first.
+    std::size_t Fits(std::uint64_t count, std::size_t propertyCount) const
+    {
+        const std::size_t remaining = bytes_.size() - std::min(bytes_.size(), cursor_.Position());
+        const std::size_t fits = (remaining + 1) / (2 * std::max<std::size_t>(propertyCount, 1));
+        return count < fits ? static_cast<std::size_t>(count) : fits;
+    }
+
+    bool ReadVertices(const PlyElement& vertex, const VertexLayout& layout, VertexArrays& arrays, std::string& message)
+    {
+        const std::uint64_t count = vertex.count;
+        const std::size_t allocated = Fits(count, vertex.properties.size());
+        AllocateArrays(vertex, layout, allocated, arrays);
+        const std::vector<Target>& targets = arrays.targets;
+        const bool hasLists = vertex.HasLists();
+        const std::size_t expected = vertex.properties.size();
+
+        for (std::uint64_t item = 0; item < count; ++item) {
+            if (!NextLine()) {
+                message = RunsOut(vertex, item, "vertices");
+                return false;
+            }
+            const std::size_t number = cursor_.LineNumber();
+            if (!hasLists && tokens_.size() != expected) {
+                message = At(number) + "expected " + std::to_string(expected) + " values, found " +
+                          std::to_string(tokens_.size());
+                return false;
+            }
+            PendingPosition position;
+            std::size_t t = 0;
+            for (std::size_t p = 0; p < expected; ++p) {
+                const PlyProperty& property = vertex.properties[p];
+                if (t >= tokens_.size()) {
+                    message = At(number) + "the vertex line ends early, at property " + Quoted(property.name);
+                    return false;
+                }
+                if (property.isList) {
+                    unsigned long long length = 0;
+                    if (!ParseListLength(property, t, number, length, message))
+                        return false;
+                    t += 1 + static_cast<std::size_t>(length);
+                    continue;
+                }
+                const Target& target = targets[p];
+                if (target.axis >= 0) {
+                    if (!ParseDouble(tokens_[t], position.xyz[target.axis])) {
+                        message = At(number) + Quoted(tokens_[t]) + " is not a number";
+                        return false;
+                    }
+                    ++t;
+                    continue;
+                }
+                float value = 0.0f;
+                if (!ParseFloat(tokens_[t], value)) {
+                    message = At(number) + Quoted(tokens_[t]) + " is not a number";
+                    return false;
+                }
+                ++t;
+                // Past `allocated` only a line that is about to fail can arrive: nothing to store.
+                if (target.out != nullptr && item < allocated)
+                    target.out[item * target.stride] = value / target.divisor;
+            }
+            if (t != tokens_.size()) {
+                message = At(number) + "unexpected values after the last property";
+                return false;
+            }
+            if (item < allocated)
+                position.Store(arrays, static_cast<std::size_t>(item));
+        }
+        return true;
+    }
+
+    bool ReadFaces(const PlyElement& element, std::size_t indexProperty, PolygonFan& fan,
+                   std::vector<glm::uvec3>& faces, std::string& message)
+    {
+        faces.reserve(Fits(element.count, 4));
+        const bool floatIndices = !IsInteger(element.properties[indexProperty].type);
         for (std::uint64_t item = 0; item < element.count; ++item) {
-            if (!nextLine()) {
-                message = At(cursor.LineNumber()) + "file ends after " + std::to_string(item) + " of " +
-                          std::to_string(element.count) + " " + element.name + " lines";
+            if (!NextLine()) {
+                message = RunsOut(element, item, "faces");
                 return false;
             }
-        }
-    }
-
-    // A vertex line holds at least one character and one separator or line end per property,
-    // which bounds how many vertices the rest of the file can hold. Arrays are sized to that
-    // bound at most, so an absurd count in the header fails when the lines run out instead
-    // of allocating for it first.
-    const PlyElement& vertex = header.elements[vertexIndex];
-    const std::size_t remaining = bytes.size() - std::min(bytes.size(), cursor.Position());
-    const std::size_t fits = (remaining + 1) / (2 * vertex.properties.size());
-    const std::uint64_t count = vertex.count;
-    const std::size_t allocated = count < fits ? static_cast<std::size_t>(count) : fits;
-    AllocateArrays(vertex, layout, allocated, arrays);
-    const std::vector<Target>& targets = arrays.targets;
-    const bool hasLists = vertex.HasLists();
-    const std::size_t expected = vertex.properties.size();
-
-    for (std::uint64_t item = 0; item < count; ++item) {
-        if (!nextLine()) {
-            message = At(cursor.LineNumber()) + "file ends after " + std::to_string(item) + " of " +
-                      std::to_string(count) + " vertices";
-            return false;
-        }
-        const std::size_t number = cursor.LineNumber();
-        if (!hasLists && tokens.size() != expected) {
-            message = At(number) + "expected " + std::to_string(expected) + " values, found " +
-                      std::to_string(tokens.size());
-            return false;
-        }
-        std::size_t t = 0;
-        for (std::size_t p = 0; p < expected; ++p) {
-            const PlyProperty& property = vertex.properties[p];
-            if (t >= tokens.size()) {
-                message = At(number) + "the vertex line ends early, at property " + Quoted(property.name);
-                return false;
-            }
-            if (property.isList) {
+            const std::size_t number = cursor_.LineNumber();
+            std::size_t t = 0;
+            for (std::size_t p = 0; p < element.properties.size(); ++p) {
+                const PlyProperty& property = element.properties[p];
+                if (t >= tokens_.size()) {
+                    message = At(number) + "the face line ends early, at property " + Quoted(property.name);
+                    return false;
+                }
+                if (!property.isList) {
+                    ++t;
+                    continue;
+                }
                 unsigned long long length = 0;
-                if (!ParseCount(tokens[t], length)) {
-                    message = At(number) + "bad list length " + Quoted(tokens[t]);
+                if (!ParseListLength(property, t, number, length, message))
                     return false;
+                ++t;
+                if (p != indexProperty) {
+                    t += static_cast<std::size_t>(length);
+                    continue;
                 }
-                if (length >= tokens.size() - t) {
-                    message = At(number) + "the vertex line ends early, inside list " + Quoted(property.name);
-                    return false;
+                fan.Begin();
+                for (unsigned long long i = 0; i < length; ++i, ++t) {
+                    std::uint64_t index = 0;
+                    if (!ParseCorner(tokens_[t], floatIndices, index)) {
+                        message = At(number) + Quoted(tokens_[t]) + " is not a vertex index";
+                        return false;
+                    }
+                    fan.Add(index);
                 }
-                t += 1 + static_cast<std::size_t>(length);
-                continue;
+                fan.End(item + 1);
             }
-            float value = 0.0f;
-            if (!ParseFloat(tokens[t], value)) {
-                message = At(number) + Quoted(tokens[t]) + " is not a number";
+            if (t != tokens_.size()) {
+                message = At(number) + "unexpected values after the last property";
                 return false;
             }
-            ++t;
-            // Past `allocated` only a line that is about to fail can arrive: nothing to store.
-            const Target& target = targets[p];
-            if (target.out != nullptr && item < allocated)
-                target.out[item * target.stride] = value / target.divisor;
         }
-        if (t != tokens.size()) {
-            message = At(number) + "unexpected values after the last property";
+        return true;
+    }
+
+private:
+    bool ParseListLength(const PlyProperty& property, std::size_t t, std::size_t number, unsigned long long& length,
+                         std::string& message) const
+    {
+        if (!ParseCount(tokens_[t], length)) {
+            message = At(number) + "bad list length " + Quoted(tokens_[t]);
             return false;
         }
+        if (length >= tokens_.size() - t) {
+            message = At(number) + "the line ends early, inside list " + Quoted(property.name);
+            return false;
+        }
+        return true;
     }
+
+    static bool ParseCorner(std::string_view token, bool floatIndices, std::uint64_t& index)
+    {
+        if (!floatIndices) {
+            long long value = 0;
+            if (!ParseInteger(token, value))
+                return false;
+            index = static_cast<std::uint64_t>(value); // negative wraps past every vertex
+            return true;
+        }
+        double value = 0.0;
+        if (!ParseDouble(token, value))
+            return false;
+        index = IndexFromDouble(value);
+        return true;
+    }
+
+    std::string_view bytes_;
+    LineCursor cursor_;
+    std::vector<std::string_view> tokens_;
+};
+
+bool ReadAscii(std::string_view bytes, const PlyHeader& header, const BodyPlan& plan, BodyOutput& output,
+               std::string& message)
+{
+    AsciiBody body(bytes, header);
+    const PlyElement& vertex = header.elements[plan.vertexIndex];
+    PolygonFan fan(output.faces, vertex.count);
+    const std::size_t last = std::max(plan.vertexIndex, plan.faces ? plan.faces->element : 0);
+    for (std::size_t e = 0; e <= last; ++e) {
+        const PlyElement& element = header.elements[e];
+        bool ok = true;
+        if (e == plan.vertexIndex)
+            ok = body.ReadVertices(vertex, *plan.layout, output.arrays, message);
+        else if (plan.faces && e == plan.faces->element)
+            ok = body.ReadFaces(element, plan.faces->indexProperty, fan, output.faces, message);
+        else
+            ok = body.SkipElement(element, message);
+        if (!ok)
+            return false;
+    }
+    output.droppedMessage = fan.DroppedMessage();
     return true;
 }
 
-bool Parse(std::string_view bytes, tesk::PointCloud& cloud, std::string& message)
+bool Parse(std::string_view bytes, bool wantFaces, tesk::Mesh& mesh, std::string& message, std::string& warning)
 {
     PlyHeader header;
     if (!ParseHeader(bytes, header, message))
         return false;
 
-    std::size_t vertexIndex = header.elements.size();
+    BodyPlan plan;
+    plan.vertexIndex = header.elements.size();
     for (std::size_t e = 0; e < header.elements.size(); ++e) {
         if (header.elements[e].name == "vertex") {
-            vertexIndex = e;
+            plan.vertexIndex = e;
             break;
         }
     }
-    if (vertexIndex == header.elements.size()) {
+    if (plan.vertexIndex == header.elements.size()) {
         message = At(header.endLine) + "the header declares no 'vertex' element";
         return false;
     }
+    if (wantFaces)
+        plan.faces = FindFaces(header);
 
     VertexLayout layout;
-    if (!MapVertexProperties(header.elements[vertexIndex], layout, message))
+    if (!MapVertexProperties(header.elements[plan.vertexIndex], layout, message))
         return false;
+    plan.layout = &layout;
 
-    VertexArrays arrays;
-    const bool read = header.encoding == Encoding::Ascii
-                          ? ReadAscii(bytes, header, vertexIndex, layout, arrays, message)
-                          : ReadBinary(bytes, header, vertexIndex, layout, arrays, message);
+    BodyOutput output;
+    const bool read = header.encoding == Encoding::Ascii ? ReadAscii(bytes, header, plan, output, message)
+                                                         : ReadBinary(bytes, header, plan, output, message);
     if (!read)
         return false;
 
-    tesk::PointCloud result;
-    StoreInCloud(arrays, layout, result);
-    cloud = std::move(result);
+    tesk::Mesh result;
+    StoreInCloud(output.arrays, layout, result.GetVertices());
+    result.SetFaces(std::move(output.faces));
+    warning = std::move(output.droppedMessage);
+    mesh = std::move(result);
     return true;
 }
 
-bool Finish(bool ok, const std::string& name, const std::string& message, std::string& error)
+bool ParseAndReport(std::string_view bytes, const std::string& name, bool wantFaces, tesk::Mesh& mesh,
+                    std::string& error)
 {
-    if (ok)
-        return true;
-    error = name + ": " + message;
-    rlog::Fail(error, Label);
-    return false;
+    std::string warning;
+    const bool ok = RunReader(name, Label, error, [&](std::string& message) {
+        return Parse(bytes, wantFaces, mesh, message, warning);
+    });
+    if (ok && !warning.empty())
+        rlog::Warn(name + ": " + warning, Label);
+    return ok;
 }
 
 } // namespace
 
+bool ReadPlyFromMemory(std::string_view bytes, const std::string& name, tesk::Mesh& mesh, std::string& error)
+{
+    return ParseAndReport(bytes, name, true, mesh, error);
+}
+
 bool ReadPlyFromMemory(std::string_view bytes, const std::string& name, tesk::PointCloud& cloud, std::string& error)
 {
-    std::string message;
-    bool ok = false;
-    try {
-        ok = Parse(bytes, cloud, message);
-    } catch (const std::bad_alloc&) {
-        message = "not enough memory to hold the points";
-    } catch (const std::length_error&) {
-        message = "not enough memory to hold the points";
+    tesk::Mesh mesh;
+    if (!ParseAndReport(bytes, name, false, mesh, error))
+        return false;
+    cloud = std::move(mesh.GetVertices());
+    return true;
+}
+
+bool ReadPly(const std::string& path, tesk::Mesh& mesh, std::string& error)
+{
+    FileBytes file;
+    if (!file.Load(path, error)) {
+        rlog::Fail(error, Label);
+        return false;
     }
-    return Finish(ok, name, message, error);
+    return ReadPlyFromMemory(file.View(), DisplayName(path), mesh, error);
 }
 
 bool ReadPly(const std::string& path, tesk::PointCloud& cloud, std::string& error)

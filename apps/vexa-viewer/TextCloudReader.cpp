@@ -1,6 +1,8 @@
 #include "TextCloudReader.h"
 
+#include "CoordinateShift.h"
 #include "FileBytes.h"
+#include "MeshReading.h"
 #include <runa/HugePages.h>
 #include "TextScan.h"
 
@@ -9,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <filesystem>
 #include <new>
 #include <optional>
 #include <stdexcept>
@@ -137,25 +140,81 @@ ColumnLayout LayoutFromNames(const std::vector<std::string>& names)
     return layout;
 }
 
-ColumnLayout LayoutWithoutNames(std::size_t count, bool colors)
+/// What columns hold when no line names them: x y z first, then in this order an intensity,
+/// normals and colours when the layout has them, and numbered values for the rest.
+struct FixedColumns {
+    bool intensity = false;
+    bool normals = false;
+    bool colors = false;
+};
+
+ColumnLayout LayoutWithoutNames(std::size_t count, FixedColumns fixed)
 {
     ColumnLayout layout;
     layout.columns.assign(count, Column{});
     std::size_t next = 0;
     for (std::uint8_t c = 0; c < 3; ++c)
         layout.columns[next++] = {Role::Position, c, 0};
-    if (colors) {
+    if (fixed.intensity) {
+        layout.columns[next++] = {Role::Extra, 0, layout.extraNames.size()};
+        layout.extraNames.push_back("Intensity");
+    }
+    if (fixed.normals) {
+        layout.hasNormals = true;
+        for (std::uint8_t c = 0; c < 3; ++c) {
+            layout.normal[c] = next;
+            layout.columns[next++] = {Role::Normal, c, 0};
+        }
+    }
+    if (fixed.colors) {
         layout.hasColors = true;
         for (std::uint8_t c = 0; c < 3; ++c) {
             layout.color[c] = next;
+            layout.colorNames[c] = std::string(1, "rgb"[c]);
             layout.columns[next++] = {Role::Color, c, 0};
         }
     }
+    std::size_t numbered = 0;
     for (; next < count; ++next) {
         layout.columns[next] = {Role::Extra, 0, layout.extraNames.size()};
-        layout.extraNames.push_back("Value " + std::to_string(layout.extraNames.size() + 1));
+        layout.extraNames.push_back("Value " + std::to_string(++numbered));
     }
     return layout;
+}
+
+/// A number written with a decimal comma: digits, one ',' followed by digits, an optional
+/// sign and exponent. Integers qualify too; a '.' anywhere does not.
+bool IsDecimalCommaNumber(std::string_view token)
+{
+    std::size_t i = 0;
+    const auto digits = [&]() {
+        const std::size_t start = i;
+        while (i < token.size() && token[i] >= '0' && token[i] <= '9')
+            ++i;
+        return i > start;
+    };
+    if (i < token.size() && (token[i] == '-' || token[i] == '+'))
+        ++i;
+    if (!digits())
+        return false;
+    if (i < token.size() && token[i] == ',') {
+        ++i;
+        if (!digits())
+            return false;
+    }
+    if (i < token.size() && (token[i] == 'e' || token[i] == 'E')) {
+        ++i;
+        if (i < token.size() && (token[i] == '-' || token[i] == '+'))
+            ++i;
+        if (!digits())
+            return false;
+    }
+    return i == token.size();
+}
+
+bool IsDecimalCommaSeparator(char c)
+{
+    return IsBlank(c) || c == ';';
 }
 
 struct TextArrays {
@@ -185,7 +244,7 @@ struct ColorStats {
 
 class TextCloudParser {
 public:
-    explicit TextCloudParser(std::string_view text) : text_(text)
+    TextCloudParser(std::string_view text, TextLayout layout) : text_(text), fixedLayout_(layout)
     {
         // A UTF-8 byte order mark, as spreadsheet programs write before CSV files.
         if (text_.starts_with("\xEF\xBB\xBF"))
@@ -194,6 +253,7 @@ public:
 
     bool Parse(tesk::PointCloud& cloud, std::string& message)
     {
+        decimalComma_ = HasDecimalCommas();
         LineCursor cursor(text_);
         std::string_view line;
         std::vector<std::string_view> tokens;
@@ -202,7 +262,7 @@ public:
         unsigned long long countHint = 0;
 
         while (cursor.Next(line)) {
-            SplitTokens(line, tokens, IsSeparator);
+            Split(line, tokens);
             if (tokens.empty() || IsComment(line))
                 continue;
             const std::size_t number = cursor.LineNumber();
@@ -235,6 +295,50 @@ public:
     }
 
 private:
+    void Split(std::string_view line, std::vector<std::string_view>& tokens) const
+    {
+        // Lambdas rather than function pointers: each split then compiles with its test inlined.
+        if (decimalComma_)
+            SplitTokens(line, tokens, [](char c) { return IsDecimalCommaSeparator(c); });
+        else
+            SplitTokens(line, tokens, [](char c) { return IsSeparator(c); });
+    }
+
+    /// Decimal commas are told from comma separators by the first data lines: split at blanks
+    /// and semicolons only, each must hold at least three numbers of the decimal-comma form,
+    /// and some must have a comma. "1.5,2.25,3.0" is one token there, so it does not qualify.
+    bool HasDecimalCommas() const
+    {
+        LineCursor cursor(text_);
+        std::string_view line;
+        std::vector<std::string_view> tokens;
+        std::size_t examined = 0;
+        bool sawComma = false;
+        unsigned long long ignored = 0;
+        while (examined < 8 && cursor.Next(line)) {
+            SplitTokens(line, tokens, IsDecimalCommaSeparator);
+            if (tokens.empty() || IsComment(line) || (tokens.size() == 1 && ParseCount(tokens[0], ignored)))
+                continue;
+            if (examined == 0 && AllNames(tokens))
+                continue;
+            if (tokens.size() < 3 || !std::all_of(tokens.begin(), tokens.end(), IsDecimalCommaNumber))
+                return false;
+            sawComma = sawComma || line.find(',') != std::string_view::npos;
+            ++examined;
+        }
+        return sawComma;
+    }
+
+    /// The token with its decimal comma made a point, in `scratch`; the token itself otherwise.
+    std::string_view Normalised(std::string_view token, std::string& scratch) const
+    {
+        if (!decimalComma_ || token.find(',') == std::string_view::npos)
+            return token;
+        scratch.assign(token);
+        std::replace(scratch.begin(), scratch.end(), ',', '.');
+        return scratch;
+    }
+
     static bool AllNames(const std::vector<std::string_view>& tokens)
     {
         float ignored = 0.0f;
@@ -256,17 +360,61 @@ private:
             }
             layout_ = LayoutFromNames(names_);
             namedColors_ = layout_.hasColors;
-        } else {
-            bool colors = columnCount_ >= 6;
-            for (std::size_t c = 3; colors && c < 6; ++c) {
-                float value = 0.0f;
-                colors = IsIntegerText(tokens[c]) && ParseFloat(tokens[c], value) && value <= 255.0f;
-            }
-            layout_ = LayoutWithoutNames(columnCount_, colors);
+        } else if (!StartFixed(tokens, number, message)) {
+            return false;
         }
         arrays_.extras.resize(layout_.extraNames.size());
         row_.assign(columnCount_, 0.0f);
         started_ = true;
+        return true;
+    }
+
+    /// Whether columns first..first+2 of the first data line hold bytes, as colours are written.
+    bool BytesAt(const std::vector<std::string_view>& tokens, std::size_t first) const
+    {
+        if (tokens.size() < first + 3)
+            return false;
+        for (std::size_t c = first; c < first + 3; ++c) {
+            float value = 0.0f;
+            if (!IsIntegerText(tokens[c]) || !ParseFloat(tokens[c], value) || value > 255.0f)
+                return false;
+        }
+        return true;
+    }
+
+    bool StartFixed(const std::vector<std::string_view>& tokens, std::size_t number, std::string& message)
+    {
+        const auto needSix = [&](const char* columns) {
+            if (columnCount_ >= 6)
+                return true;
+            message = At(number) + "expected at least 6 values (" + columns + "), found " + std::to_string(columnCount_);
+            return false;
+        };
+        FixedColumns fixed;
+        switch (fixedLayout_) {
+        case TextLayout::Columns:
+            fixed.colors = BytesAt(tokens, 3);
+            break;
+        case TextLayout::Pts:
+            // Scanners write "x y z intensity" and "x y z intensity r g b"; six columns are
+            // "x y z r g b".
+            fixed.intensity = columnCount_ == 4 || columnCount_ >= 7;
+            fixed.colors = BytesAt(tokens, fixed.intensity ? 4 : 3);
+            break;
+        case TextLayout::XyzNormals:
+            if (!needSix("x y z nx ny nz"))
+                return false;
+            fixed.normals = true;
+            break;
+        case TextLayout::XyzColors:
+            if (!needSix("x y z r g b"))
+                return false;
+            // Bytes or fractions, decided over the whole file as for named colour columns.
+            fixed.colors = true;
+            namedColors_ = true;
+            break;
+        }
+        layout_ = LayoutWithoutNames(columnCount_, fixed);
         return true;
     }
 
@@ -277,14 +425,18 @@ private:
                       std::to_string(tokens.size());
             return false;
         }
+        std::array<double, 3> xyz{};
         for (std::size_t c = 0; c < columnCount_; ++c) {
-            if (!ParseFloat(tokens[c], row_[c])) {
+            const std::string_view token = Normalised(tokens[c], scratch_);
+            const Column& column = layout_.columns[c];
+            const bool ok = column.role == Role::Position ? ParseDouble(token, xyz[column.component])
+                                                          : ParseFloat(token, row_[c]);
+            if (!ok) {
                 message = At(number) + "'" + Printable(tokens[c]) + "' is not a number";
                 return false;
             }
         }
-        const auto& p = layout_.position;
-        arrays_.positions.push_back({row_[p[0]], row_[p[1]], row_[p[2]]});
+        arrays_.positions.push_back(shift_.Apply(xyz[0], xyz[1], xyz[2]));
         if (layout_.hasNormals) {
             const auto& n = layout_.normal;
             arrays_.normals.push_back({row_[n[0]], row_[n[1]], row_[n[2]]});
@@ -351,10 +503,15 @@ private:
             result.AddFloatProperty(layout_.extraNames[i], std::move(arrays_.extras[i]));
         for (std::size_t c = 0; c < demoted.size(); ++c)
             result.AddFloatProperty(layout_.colorNames[c], std::move(demoted[c]));
+        result.SetOriginOffset(shift_.Offset());
         cloud = std::move(result);
     }
 
     std::string_view text_;
+    TextLayout fixedLayout_;
+    bool decimalComma_ = false;
+    std::string scratch_;
+    CoordinateShift shift_;
     std::vector<std::string> names_;
     bool started_ = false;
     bool namedColors_ = false;
@@ -367,13 +524,25 @@ private:
 
 } // namespace
 
+TextLayout TextLayoutForPath(const std::string& path)
+{
+    const std::string extension = Lower(std::filesystem::path(path).extension().string());
+    if (extension == ".pts")
+        return TextLayout::Pts;
+    if (extension == ".xyzn")
+        return TextLayout::XyzNormals;
+    if (extension == ".xyzrgb")
+        return TextLayout::XyzColors;
+    return TextLayout::Columns;
+}
+
 bool ReadTextCloudFromMemory(std::string_view text, const std::string& name, tesk::PointCloud& cloud,
-                             std::string& error)
+                             std::string& error, TextLayout layout)
 {
     std::string message;
     bool ok = false;
     try {
-        TextCloudParser parser(text);
+        TextCloudParser parser(text, layout);
         ok = parser.Parse(cloud, message);
     } catch (const std::bad_alloc&) {
         message = "not enough memory to hold the points";
@@ -387,14 +556,19 @@ bool ReadTextCloudFromMemory(std::string_view text, const std::string& name, tes
     return false;
 }
 
-bool ReadTextCloud(const std::string& path, tesk::PointCloud& cloud, std::string& error)
+bool ReadTextCloud(const std::string& path, tesk::PointCloud& cloud, std::string& error, TextLayout layout)
 {
     FileBytes file;
     if (!file.Load(path, error)) {
         rlog::Fail(error, Label);
         return false;
     }
-    return ReadTextCloudFromMemory(file.View(), DisplayName(path), cloud, error);
+    return ReadTextCloudFromMemory(file.View(), DisplayName(path), cloud, error, layout);
+}
+
+bool ReadTextCloud(const std::string& path, tesk::PointCloud& cloud, std::string& error)
+{
+    return ReadTextCloud(path, cloud, error, TextLayoutForPath(path));
 }
 
 } // namespace vexa::viewer

@@ -1,8 +1,8 @@
-// vexa-viewer: opens point cloud files (PLY, XYZ, PTS, CSV-like text) or a demo scene in the
-// viewer window. Files dropped on the window are opened too.
+// vexa-viewer: opens point cloud and mesh files (PLY, OBJ, STL, OFF, PCD, XYZ-like text) or a
+// demo scene in the viewer window. Files dropped on the window are opened too.
 
 #include "DemoScene.h"
-#include "PointCloudFile.h"
+#include "ModelFile.h"
 
 #include <vexa/vexa.h>
 
@@ -27,9 +27,10 @@ namespace fs = std::filesystem;
 
 constexpr const char* kUsage = R"(Usage: vexa-viewer [options] [FILE...]
 
-Opens point clouds in the viewer window: PLY (ASCII, binary little- or big-endian) and
-text files (.xyz .pts .txt .csv .asc: x y z [r g b] [values...]). Drop more files on the
-window to open them too.
+Opens point clouds and meshes in the viewer window: PLY (ASCII or binary, with or without
+faces), OBJ (with its MTL materials and textures), STL (ASCII or binary), OFF, PCD (ascii,
+binary or binary_compressed) and text clouds (.xyz .xyzn .xyzrgb .pts .txt .csv .asc:
+x y z [r g b] [values...]). Drop more files on the window to open them too.
 
 Options:
   --demo             show the built-in demo scene
@@ -142,28 +143,49 @@ std::string FindAssets(const std::string& requested)
 
 class FileOpener {
 public:
-    /// Opens `path` as a point cloud resource; false (and a message on stderr) when it cannot.
+    /// Opens `path` as a mesh resource (a file with faces) or a point cloud resource; false
+    /// (and a message on stderr) when it cannot.
     bool Open(const std::string& path)
     {
-        tesk::PointCloud cloud;
+        tesk::Mesh model;
         std::string error;
-        if (!vexa::viewer::ReadPointCloudFile(path, cloud, error))
+        if (!vexa::viewer::ReadModelFile(path, model, error))
         {
             std::cerr << "vexa-viewer: " << error << "\n";
             return false;
         }
-        auto resource = std::make_shared<vexa::modules::PointCloudResource>(UniqueName(path), cloud);
-        // Show what the file carries at once: its colours, else its first data property.
-        if (resource->IsColoringAvailable())
-            resource->SetPreferredColorSource(vexa::modules::PointCloudGadget::Colors);
-        else if (resource->HasFloatData())
-            resource->SetPreferredColorSource(vexa::modules::PointCloudGadget::DataMapping, 0,
-                                              static_cast<int>(tesk::ColorMap::Rainbow));
-        vexa::AddResource(resource);
-        std::cout << "vexa-viewer: opened " << path << " (" << cloud.Size() << " points)\n";
-        // Everything opened so far is in view, every point of it: a cloud's own focus aims
-        // at its centre of mass and a typical spread, which cuts off a tall or lopsided one.
-        if (Grow(cloud.GetPositions()))
+        const std::string name = UniqueName(path);
+        const std::size_t count = model.VertexCount();
+        // Everything opened so far is in view, every point of it: a resource's own focus
+        // aims at its centre and a typical spread, which cuts off a tall or lopsided one.
+        const bool framed = Grow(model.GetVertices().GetPositions());
+        if (model.HasFaces())
+        {
+            auto resource = std::make_shared<vexa::modules::MeshResource>(name, model);
+            // A mesh is shaded in its material unless the file painted it.
+            using vexa::modules::MeshGadget;
+            if (resource->IsColoringAvailable())
+                resource->SetPreferredColorSource(MeshGadget::VertexColors);
+            else if (resource->GetMaterial() && resource->GetMaterial()->HasAlbedoTexture() &&
+                     resource->IsUvMappingAvailable())
+                resource->SetPreferredColorSource(MeshGadget::AlbedoTexture);
+            vexa::AddResource(resource);
+            std::cout << "vexa-viewer: opened " << path << " (" << count << " vertices, " << model.FaceCount()
+                      << " faces)\n";
+        }
+        else
+        {
+            auto resource = std::make_shared<vexa::modules::PointCloudResource>(name, model.GetVertices());
+            // Show what the file carries at once: its colours, else its first data property.
+            if (resource->IsColoringAvailable())
+                resource->SetPreferredColorSource(vexa::modules::PointCloudGadget::Colors);
+            else if (resource->HasFloatData())
+                resource->SetPreferredColorSource(vexa::modules::PointCloudGadget::DataMapping, 0,
+                                                  static_cast<int>(tesk::ColorMap::Rainbow));
+            vexa::AddResource(resource);
+            std::cout << "vexa-viewer: opened " << path << " (" << count << " points)\n";
+        }
+        if (framed)
             vexa::FrameBox(minimum_, maximum_);
         return true;
     }

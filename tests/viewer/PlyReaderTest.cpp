@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <bit>
 #include <chrono>
 #include <cmath>
@@ -182,8 +183,12 @@ TEST(PlyReader, BigEndianDoublesAndListsBeforeAndInsideVertices)
         std::string error;
         ASSERT_TRUE(ReadPlyFromMemory(ply.Bytes(), "be.ply", cloud, error)) << error;
         ASSERT_EQ(cloud.Size(), 2u);
-        EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(123456.75f, -0.1f, 1e30f));
-        EXPECT_EQ(cloud.GetPositions()[1], glm::vec3(1.0f, 2.0f, 3.0f));
+        // Far coordinates are stored relative to the rounded first point.
+        const glm::dvec3 offset = cloud.GetOriginOffset();
+        EXPECT_EQ(offset.x, 123000.0);
+        EXPECT_EQ(offset.y, 0.0);
+        EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(456.75f, -0.1f, static_cast<float>(1e30 - offset.z)));
+        EXPECT_EQ(cloud.GetPositions()[1], glm::vec3(1.0f - 123000.0f, 2.0f, static_cast<float>(3.0 - offset.z)));
         EXPECT_FALSE(cloud.HasNormals());
         ASSERT_EQ(cloud.PropertyCount(), 1u);
         const auto colors = cloud.GetColorProperty("RGB");
@@ -296,5 +301,241 @@ TEST(PlyReader, BadFilesFailWithTheirPlaceAndLeaveTheCloudAlone)
         EXPECT_TRUE(log.Contains(c.error, "vexa::viewer::ReadPly"));
         ASSERT_EQ(cloud.Size(), 1u);
         EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(7.0f));
+    }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Meshes
+// ---------------------------------------------------------------------------------------------
+
+namespace {
+
+tesk::Mesh OneTriangleMesh()
+{
+    tesk::Mesh mesh(OnePointCloud());
+    mesh.SetFaces(std::vector<glm::uvec3>{{0, 0, 0}});
+    return mesh;
+}
+
+std::vector<glm::uvec3> FacesOf(const tesk::Mesh& mesh)
+{
+    return {mesh.GetFaces().begin(), mesh.GetFaces().end()};
+}
+
+// Four vertices of a unit square in the z = 0 plane, in the given encoding.
+void SquareVertices(PlyWriter& ply)
+{
+    for (int i = 0; i < 4; ++i)
+        ply.Value("float", i % 2).Value("float", i / 2).Value("float", 0).EndItem();
+}
+
+} // namespace
+
+TEST(PlyMesh, FaceListsOfEveryTypeAndNameGiveTheSameTriangles)
+{
+    struct Variant {
+        std::string countType;
+        std::string indexType;
+        std::string name;
+    };
+    const std::vector<Variant> variants = {
+        {"uchar", "int", "vertex_indices"}, {"uchar", "uint", "vertex_index"}, {"int", "int", "vertex_indices"},
+        {"ushort", "short", "vertex_indices"}, {"uint", "uchar", "vertex_indices"}, {"char", "ushort", "vertex_index"},
+        {"uchar", "float", "vertex_indices"}, {"int", "double", "vertex_indices"},
+    };
+    // A quad, a triangle, a two-item list (skipped) and a pentagon, fanned from their first corner.
+    const std::vector<std::vector<int>> polygons = {{0, 1, 3, 2}, {2, 1, 0}, {1, 2}, {0, 1, 3, 2, 0}};
+    const std::vector<glm::uvec3> expected = {{0, 1, 3}, {0, 3, 2}, {2, 1, 0}, {0, 1, 3}, {0, 3, 2}, {0, 2, 0}};
+
+    for (const std::string& encoding : Encodings) {
+        for (const Variant& v : variants) {
+            SCOPED_TRACE(encoding + " list " + v.countType + " " + v.indexType + " " + v.name);
+            PlyWriter ply(encoding);
+            ply.Line("element vertex 4").Line("property float x").Line("property float y").Line("property float z");
+            ply.Line("element face 4").Line("property uchar flags");
+            ply.Line("property list " + v.countType + " " + v.indexType + " " + v.name);
+            ply.Line("property float quality");
+            ply.Line("element edge 1").Line("property int vertex1").Line("property int vertex2");
+            SquareVertices(ply);
+            for (const auto& polygon : polygons) {
+                ply.Value("uchar", 7).Value(v.countType, static_cast<double>(polygon.size()));
+                for (int index : polygon)
+                    ply.Value(v.indexType, index);
+                ply.Value("float", 0.5).EndItem();
+            }
+            ply.Value("int", 0).Value("int", 1).EndItem();
+
+            tesk::Mesh mesh;
+            std::string error;
+            ASSERT_TRUE(ReadPlyFromMemory(ply.Bytes(), "faces.ply", mesh, error)) << error;
+            EXPECT_EQ(mesh.VertexCount(), 4u);
+            EXPECT_EQ(FacesOf(mesh), expected);
+            EXPECT_EQ(mesh.GetVertices().GetPositions()[3], glm::vec3(1.0f, 1.0f, 0.0f));
+        }
+    }
+}
+
+TEST(PlyMesh, FacesBeforeVerticesAndBadIndicesAreSkippedWithOneWarning)
+{
+    for (const std::string& encoding : Encodings) {
+        SCOPED_TRACE(encoding);
+        PlyWriter ply(encoding);
+        ply.Line("element material 1").Line("property list uchar uchar name");
+        ply.Line("element face 4").Line("property list uchar int vertex_indices");
+        ply.Line("element vertex 4").Line("property float x").Line("property float y").Line("property float z");
+        ply.Value("uchar", 2).Value("uchar", 65).Value("uchar", 66).EndItem();
+        ply.Value("uchar", 3).Value("int", 0).Value("int", 1).Value("int", 2).EndItem();
+        ply.Value("uchar", 3).Value("int", 0).Value("int", 9).Value("int", 2).EndItem();
+        ply.Value("uchar", 4).Value("int", 3).Value("int", -1).Value("int", 2).Value("int", 1).EndItem();
+        ply.Value("uchar", 3).Value("int", 1).Value("int", 3).Value("int", 2).EndItem();
+        SquareVertices(ply);
+
+        testing_support::LogCapture log;
+        tesk::Mesh mesh;
+        std::string error;
+        ASSERT_TRUE(ReadPlyFromMemory(ply.Bytes(), "order.ply", mesh, error)) << error;
+        EXPECT_EQ(mesh.VertexCount(), 4u);
+        EXPECT_EQ(FacesOf(mesh), (std::vector<glm::uvec3>{{0, 1, 2}, {1, 3, 2}}));
+        EXPECT_TRUE(log.Contains("order.ply: skipped 2 faces that refer to missing vertices (first: face 2 of the "
+                                 "file; 4 vertices)",
+                                 "vexa::viewer::ReadPly"));
+        EXPECT_EQ(log.messages.size(), 1u);
+    }
+}
+
+TEST(PlyMesh, ReducedBunnyHeaderOpensAsAMeshWithItsData)
+{
+    std::string file = "ply\nformat ascii 1.0\ncomment zipper output\nelement vertex 453\nproperty float x\n"
+                       "property float y\nproperty float z\nproperty float confidence\nproperty float intensity\n"
+                       "element face 948\nproperty list uchar int vertex_indices\nend_header\n";
+    for (int i = 0; i < 453; ++i)
+        file += "-0.0" + std::to_string(100 + i) + " 0.1 0.02 " + (i % 2 ? "1" : "0.5") + " 0.25\n";
+    for (int f = 0; f < 948; ++f)
+        file += "3 " + std::to_string(f % 453) + " " + std::to_string((f + 1) % 453) + " " +
+                std::to_string((f + 7) % 453) + " \n";
+
+    tesk::Mesh mesh;
+    std::string error;
+    ASSERT_TRUE(ReadPlyFromMemory(file, "bun_zipper_res4.ply", mesh, error)) << error;
+    EXPECT_EQ(mesh.VertexCount(), 453u);
+    EXPECT_EQ(mesh.FaceCount(), 948u);
+    EXPECT_TRUE(mesh.ValidateFaces());
+    const tesk::PointCloud& cloud = mesh.GetVertices();
+    EXPECT_EQ(cloud.GetPositions()[1], glm::vec3(-0.0101f, 0.1f, 0.02f));
+    EXPECT_EQ(cloud.GetFloatProperty("confidence")[1], 1.0f);
+    EXPECT_EQ(cloud.GetFloatProperty("intensity")[452], 0.25f);
+    EXPECT_EQ(FacesOf(mesh)[947], glm::uvec3(947 % 453, 948 % 453, 954 % 453));
+}
+
+TEST(PlyMesh, NormalAndTextureCoordinateNames)
+{
+    const std::vector<std::array<std::string, 5>> names = {
+        {"nx", "ny", "nz", "s", "t"},
+        {"normal_x", "normal_y", "normal_z", "u", "v"},
+        {"nx", "ny", "nz", "texture_u", "texture_v"},
+        {"normal_x", "normal_y", "normal_z", "texture_s", "texture_t"},
+    };
+    for (const std::string& encoding : Encodings) {
+        for (const auto& n : names) {
+            SCOPED_TRACE(encoding + " " + n[0] + " " + n[3]);
+            PlyWriter ply(encoding);
+            ply.Line("element vertex 2").Line("property float x").Line("property float y").Line("property float z");
+            for (const std::string& name : n)
+                ply.Line("property float " + name);
+            ply.Line("property uchar diffuse_red").Line("property uchar diffuse_green");
+            ply.Line("property uchar diffuse_blue").Line("property uchar diffuse_alpha");
+            for (int i = 0; i < 2; ++i) {
+                ply.Value("float", i).Value("float", 2).Value("float", 3);
+                ply.Value("float", 0).Value("float", i).Value("float", 1 - i);
+                ply.Value("float", 0.25 * i).Value("float", 0.5);
+                ply.Value("uchar", 255).Value("uchar", 0).Value("uchar", 51).Value("uchar", 9).EndItem();
+            }
+            tesk::Mesh mesh;
+            std::string error;
+            ASSERT_TRUE(ReadPlyFromMemory(ply.Bytes(), "attributes.ply", mesh, error)) << error;
+            const tesk::PointCloud& cloud = mesh.GetVertices();
+            EXPECT_FALSE(mesh.HasFaces());
+            ASSERT_TRUE(cloud.HasNormals());
+            EXPECT_EQ(cloud.GetNormals()[1], glm::vec3(0.0f, 1.0f, 0.0f));
+            ASSERT_TRUE(mesh.HasUVs());
+            EXPECT_EQ(cloud.GetUVs()[1], glm::vec2(0.25f, 0.5f));
+            EXPECT_EQ(cloud.GetColorProperty("RGB")[0], tesk::Color3f(1.0f, 0.0f, 0.2f));
+            EXPECT_EQ(cloud.PropertyCount(), 2u) << "RGB and uv, nothing else";
+        }
+    }
+}
+
+TEST(PlyMesh, FarCoordinatesKeepTheirMillimetres)
+{
+    for (const std::string& encoding : Encodings) {
+        SCOPED_TRACE(encoding);
+        PlyWriter ply(encoding);
+        ply.Line("element vertex 3").Line("property double x").Line("property double y").Line("property double z");
+        ply.Line("property list uchar int extra");
+        ply.Line("element face 1").Line("property list uchar uint vertex_indices");
+        for (int i = 0; i < 3; ++i)
+            ply.Value("double", 1e6 + 0.001 * i).Value("double", -2.5e6 - 0.001 * i).Value("double", 12.5).Value("uchar", 0).EndItem();
+        ply.Value("uchar", 3).Value("uint", 0).Value("uint", 1).Value("uint", 2).EndItem();
+
+        tesk::Mesh mesh;
+        std::string error;
+        ASSERT_TRUE(ReadPlyFromMemory(ply.Bytes(), "geo.ply", mesh, error)) << error;
+        const tesk::PointCloud& cloud = mesh.GetVertices();
+        EXPECT_EQ(cloud.GetOriginOffset(), glm::dvec3(1e6, -2.5e6, 0.0));
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_NEAR(cloud.GetPositions()[i].x, 0.001 * i, 1e-6);
+            EXPECT_NEAR(cloud.GetPositions()[i].y, -0.001 * i, 1e-6);
+            EXPECT_EQ(cloud.GetPositions()[i].z, 12.5f);
+        }
+        EXPECT_EQ(mesh.FaceCount(), 1u);
+    }
+    // The fixed-stride binary path decides on the first finite point, past a NaN one.
+    PlyWriter ply("binary_little_endian");
+    ply.Line("element vertex 2").Line("property double x").Line("property double y").Line("property double z");
+    ply.Value("double", std::nan("")).Value("double", 0).Value("double", 0).EndItem();
+    ply.Value("double", 5e5 + 0.004).Value("double", 3).Value("double", 0).EndItem();
+    tesk::Mesh mesh;
+    std::string error;
+    ASSERT_TRUE(ReadPlyFromMemory(ply.Bytes(), "geo.ply", mesh, error)) << error;
+    EXPECT_EQ(mesh.GetVertices().GetOriginOffset(), glm::dvec3(5e5, 0.0, 0.0));
+    EXPECT_NEAR(mesh.GetVertices().GetPositions()[1].x, 0.004, 1e-6);
+}
+
+TEST(PlyMesh, BadFaceDataFailsWithItsPlaceAndLeavesTheMeshAlone)
+{
+    const std::string vertices = "element vertex 3\nproperty float x\nproperty float y\nproperty float z\n";
+    const std::string faces = "element face 2\nproperty list uchar int vertex_indices\n";
+    const std::string binary = "ply\nformat binary_little_endian 1.0\n" + vertices + faces + "end_header\n";
+    const std::string ascii = "ply\nformat ascii 1.0\n" + vertices + faces + "end_header\n0 0 0\n1 0 0\n0 1 0\n";
+    const std::string absurd = "ply\nformat binary_little_endian 1.0\nelement face 4000000000\n"
+                               "property list uchar int vertex_indices\n" + vertices + "end_header\n" +
+                               std::string(100, '\0');
+    std::string oneFace(13, '\0');
+    oneFace[0] = 3;
+    struct Case {
+        std::string bytes;
+        std::string error;
+    };
+    const std::vector<Case> cases = {
+        {binary + std::string(36, '\0') + oneFace + "\x04" + std::string(8, '\0'),
+         "bad.ply: byte " + std::to_string(binary.size() + 36 + 13) + ": file ends inside face 2 of 2"},
+        {binary + std::string(36, '\0') + oneFace, "bad.ply: byte " + std::to_string(binary.size() + 36 + 13) +
+                                                       ": file ends inside face 2 of 2"},
+        {absurd, "bad.ply: byte " + std::to_string(absurd.size() - 100) + ": file is too short for 4000000000 faces"},
+        {ascii + "3 0 1 2\n3 0 1\n", "bad.ply: line 14: the line ends early, inside list 'vertex_indices'"},
+        {ascii + "3 0 1 2\n3 0 one 2\n", "bad.ply: line 14: 'one' is not a vertex index"},
+        {ascii + "3 0 1 2\n3 0 1 2 5\n", "bad.ply: line 14: unexpected values after the last property"},
+        {ascii + "3 0 1 2\n", "bad.ply: line 13: file ends after 1 of 2 faces"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.error);
+        testing_support::LogCapture log;
+        tesk::Mesh mesh = OneTriangleMesh();
+        std::string error;
+        EXPECT_FALSE(ReadPlyFromMemory(c.bytes, "bad.ply", mesh, error));
+        EXPECT_EQ(error, c.error);
+        EXPECT_TRUE(log.Contains(c.error, "vexa::viewer::ReadPly"));
+        EXPECT_EQ(mesh.VertexCount(), 1u);
+        EXPECT_EQ(mesh.FaceCount(), 1u);
     }
 }

@@ -1,13 +1,16 @@
 #include "TextCloudReader.h"
 
 #include "LogCapture.h"
+#include "TempFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
+using vexa::viewer::ReadTextCloud;
 using vexa::viewer::ReadTextCloudFromMemory;
+using vexa::viewer::TextLayout;
 
 namespace {
 
@@ -127,4 +130,97 @@ TEST(TextCloudReader, BadLinesFailWithTheirNumberAndLeaveTheCloudAlone)
         ASSERT_EQ(cloud.Size(), 1u);
         EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(7.0f));
     }
+}
+
+TEST(TextCloudReader, ExtensionsFixWhatTheColumnsHold)
+{
+    EXPECT_EQ(vexa::viewer::TextLayoutForPath("scan.PTS"), TextLayout::Pts);
+    EXPECT_EQ(vexa::viewer::TextLayoutForPath("dir.x/a.xyzn"), TextLayout::XyzNormals);
+    EXPECT_EQ(vexa::viewer::TextLayoutForPath("a.XyzRgb"), TextLayout::XyzColors);
+    EXPECT_EQ(vexa::viewer::TextLayoutForPath("a.xyz"), TextLayout::Columns);
+
+    testing_support::TempFolder folder;
+    tesk::PointCloud cloud;
+    std::string error;
+
+    // Scanner PTS: intensity and colours both kept, whatever sign the intensity has.
+    ASSERT_TRUE(ReadTextCloud(folder.Write("scan.pts", "2\n1 2 3 -5 255 51 0\n4 5 6 7 0 0 102\n"), cloud, error))
+        << error;
+    ASSERT_EQ(cloud.Size(), 2u);
+    EXPECT_EQ(PropertyNames(cloud), (std::vector<std::string>{"RGB", "Intensity"}));
+    EXPECT_EQ(cloud.GetFloatProperty("Intensity")[0], -5.0f);
+    EXPECT_EQ(cloud.GetColorProperty("RGB")[0], tesk::Color3f(1.0f, 0.2f, 0.0f));
+    EXPECT_EQ(cloud.GetColorProperty("RGB")[1], tesk::Color3f(0.0f, 0.0f, 0.4f));
+    ASSERT_TRUE(ReadTextCloudFromMemory("1 2 3 0.25\n", "i.pts", cloud, error, TextLayout::Pts)) << error;
+    EXPECT_EQ(PropertyNames(cloud), (std::vector<std::string>{"Intensity"}));
+    EXPECT_EQ(cloud.GetFloatProperty("Intensity")[0], 0.25f);
+    ASSERT_TRUE(ReadTextCloudFromMemory("1 2 3 9 8 7\n", "c.pts", cloud, error, TextLayout::Pts)) << error;
+    EXPECT_EQ(cloud.GetColorProperty("RGB")[0], tesk::Color3f(9.0f / 255.0f, 8.0f / 255.0f, 7.0f / 255.0f));
+
+    // Normals, and extra columns after them.
+    ASSERT_TRUE(ReadTextCloud(folder.Write("n.xyzn", "0 0 0 0 0 1 5\n1 1 1 1 0 0 6\n"), cloud, error)) << error;
+    ASSERT_TRUE(cloud.HasNormals());
+    EXPECT_EQ(cloud.GetNormals()[1], glm::vec3(1.0f, 0.0f, 0.0f));
+    EXPECT_EQ(PropertyNames(cloud), (std::vector<std::string>{"Value 1"}));
+
+    // Colours as bytes or as fractions, told apart over the whole file.
+    ASSERT_TRUE(ReadTextCloudFromMemory("0 0 0 0 0.5 1\n1 1 1 1 1 0\n", "f.xyzrgb", cloud, error, TextLayout::XyzColors))
+        << error;
+    EXPECT_EQ(cloud.GetColorProperty("RGB")[0], tesk::Color3f(0.0f, 0.5f, 1.0f));
+    ASSERT_TRUE(ReadTextCloudFromMemory("0 0 0 0 0 1\n1 1 1 255 51 0\n", "b.xyzrgb", cloud, error, TextLayout::XyzColors))
+        << error;
+    EXPECT_EQ(cloud.GetColorProperty("RGB")[0], tesk::Color3f(0.0f, 0.0f, 1.0f / 255.0f));
+    EXPECT_EQ(cloud.GetColorProperty("RGB")[1], tesk::Color3f(1.0f, 0.2f, 0.0f));
+
+    testing_support::LogCapture log;
+    EXPECT_FALSE(ReadTextCloudFromMemory("1 2 3 4 5\n", "short.xyzn", cloud, error, TextLayout::XyzNormals));
+    EXPECT_EQ(error, "short.xyzn: line 1: expected at least 6 values (x y z nx ny nz), found 5");
+}
+
+TEST(TextCloudReader, DecimalCommasAreToldFromCommaSeparators)
+{
+    tesk::PointCloud cloud;
+    std::string error;
+    for (const std::string text : {"x;y;z;intensity\n1,5;2,25;3,0;7\n-4,5;1e3;0,125;8\n",
+                                   "# from a spreadsheet\n1,5\t2,25\t3,0\t7\n-4,5\t1e3\t0,125\t8\n",
+                                   "1,5 2,25 3,0 7\n-4,5 1e3 0,125 8\n"}) {
+        SCOPED_TRACE(text);
+        ASSERT_TRUE(ReadTextCloudFromMemory(text, "comma.csv", cloud, error)) << error;
+        ASSERT_EQ(cloud.Size(), 2u);
+        EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(1.5f, 2.25f, 3.0f));
+        EXPECT_EQ(cloud.GetPositions()[1], glm::vec3(-4.5f, 1000.0f, 0.125f));
+        ASSERT_EQ(cloud.PropertyCount(), 1u);
+        EXPECT_EQ(cloud.GetFloatProperty(cloud.GetProperties()[0].GetName())[1], 8.0f);
+    }
+
+    // Dot decimals separated by commas, and whole numbers separated by commas, stay as they were.
+    ASSERT_TRUE(ReadTextCloudFromMemory("1.5,2.25,3.0\n4,5,6\n", "dot.csv", cloud, error)) << error;
+    EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(1.5f, 2.25f, 3.0f));
+    EXPECT_EQ(cloud.GetPositions()[1], glm::vec3(4.0f, 5.0f, 6.0f));
+    ASSERT_TRUE(ReadTextCloudFromMemory("1,2,3\n4,5,6\n", "int.csv", cloud, error)) << error;
+    EXPECT_EQ(cloud.GetPositions()[1], glm::vec3(4.0f, 5.0f, 6.0f));
+    ASSERT_TRUE(ReadTextCloudFromMemory("1.5, 2.5, 3.5\n", "spaced.csv", cloud, error)) << error;
+    EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(1.5f, 2.5f, 3.5f));
+
+    testing_support::LogCapture log;
+    EXPECT_FALSE(ReadTextCloudFromMemory("1,5;2,5;3,5\n1,5;2.5;3,5\n", "mixed.csv", cloud, error));
+    EXPECT_EQ(error, "mixed.csv: line 2: expected 6 values, found 5") << "a '.' in the first lines means comma separators";
+}
+
+TEST(TextCloudReader, FarCoordinatesKeepTheirMillimetres)
+{
+    tesk::PointCloud cloud;
+    std::string error;
+    ASSERT_TRUE(ReadTextCloudFromMemory("500123.4567 5400321.1234 12.5\n499000.001 5401999.999 -3\n", "far.xyz",
+                                        cloud, error))
+        << error;
+    const glm::dvec3 offset = cloud.GetOriginOffset();
+    EXPECT_EQ(offset, glm::dvec3(500000.0, 5400000.0, 0.0));
+    const glm::vec3 p = cloud.GetPositions()[1];
+    EXPECT_NEAR(p.x + offset.x, 499000.001, 1e-4);
+    EXPECT_NEAR(p.y + offset.y, 5401999.999, 1e-4);
+    EXPECT_EQ(p.z, -3.0f);
+
+    ASSERT_TRUE(ReadTextCloudFromMemory("1 2 3\n", "near.xyz", cloud, error)) << error;
+    EXPECT_FALSE(cloud.HasOriginOffset()) << "a new read starts without the last file's offset";
 }
