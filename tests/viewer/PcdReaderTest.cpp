@@ -22,7 +22,7 @@ namespace {
 
 constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
 
-struct FieldSpec {
+struct FieldLayout {
     std::string name;
     char type = 'F';
     int size = 4;
@@ -32,7 +32,7 @@ struct FieldSpec {
 // Writes the same points in any DATA form, so that one test can compare the forms.
 class PcdWriter {
 public:
-    PcdWriter(std::vector<FieldSpec> fields, std::uint64_t width, std::uint64_t height = 1)
+    PcdWriter(std::vector<FieldLayout> fields, std::uint64_t width, std::uint64_t height = 1)
         : fields_(std::move(fields)), width_(width), height_(height)
     {
     }
@@ -48,7 +48,7 @@ public:
     std::string Header(const std::string& form) const
     {
         std::string fields = "FIELDS", sizes = "SIZE", types = "TYPE", counts = "COUNT";
-        for (const FieldSpec& f : fields_) {
+        for (const FieldLayout& f : fields_) {
             fields += " " + f.name;
             sizes += " " + std::to_string(f.size);
             types += std::string(" ") + f.type;
@@ -65,7 +65,7 @@ public:
             std::string body;
             for (const auto& point : points_) {
                 std::size_t v = 0;
-                for (const FieldSpec& f : fields_)
+                for (const FieldLayout& f : fields_)
                     for (int c = 0; c < f.count; ++c, ++v)
                         body += Text(f, point[v]) + (v + 1 < point.size() ? " " : "\n");
             }
@@ -75,7 +75,7 @@ public:
             std::string body;
             for (const auto& point : points_) {
                 std::size_t v = 0;
-                for (const FieldSpec& f : fields_)
+                for (const FieldLayout& f : fields_)
                     for (int c = 0; c < f.count; ++c)
                         body += Binary(f, point[v++]);
             }
@@ -84,7 +84,7 @@ public:
         // One column per field: every point's values of the first field, then the next...
         std::string columns;
         std::size_t first = 0;
-        for (const FieldSpec& f : fields_) {
+        for (const FieldLayout& f : fields_) {
             for (const auto& point : points_)
                 for (int c = 0; c < f.count; ++c)
                     columns += Binary(f, point[first + static_cast<std::size_t>(c)]);
@@ -101,7 +101,7 @@ public:
     }
 
 private:
-    static std::string Text(const FieldSpec& f, double value)
+    static std::string Text(const FieldLayout& f, double value)
     {
         if (std::isnan(value))
             return "nan";
@@ -113,7 +113,7 @@ private:
         return text;
     }
 
-    static bool IsPacked(const FieldSpec& f) { return f.name == "rgb" || f.name == "rgba"; }
+    static bool IsPacked(const FieldLayout& f) { return f.name == "rgb" || f.name == "rgba"; }
 
     template <typename T>
     static std::string Raw(T value)
@@ -121,7 +121,7 @@ private:
         return std::string(reinterpret_cast<const char*>(&value), sizeof(T));
     }
 
-    static std::string Binary(const FieldSpec& f, double value)
+    static std::string Binary(const FieldLayout& f, double value)
     {
         if (IsPacked(f))
             return Raw(static_cast<std::uint32_t>(value));
@@ -139,7 +139,7 @@ private:
         }
     }
 
-    std::vector<FieldSpec> fields_;
+    std::vector<FieldLayout> fields_;
     std::uint64_t width_;
     std::uint64_t height_;
     std::vector<std::vector<double>> points_;
