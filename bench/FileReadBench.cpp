@@ -5,7 +5,6 @@
 
 #include "FileBytes.h"
 #include "ModelFile.h"
-#include "PcdReader.h"
 
 #include <tesk/Mesh.h>
 
@@ -92,48 +91,24 @@ void ReadAgainstFloor(benchmark::State& state, const std::string& path, const st
     state.counters["ratio_to_floor"] = readSeconds / floorSeconds;
 }
 
-/// A binary little-endian PLY of `count` float x y z points on a deterministic spiral.
+/// Point `i` of every input: a deterministic spiral, as float x y z.
+void WritePosition(char* out, std::int64_t i)
+{
+    const float t = static_cast<float>(i) * 1e-5f;
+    const float xyz[3] = {t * 0.5f - 1.0f, static_cast<float>(i % 1000) * 1e-3f, static_cast<float>(i % 7919) * 1e-4f};
+    std::memcpy(out, xyz, 12);
+}
+
+/// A binary little-endian PLY of `count` float x y z points.
 std::string BinaryPly(std::int64_t count)
 {
     std::string bytes = "ply\nformat binary_little_endian 1.0\ncomment vexa-bench input\nelement vertex " +
                         std::to_string(count) + "\nproperty float x\nproperty float y\nproperty float z\nend_header\n";
     const std::size_t header = bytes.size();
     bytes.resize(header + static_cast<std::size_t>(count) * 12);
-    char* out = bytes.data() + header;
-    for (std::int64_t i = 0; i < count; ++i, out += 12) {
-        const float t = static_cast<float>(i) * 1e-5f;
-        const float xyz[3] = {t * 0.5f - 1.0f, static_cast<float>(i % 1000) * 1e-3f, static_cast<float>(i % 7919) * 1e-4f};
-        std::memcpy(out, xyz, 12);
-    }
+    for (std::int64_t i = 0; i < count; ++i)
+        WritePosition(bytes.data() + header + i * 12, i);
     return bytes;
-}
-
-void BM_ReadFileBytesFloor(benchmark::State& state)
-{
-    const std::string& path = BenchFile("points-" + std::to_string(state.range(0)) + ".ply",
-                                        [&] { return BinaryPly(state.range(0)); });
-    for (auto _ : state) {
-        vexa::viewer::FileBytes bytes;
-        std::string error;
-        if (!bytes.Load(path, error))
-            state.SkipWithError(error.c_str());
-        benchmark::DoNotOptimize(bytes.View().data());
-    }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
-                            static_cast<std::int64_t>(std::filesystem::file_size(path)));
-}
-
-void BM_ReadModelFilePly(benchmark::State& state)
-{
-    const std::string& path = BenchFile("points-" + std::to_string(state.range(0)) + ".ply",
-                                        [&] { return BinaryPly(state.range(0)); });
-    ReadAgainstFloor(state, path, [](const std::string& p) {
-        tesk::Mesh mesh;
-        std::string error;
-        const bool ok = vexa::viewer::ReadModelFile(p, mesh, error);
-        benchmark::DoNotOptimize(mesh.GetVertices().Data());
-        return ok;
-    });
 }
 
 /// A binary PCD of `count` points "x y z rgb" (floats and a packed colour), as scanners and
@@ -145,46 +120,41 @@ std::string BinaryPcd(std::int64_t count)
                         "\nHEIGHT 1\nVIEWPOINT 0 0 0 1 0 0 0\nPOINTS " + std::to_string(count) + "\nDATA binary\n";
     const std::size_t header = bytes.size();
     bytes.resize(header + static_cast<std::size_t>(count) * 16);
-    char* out = bytes.data() + header;
-    for (std::int64_t i = 0; i < count; ++i, out += 16) {
-        const float t = static_cast<float>(i) * 1e-5f;
-        const float xyz[3] = {t * 0.5f - 1.0f, static_cast<float>(i % 1000) * 1e-3f, static_cast<float>(i % 7919) * 1e-4f};
+    for (std::int64_t i = 0; i < count; ++i) {
+        char* out = bytes.data() + header + i * 16;
+        WritePosition(out, i);
         const auto rgb = static_cast<std::uint32_t>(i * 2654435761LL) & 0xFFFFFFu;
-        std::memcpy(out, xyz, 12);
         std::memcpy(out + 12, &rgb, 4);
     }
     return bytes;
 }
 
-void BM_ReadPcd(benchmark::State& state)
+/// The viewer's whole path for a file (ReadModelFile) on the temp file `name`.
+void ReadModelFileAgainstFloor(benchmark::State& state, const std::string& name,
+                               const std::function<std::string()>& make)
 {
-    const std::string& path = BenchFile("points-" + std::to_string(state.range(0)) + ".pcd",
-                                        [&] { return BinaryPcd(state.range(0)); });
-    ReadAgainstFloor(state, path, [](const std::string& p) {
-        tesk::PointCloud cloud;
-        std::string error;
-        const bool ok = vexa::viewer::ReadPcd(p, cloud, error);
-        benchmark::DoNotOptimize(cloud.Data());
-        return ok;
-    });
-}
-
-void BM_ReadModelFilePcd(benchmark::State& state)
-{
-    const std::string& path = BenchFile("points-" + std::to_string(state.range(0)) + ".pcd",
-                                        [&] { return BinaryPcd(state.range(0)); });
-    ReadAgainstFloor(state, path, [](const std::string& p) {
+    ReadAgainstFloor(state, BenchFile(name, make), [](const std::string& path) {
         tesk::Mesh mesh;
         std::string error;
-        const bool ok = vexa::viewer::ReadModelFile(p, mesh, error);
+        const bool ok = vexa::viewer::ReadModelFile(path, mesh, error);
         benchmark::DoNotOptimize(mesh.GetVertices().Data());
         return ok;
     });
 }
 
+void BM_ReadModelFilePly(benchmark::State& state)
+{
+    ReadModelFileAgainstFloor(state, "points-" + std::to_string(state.range(0)) + ".ply",
+                              [&] { return BinaryPly(state.range(0)); });
+}
+
+void BM_ReadModelFilePcd(benchmark::State& state)
+{
+    ReadModelFileAgainstFloor(state, "points-" + std::to_string(state.range(0)) + ".pcd",
+                              [&] { return BinaryPcd(state.range(0)); });
+}
+
 } // namespace
 
-BENCHMARK(BM_ReadFileBytesFloor)->Arg(10 * kMillion)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ReadModelFilePly)->Arg(10 * kMillion)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_ReadPcd)->Arg(10 * kMillion)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ReadModelFilePcd)->Arg(10 * kMillion)->UseManualTime()->Unit(benchmark::kMillisecond);

@@ -149,6 +149,15 @@ struct GlRig {
     std::shared_ptr<vexa::draw::Scene> scene;
     plor::Framebuffer target;
 
+    /// The rig, or null after marking `state` skipped when no window can be had.
+    static GlRig* GetOrSkip(benchmark::State& state)
+    {
+        GlRig* rig = Get();
+        if (!rig)
+            state.SkipWithError("No OpenGL window could be created; run under xvfb-run");
+        return rig;
+    }
+
     static GlRig* Get()
     {
         static std::unique_ptr<GlRig> rig;
@@ -233,11 +242,9 @@ std::shared_ptr<vexa::draw::PointCloudRenderer> MakeColouredRenderer(const tesk:
 
 void BM_FirstFrame(benchmark::State& state)
 {
-    GlRig* rig = GlRig::Get();
-    if (!rig) {
-        state.SkipWithError("No OpenGL window could be created; run under xvfb-run");
+    GlRig* rig = GlRig::GetOrSkip(state);
+    if (!rig)
         return;
-    }
     const tesk::PointCloud& cloud = CloudOf(static_cast<std::size_t>(state.range(0)));
     const auto style = GlRig::MakeStyle();
     std::uint64_t uploads = 0;
@@ -268,11 +275,9 @@ void BM_FirstFrame(benchmark::State& state)
 /// read-back free), the baseline to the cloud frames.
 void BM_EmptyFrame(benchmark::State& state)
 {
-    GlRig* rig = GlRig::Get();
-    if (!rig) {
-        state.SkipWithError("No OpenGL window could be created; run under xvfb-run");
+    GlRig* rig = GlRig::GetOrSkip(state);
+    if (!rig)
         return;
-    }
     float angle = 0.0f;
     for (auto _ : state) {
         angle += 0.02f;
@@ -284,11 +289,9 @@ void BM_EmptyFrame(benchmark::State& state)
 
 void BM_CameraTurnFrame(benchmark::State& state)
 {
-    GlRig* rig = GlRig::Get();
-    if (!rig) {
-        state.SkipWithError("No OpenGL window could be created; run under xvfb-run");
+    GlRig* rig = GlRig::GetOrSkip(state);
+    if (!rig)
         return;
-    }
     const tesk::PointCloud& cloud = CloudOf(static_cast<std::size_t>(state.range(0)));
     auto renderer = MakeColouredRenderer(cloud);
     const int handle = rig->scene->AddInstance(renderer, GlRig::MakeStyle());
@@ -317,11 +320,9 @@ void BM_CameraTurnFrame(benchmark::State& state)
 /// "GPU" buffers in process memory, so under Xvfb this includes the vertex buffers.
 void BM_ResidentMemoryAfterUpload(benchmark::State& state)
 {
-    GlRig* rig = GlRig::Get();
-    if (!rig) {
-        state.SkipWithError("No OpenGL window could be created; run under xvfb-run");
+    GlRig* rig = GlRig::GetOrSkip(state);
+    if (!rig)
         return;
-    }
     const std::size_t count = static_cast<std::size_t>(state.range(0));
     const double points = static_cast<double>(count);
     const auto style = GlRig::MakeStyle();
@@ -455,11 +456,9 @@ void BM_PickPointCpu(benchmark::State& state)
 /// vertex buffer (mapping and unmapping included), with no CPU copy left in the renderer.
 void BM_PickPointMapped(benchmark::State& state)
 {
-    GlRig* rig = GlRig::Get();
-    if (!rig) {
-        state.SkipWithError("No OpenGL window could be created; run under xvfb-run");
+    GlRig* rig = GlRig::GetOrSkip(state);
+    if (!rig)
         return;
-    }
     const tesk::PointCloud& cloud = CloudOf(static_cast<std::size_t>(state.range(0)));
     const PickView view(state.range(1) != 0);
     auto renderer = std::make_shared<vexa::draw::PointCloudRenderer>(cloud);

@@ -3,6 +3,8 @@
 // must keep their last digits until the shift is subtracted), polygons cut into triangles,
 // and the one way a reader reports failure.
 
+#include "TextScan.h"
+
 #include <glm/vec3.hpp>
 
 #include <runa/rlog.h>
@@ -19,30 +21,6 @@
 #include <vector>
 
 namespace vexa::viewer {
-
-/// Parses the whole token as a double, with the forms ParseFloat accepts. Values beyond
-/// double's range become infinity (or zero) as they would in a program that wrote them.
-inline bool ParseDouble(std::string_view token, double& value)
-{
-    const char* first = token.data();
-    const char* last = first + token.size();
-    if (first != last && *first == '+') {
-        ++first;
-        if (first != last && *first == '-')
-            return false;
-    }
-    auto [end, code] = std::from_chars(first, last, value);
-    if (code == std::errc::result_out_of_range && end == last) {
-        const std::string_view rest(first, static_cast<std::size_t>(last - first));
-        const std::size_t e = rest.find_first_of("eE");
-        const bool tiny = e != std::string_view::npos && e + 1 < rest.size() && rest[e + 1] == '-';
-        const bool negative = !rest.empty() && rest.front() == '-';
-        const double inf = std::numeric_limits<double>::infinity();
-        value = tiny ? (negative ? -0.0 : 0.0) : (negative ? -inf : inf);
-        return true;
-    }
-    return code == std::errc() && end == last;
-}
 
 /// Parses a whole token as a signed integer (an optional '+' allowed).
 inline bool ParseInteger(std::string_view token, long long& value)

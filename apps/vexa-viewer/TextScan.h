@@ -71,37 +71,50 @@ void SplitTokens(std::string_view line, std::vector<std::string_view>& tokens, I
     }
 }
 
-/// Parses the whole token as a number: decimal, exponent, "nan" and "inf" forms, with an
-/// optional sign. Values beyond float's range become infinity (or zero) instead of failing,
-/// as they would when a program reads them as double and stores them as float.
+/// Drops an optional leading '+'; false for "+-" (one sign only).
+inline bool StripPlus(std::string_view& token)
+{
+    if (token.empty() || token.front() != '+')
+        return true;
+    token.remove_prefix(1);
+    return token.empty() || token.front() != '-';
+}
+
+/// Parses the whole token as a double: decimal, exponent, "nan" and "inf" forms, with an
+/// optional sign. Values beyond double's range become infinity (or zero, by the exponent's
+/// sign) as they would in a program that wrote them.
+inline bool ParseDouble(std::string_view token, double& value)
+{
+    if (!StripPlus(token))
+        return false;
+    const char* last = token.data() + token.size();
+    auto [end, code] = std::from_chars(token.data(), last, value);
+    if (code == std::errc::result_out_of_range && end == last) {
+        const std::size_t e = token.find_first_of("eE");
+        const bool tiny = e != std::string_view::npos && e + 1 < token.size() && token[e + 1] == '-';
+        const bool negative = token.front() == '-';
+        const double inf = std::numeric_limits<double>::infinity();
+        value = tiny ? (negative ? -0.0 : 0.0) : (negative ? -inf : inf);
+        return true;
+    }
+    return code == std::errc() && end == last;
+}
+
+/// The same as a float, rounded once. Values beyond float's range become infinity (or zero,
+/// or a subnormal) instead of failing, as they would when a program reads them as double and
+/// stores them as float.
 inline bool ParseFloat(std::string_view token, float& value)
 {
-    const char* first = token.data();
-    const char* last = first + token.size();
-    if (first != last && *first == '+') {
-        ++first;
-        if (first != last && *first == '-')
-            return false;
-    }
-    auto [end, code] = std::from_chars(first, last, value);
+    if (!StripPlus(token))
+        return false;
+    const char* last = token.data() + token.size();
+    auto [end, code] = std::from_chars(token.data(), last, value);
     if (code == std::errc::result_out_of_range) {
         double wide = 0.0;
-        auto [wideEnd, wideCode] = std::from_chars(first, last, wide);
-        if (wideCode == std::errc() && wideEnd == last) {
-            value = static_cast<float>(wide);
-            return true;
-        }
-        if (wideCode == std::errc::result_out_of_range && wideEnd == last) {
-            // Even a double cannot hold it: decide by the exponent's sign.
-            const std::string_view rest(first, static_cast<std::size_t>(last - first));
-            const std::size_t e = rest.find_first_of("eE");
-            const bool tiny = e != std::string_view::npos && e + 1 < rest.size() && rest[e + 1] == '-';
-            const bool negative = !rest.empty() && rest.front() == '-';
-            const float inf = std::numeric_limits<float>::infinity();
-            value = tiny ? (negative ? -0.0f : 0.0f) : (negative ? -inf : inf);
-            return true;
-        }
-        return false;
+        if (!ParseDouble(token, wide))
+            return false;
+        value = static_cast<float>(wide);
+        return true;
     }
     return code == std::errc() && end == last;
 }

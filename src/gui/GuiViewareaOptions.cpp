@@ -9,6 +9,7 @@
 
 #include <nubo/Combobox.h>
 
+#include <runa/BasisDefinition.h>
 #include <runa/rlog.h>
 
 #include <CEGUI/CEGUI.h>
@@ -118,16 +119,10 @@ CEGUI::Spinner* SpinnerOf(CEGUI::Window* root, const char* name)
 
 glm::vec3 GuiViewareaOptions::ModeAxis(int mode)
 {
-    switch (mode)
-    {
-    case 1: return {1.0f, 0.0f, 0.0f};
-    case 2: return {-1.0f, -0.0f, -0.0f};
-    case 3: return {0.0f, 1.0f, 0.0f};
-    case 4: return {-0.0f, -1.0f, -0.0f};
-    case 5: return {0.0f, 0.0f, 1.0f};
-    case 6: return {-0.0f, -0.0f, -1.0f};
-    default: return {0.0f, 0.0f, 0.0f};
-    }
+    // The modes run +X, -X, +Y, -Y, +Z, -Z; the axis codes +X, +Y, +Z, -X, -Y, -Z.
+    if (mode < 1 || mode >= kModeCount)
+        return glm::vec3(0.0f);
+    return runa::AxisVector(static_cast<std::uint8_t>((mode - 1) / 2 + (mode - 1) % 2 * 3));
 }
 
 GuiViewareaOptions::GuiViewareaOptions(Viewarea& area, CEGUI::Window* parent)
@@ -171,7 +166,11 @@ GuiViewareaOptions::GuiViewareaOptions(Viewarea& area, CEGUI::Window* parent)
     const auto on = [this](const char* child, const CEGUI::String& event, void (GuiViewareaOptions::*handler)()) {
         window_->getChild(child)->subscribeEvent(event, [this, handler](const CEGUI::EventArgs&) {
             if (updating_)
+            {
                 (this->*handler)();
+                // The controls show what the view area made of the change (clamped values).
+                Refresh();
+            }
             return true;
         });
     };
@@ -269,7 +268,6 @@ void GuiViewareaOptions::OnGround()
         area_.GetScene()->SetGridMode(*plane);
         Changed();
     }
-    Refresh();
 }
 
 void GuiViewareaOptions::OnCameraMode()
@@ -289,42 +287,36 @@ void GuiViewareaOptions::OnCameraMode()
         camera->SetFixedRotationEnabled(false);
         Changed();
     }
-    Refresh();
 }
 
 void GuiViewareaOptions::OnDrawAxes()
 {
     area_.SetAxesVisible(static_cast<CEGUI::ToggleButton*>(window_->getChild("check_drawaxes"))->isSelected());
     Changed();
-    Refresh();
 }
 
 void GuiViewareaOptions::OnGridUnits()
 {
     area_.GetScene()->SetGridUnits(static_cast<float>(SpinnerOf(window_, "spin_gridunits")->getCurrentValue()));
     Changed();
-    Refresh();
 }
 
 void GuiViewareaOptions::OnNear()
 {
     area_.GetScene()->SetNear(static_cast<float>(SpinnerOf(window_, "spin_projnear")->getCurrentValue()));
     Changed();
-    Refresh();
 }
 
 void GuiViewareaOptions::OnFar()
 {
     area_.GetScene()->SetFar(static_cast<float>(SpinnerOf(window_, "spin_projfar")->getCurrentValue()));
     Changed();
-    Refresh();
 }
 
 void GuiViewareaOptions::OnReset()
 {
     area_.GetCamera()->Reset();
     Changed();
-    Refresh();
 }
 
 } // namespace vexa

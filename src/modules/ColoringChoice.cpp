@@ -12,6 +12,16 @@
 
 namespace vexa::modules {
 
+int ColoringChoice::TakePreference(const ColoringPreference& preference, int colorsSource, int dataSource)
+{
+    if (preference.source == colorsSource)
+        coloringOption = preference.option;
+    else if (preference.source == dataSource)
+        dataOption = preference.option;
+    colorMap = preference.colorMap;
+    return preference.source;
+}
+
 void ColoringChoice::Validate(const ColoringData& data)
 {
     if (coloringOption < 0 || coloringOption >= static_cast<int>(data.GetColoringNames().size()))

@@ -31,12 +31,7 @@ void MeshGadget::Initialize()
         style.material = mesh_->GetRenderer()->GetSuggestedMaterial();
     if (mesh_->GetRenderer()->HasAlbedoTexturePath())
         style.albedoTexture = mesh_->GetRenderer()->GetAlbedoTexture();
-    colorSource_ = mesh_->GetPreferredColorSource();
-    if (colorSource_ == VertexColors)
-        choice_.coloringOption = mesh_->GetPreferredColorOption();
-    else if (colorSource_ == FloatDataMapping)
-        choice_.dataOption = mesh_->GetPreferredColorOption();
-    choice_.colorMap = mesh_->GetPreferredColorMap();
+    colorSource_ = choice_.TakePreference(mesh_->GetColoringPreference(), VertexColors, FloatDataMapping);
     if (!IsColorSourceOffered(colorSource_))
         colorSource_ = Material;
     choice_.Validate(mesh_->GetColoringData());

@@ -25,9 +25,7 @@ std::string MeshResource::GetSpaceId() const
 
 void MeshResource::SetPreferredColorSource(int source, int option, int colorMap)
 {
-    preferredSource_ = source;
-    preferredOption_ = option;
-    preferredColorMap_ = colorMap;
+    preference_ = {source, option, colorMap};
 }
 
 glm::vec3 MeshResource::CalculateCenterOfMass(const tesk::Mesh& mesh)

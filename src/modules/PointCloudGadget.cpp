@@ -53,12 +53,7 @@ void PointCloudGadget::Initialize()
         return;
     if (!stateRestored_)
     {
-        colorSource_ = cloud_->GetPreferredColorSource();
-        if (colorSource_ == Colors)
-            choice_.coloringOption = cloud_->GetPreferredColorOption();
-        else if (colorSource_ == DataMapping)
-            choice_.dataOption = cloud_->GetPreferredColorOption();
-        choice_.colorMap = cloud_->GetPreferredColorMap();
+        colorSource_ = choice_.TakePreference(cloud_->GetColoringPreference(), Colors, DataMapping);
     }
     ValidateChoices();
     OnColorSourceChange();

@@ -35,9 +35,7 @@ std::string PointCloudResource::GetSpaceId() const
 
 void PointCloudResource::SetPreferredColorSource(int source, int option, int colorMap)
 {
-    preferredSource_ = source;
-    preferredOption_ = option;
-    preferredColorMap_ = colorMap;
+    preference_ = {source, option, colorMap};
 }
 
 std::size_t PointCloudResource::SampleStep(std::size_t pointCount)

@@ -26,6 +26,15 @@ namespace vexa::modules {
 
 class ColoringData;
 
+/// How a gadget that has no choice of its own yet starts colouring a resource: a colour
+/// source in the gadget's own numbering, the colour set or float property it uses (`option`),
+/// and the colour map of a data mapping.
+struct ColoringPreference {
+    int source = 0;
+    int option = 0;
+    int colorMap = static_cast<int>(tesk::ColorMap::GrayScale);
+};
+
 class VEXA_API ColoringChoice {
 public:
     /// Plain members: the panel's rows link straight to them.
@@ -33,6 +42,10 @@ public:
     int dataOption = 0;
     float correction = 1.0f;
     int colorMap = static_cast<int>(tesk::ColorMap::GrayScale);
+
+    /// Takes the preference's option (as the colour set when its source is `colorsSource`, as
+    /// the float property when it is `dataSource`) and colour map; returns its source.
+    int TakePreference(const ColoringPreference& preference, int colorsSource, int dataSource);
 
     /// Options past the end of `data`'s lists become 0.
     void Validate(const ColoringData& data);

@@ -5,6 +5,7 @@
 
 #include <vexa/Export.h>
 #include <vexa/Resource.h>
+#include <vexa/modules/ColoringChoice.h>
 #include <vexa/modules/ColoringData.h>
 
 #include <tesk/MaterialModel.h>
@@ -75,9 +76,7 @@ public:
     /// How a view area's gadget starts colouring this mesh (a MeshGadget::ColorSource and the
     /// colour set or data index it uses); the gadget keeps no colouring in its state file.
     void SetPreferredColorSource(int source, int option = 0, int colorMap = 5);
-    int GetPreferredColorSource() const { return preferredSource_; }
-    int GetPreferredColorOption() const { return preferredOption_; }
-    int GetPreferredColorMap() const { return preferredColorMap_; }
+    const ColoringPreference& GetColoringPreference() const { return preference_; }
 
     /// The sum of vertices 0, 10, 20, ... divided by (vertex count / 10) in whole numbers:
     /// cheap for any size, and as coarse as intended; fewer than ten vertices divide by zero
@@ -99,9 +98,7 @@ private:
     std::optional<runa::SpaceDefinition> space_;
     glm::dvec3 originOffset_{0.0};
     ColoringData coloring_;
-    int preferredSource_ = 0;
-    int preferredOption_ = 0;
-    int preferredColorMap_ = 5;
+    ColoringPreference preference_;
 };
 #if defined(__GNUC__)
 #pragma GCC diagnostic pop

@@ -5,6 +5,7 @@
 
 #include <vexa/Export.h>
 #include <vexa/Resource.h>
+#include <vexa/modules/ColoringChoice.h>
 #include <vexa/modules/ColoringData.h>
 
 #include <tesk/Color.h>
@@ -74,9 +75,7 @@ public:
     /// preference, and as soon as the user has chosen in that view area, the saved choice rules.
     /// `colorMap` is the tesk::ColorMap a data mapping starts with.
     void SetPreferredColorSource(int source, int option = 0, int colorMap = 5);
-    int GetPreferredColorSource() const { return preferredSource_; }
-    int GetPreferredColorOption() const { return preferredOption_; }
-    int GetPreferredColorMap() const { return preferredColorMap_; }
+    const ColoringPreference& GetColoringPreference() const { return preference_; }
 
     /// The sampling the centre and radius use: every point below 1000 points, else every
     /// (count / 1000)-th.
@@ -98,9 +97,7 @@ private:
     float approxRadius_ = 0.0f;
     glm::dvec3 originOffset_{0.0};
     ColoringData coloring_;
-    int preferredSource_ = 0;
-    int preferredOption_ = 0;
-    int preferredColorMap_ = 5;
+    ColoringPreference preference_;
 };
 
 /// Makes a resource of `cloud` under `name` and, when the library is running, shows it (or
