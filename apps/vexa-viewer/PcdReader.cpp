@@ -1,5 +1,6 @@
 #include "PcdReader.h"
 
+#include "BinaryScalar.h"
 #include "CoordinateShift.h"
 #include "FileBytes.h"
 #include "Lzf.h"
@@ -55,9 +56,6 @@ std::string Quoted(std::string_view text)
 // ---------------------------------------------------------------------------------------------
 // Header
 // ---------------------------------------------------------------------------------------------
-
-/// One value type of the format: TYPE F, I or U with SIZE 1, 2, 4 or 8.
-enum class Scalar : std::uint8_t { Int8, Int16, Int32, Int64, UInt8, UInt16, UInt32, UInt64, Float32, Float64 };
 
 std::optional<Scalar> ScalarOf(char type, std::size_t size)
 {
@@ -331,21 +329,6 @@ struct Layout {
     std::vector<std::string> extraNames;
 };
 
-/// Separate colour channels are brought to 0..1 by their range, as in PLY files.
-float ChannelDivisor(Scalar scalar)
-{
-    switch (scalar) {
-    case Scalar::Int16:
-    case Scalar::UInt16:
-        return 65535.0f;
-    case Scalar::Float32:
-    case Scalar::Float64:
-        return 1.0f;
-    default:
-        return 255.0f;
-    }
-}
-
 bool MapFields(const PcdHeader& header, Layout& layout, std::string& message)
 {
     const std::vector<PcdField>& fields = header.fields;
@@ -368,7 +351,7 @@ bool MapFields(const PcdHeader& header, Layout& layout, std::string& message)
             index[c] = *i;
         }
         for (std::uint8_t c = 0; c < 3; ++c)
-            layout.roles[index[c]] = {role, c, 0, role == Role::Color ? ChannelDivisor(fields[index[c]].scalar) : 1.0f};
+            layout.roles[index[c]] = {role, c, 0, role == Role::Color ? ColorDivisor(fields[index[c]].scalar) : 1.0f};
         if (found != nullptr)
             *found = index;
         return true;
@@ -482,14 +465,6 @@ tesk::Color3f Unpack(std::uint32_t packed, const std::array<float, 256>& unit = 
 // Binary bodies (binary and binary_compressed)
 // ---------------------------------------------------------------------------------------------
 
-template <typename T>
-T Load(const unsigned char* source)
-{
-    T value;
-    std::memcpy(&value, source, sizeof(T));
-    return value;
-}
-
 /// The inner loop: one field of `count` consecutive points, its type fixed at compile time so
 /// that it compiles to a plain strided copy.
 template <typename T>
@@ -503,55 +478,7 @@ void ConvertColumn(const unsigned char* source, std::size_t stride, std::size_t 
 void ConvertColumn(Scalar scalar, const unsigned char* source, std::size_t stride, std::size_t count, float* out,
                    std::size_t outStride, float divisor)
 {
-    switch (scalar) {
-    case Scalar::Int8:
-        return ConvertColumn<std::int8_t>(source, stride, count, out, outStride, divisor);
-    case Scalar::Int16:
-        return ConvertColumn<std::int16_t>(source, stride, count, out, outStride, divisor);
-    case Scalar::Int32:
-        return ConvertColumn<std::int32_t>(source, stride, count, out, outStride, divisor);
-    case Scalar::Int64:
-        return ConvertColumn<std::int64_t>(source, stride, count, out, outStride, divisor);
-    case Scalar::UInt8:
-        return ConvertColumn<std::uint8_t>(source, stride, count, out, outStride, divisor);
-    case Scalar::UInt16:
-        return ConvertColumn<std::uint16_t>(source, stride, count, out, outStride, divisor);
-    case Scalar::UInt32:
-        return ConvertColumn<std::uint32_t>(source, stride, count, out, outStride, divisor);
-    case Scalar::UInt64:
-        return ConvertColumn<std::uint64_t>(source, stride, count, out, outStride, divisor);
-    case Scalar::Float32:
-        return ConvertColumn<float>(source, stride, count, out, outStride, divisor);
-    case Scalar::Float64:
-        return ConvertColumn<double>(source, stride, count, out, outStride, divisor);
-    }
-}
-
-double LoadDouble(Scalar scalar, const unsigned char* source)
-{
-    switch (scalar) {
-    case Scalar::Int8:
-        return Load<std::int8_t>(source);
-    case Scalar::Int16:
-        return Load<std::int16_t>(source);
-    case Scalar::Int32:
-        return Load<std::int32_t>(source);
-    case Scalar::Int64:
-        return static_cast<double>(Load<std::int64_t>(source));
-    case Scalar::UInt8:
-        return Load<std::uint8_t>(source);
-    case Scalar::UInt16:
-        return Load<std::uint16_t>(source);
-    case Scalar::UInt32:
-        return Load<std::uint32_t>(source);
-    case Scalar::UInt64:
-        return static_cast<double>(Load<std::uint64_t>(source));
-    case Scalar::Float32:
-        return Load<float>(source);
-    case Scalar::Float64:
-        return Load<double>(source);
-    }
-    return 0.0;
+    VisitScalar(scalar, [&]<class T>() { ConvertColumn<T>(source, stride, count, out, outStride, divisor); });
 }
 
 /// Where each field's values start and how far apart they are: within records for binary
@@ -566,7 +493,7 @@ double Coordinate(const PcdHeader& header, const Layout& layout, const std::vect
                   std::size_t index)
 {
     const std::size_t f = layout.position[c];
-    return LoadDouble(header.fields[f].scalar, columns[f].first + index * columns[f].stride);
+    return LoadScalar(header.fields[f].scalar, columns[f].first + index * columns[f].stride);
 }
 
 /// Lets the first point with three finite coordinates among `count` decide the shift.

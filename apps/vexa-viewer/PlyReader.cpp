@@ -1,5 +1,6 @@
 #include "PlyReader.h"
 
+#include "BinaryScalar.h"
 #include "CoordinateShift.h"
 #include "FileBytes.h"
 #include "MeshReading.h"
@@ -28,32 +29,6 @@ constexpr const char* Label = "vexa::viewer::ReadPly";
 // ---------------------------------------------------------------------------------------------
 // Header
 // ---------------------------------------------------------------------------------------------
-
-enum class Scalar : std::uint8_t { Int8, UInt8, Int16, UInt16, Int32, UInt32, Float32, Float64 };
-
-std::size_t ScalarSize(Scalar type)
-{
-    switch (type) {
-    case Scalar::Int8:
-    case Scalar::UInt8:
-        return 1;
-    case Scalar::Int16:
-    case Scalar::UInt16:
-        return 2;
-    case Scalar::Int32:
-    case Scalar::UInt32:
-    case Scalar::Float32:
-        return 4;
-    case Scalar::Float64:
-        return 8;
-    }
-    return 1;
-}
-
-bool IsInteger(Scalar type)
-{
-    return type != Scalar::Float32 && type != Scalar::Float64;
-}
 
 std::optional<Scalar> ScalarFromName(std::string_view name)
 {
@@ -257,21 +232,6 @@ std::optional<std::size_t> FindScalar(const PlyElement& element, std::string_vie
 
 /// Colour components of 8 and 16 bit types are brought to 0..1 by their range; wider integers
 /// are taken to hold 0..255 as some writers store bytes in ints; floats are 0..1 already.
-/// A divisor rather than a factor, so that byte 51 becomes exactly 0.2f.
-float ColorDivisor(Scalar type)
-{
-    switch (type) {
-    case Scalar::Int16:
-    case Scalar::UInt16:
-        return 65535.0f;
-    case Scalar::Float32:
-    case Scalar::Float64:
-        return 1.0f;
-    default:
-        return 255.0f;
-    }
-}
-
 bool MapVertexProperties(const PlyElement& vertex, VertexLayout& layout, std::string& message)
 {
     layout.roles.assign(vertex.properties.size(), PropertyRole{});
@@ -472,21 +432,6 @@ struct PendingPosition {
 // Binary body
 // ---------------------------------------------------------------------------------------------
 
-template <typename T, bool Swap>
-T Load(const unsigned char* source)
-{
-    unsigned char bytes[sizeof(T)];
-    if constexpr (Swap) {
-        for (std::size_t i = 0; i < sizeof(T); ++i)
-            bytes[i] = source[sizeof(T) - 1 - i];
-    } else {
-        std::memcpy(bytes, source, sizeof(T));
-    }
-    T value;
-    std::memcpy(&value, bytes, sizeof(T));
-    return value;
-}
-
 // The inner loop of binary reading: one property of `count` consecutive vertices, with the
 // type and byte order fixed at compile time so it compiles to a plain strided copy.
 template <typename T, bool Swap>
@@ -507,48 +452,7 @@ template <bool Swap>
 void ConvertColumn(Scalar type, const unsigned char* source, std::size_t stride, std::size_t count,
                    const Target& target, std::size_t first)
 {
-    switch (type) {
-    case Scalar::Int8:
-        return ConvertColumn<std::int8_t, Swap>(source, stride, count, target, first);
-    case Scalar::UInt8:
-        return ConvertColumn<std::uint8_t, Swap>(source, stride, count, target, first);
-    case Scalar::Int16:
-        return ConvertColumn<std::int16_t, Swap>(source, stride, count, target, first);
-    case Scalar::UInt16:
-        return ConvertColumn<std::uint16_t, Swap>(source, stride, count, target, first);
-    case Scalar::Int32:
-        return ConvertColumn<std::int32_t, Swap>(source, stride, count, target, first);
-    case Scalar::UInt32:
-        return ConvertColumn<std::uint32_t, Swap>(source, stride, count, target, first);
-    case Scalar::Float32:
-        return ConvertColumn<float, Swap>(source, stride, count, target, first);
-    case Scalar::Float64:
-        return ConvertColumn<double, Swap>(source, stride, count, target, first);
-    }
-}
-
-template <bool Swap>
-double LoadScalar(Scalar type, const unsigned char* source)
-{
-    switch (type) {
-    case Scalar::Int8:
-        return Load<std::int8_t, Swap>(source);
-    case Scalar::UInt8:
-        return Load<std::uint8_t, Swap>(source);
-    case Scalar::Int16:
-        return Load<std::int16_t, Swap>(source);
-    case Scalar::UInt16:
-        return Load<std::uint16_t, Swap>(source);
-    case Scalar::Int32:
-        return Load<std::int32_t, Swap>(source);
-    case Scalar::UInt32:
-        return Load<std::uint32_t, Swap>(source);
-    case Scalar::Float32:
-        return Load<float, Swap>(source);
-    case Scalar::Float64:
-        return Load<double, Swap>(source);
-    }
-    return 0.0;
+    VisitScalar(type, [&]<class T>() { ConvertColumn<T, Swap>(source, stride, count, target, first); });
 }
 
 /// A face corner read as a double (any index type) as a vertex number; negative, fractional
