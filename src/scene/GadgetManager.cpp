@@ -78,6 +78,12 @@ const std::shared_ptr<Gadget>& GadgetManager::GetGadget(const ResourceId& id) co
     return it->second;
 }
 
+bool GadgetManager::IsListed(const std::shared_ptr<Gadget>& gadget) const
+{
+    auto it = gadgets_.find(gadget->GetId());
+    return it != gadgets_.end() && it->second == gadget;
+}
+
 bool GadgetManager::HasGadget(const ResourceId& id) const
 {
     return gadgets_.count(id) != 0;

@@ -75,13 +75,28 @@ public:
         EventStatus status = EventStatus::NotConsumed;
         if (gadgets_.empty())
             return status;
-        std::vector<std::pair<ResourceId, std::shared_ptr<Gadget>>> walk(gadgets_.begin(), gadgets_.end());
-        for (auto& [gadgetId, gadget] : walk)
-        {
-            auto it = gadgets_.find(gadgetId);
-            if (it != gadgets_.end() && it->second == gadget)
+        // Pointer moves come by the hundred a second: the walk's list keeps its memory from
+        // one event to the next, and an event sent from inside a handler gets its own list.
+        std::vector<std::shared_ptr<Gadget>> nested;
+        const bool outer = !routing_;
+        std::vector<std::shared_ptr<Gadget>>& walk = outer ? walkBuffer_ : nested;
+        routing_ = true;
+        struct Done {
+            GadgetManager& manager;
+            std::vector<std::shared_ptr<Gadget>>& walk;
+            bool outer;
+            ~Done()
+            {
+                walk.clear();
+                if (outer)
+                    manager.routing_ = false;
+            }
+        } done{*this, walk, outer};
+        for (const auto& entry : gadgets_)
+            walk.push_back(entry.second);
+        for (const std::shared_ptr<Gadget>& gadget : walk)
+            if (IsListed(gadget))
                 status = call(*gadget, status);
-        }
         return status;
     }
 
@@ -93,6 +108,8 @@ public:
     void UpdateViewport();
 
 private:
+    /// Whether `gadget` is still the one listed for its resource.
+    bool IsListed(const std::shared_ptr<Gadget>& gadget) const;
     bool OnWindowChanged(const CEGUI::EventArgs& args);
 
     ResourceId id_;
@@ -104,6 +121,8 @@ private:
     std::map<ResourceId, std::set<int>> handles_;
     int cameraSubscription_ = 0;
     std::vector<CEGUI::Event::Connection> connections_;
+    std::vector<std::shared_ptr<Gadget>> walkBuffer_;
+    bool routing_ = false;
 };
 
 } // namespace vexa
