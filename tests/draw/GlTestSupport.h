@@ -96,7 +96,6 @@ public:
 
     int Width() const { return width_; }
     int Height() const { return height_; }
-    bool Empty() const { return data_.empty(); }
 
     /// (x, y) from the top-left corner; out-of-range pixels read as transparent black.
     Rgba At(int x, int y) const
@@ -177,16 +176,12 @@ protected:
     }
 
     /// The off-screen target's pixels.
-    Pixels ReadTarget() const { return Read(target_); }
-
-    /// Any single-sampled framebuffer's pixels.
-    static Pixels Read(const plor::Framebuffer& framebuffer)
+    Pixels ReadTarget() const
     {
-        framebuffer.Bind();
-        std::vector<std::uint8_t> data =
-            plor::ReadPixelsRgba(0, 0, framebuffer.GetWidth(), framebuffer.GetHeight());
+        target_.Bind();
+        std::vector<std::uint8_t> data = plor::ReadPixelsRgba(0, 0, kSize, kSize);
         plor::Framebuffer::BindDefault();
-        return Pixels(framebuffer.GetWidth(), framebuffer.GetHeight(), std::move(data));
+        return Pixels(kSize, kSize, std::move(data));
     }
 
     /// Looks from `eye` at `center` with a 45 degree field of view over the whole target, with
@@ -245,10 +240,10 @@ protected:
         return Render();
     }
 
-    void LookAtOriginFrom(const glm::vec3& eye)
+    void LookAtOriginFrom(const glm::vec3& eye, const glm::vec3& up = {0.0f, 1.0f, 0.0f})
     {
         scene_->GetCamera()->SetPosition(eye);
-        scene_->GetCamera()->LookAt(glm::vec3(0.0f), {0.0f, 1.0f, 0.0f});
+        scene_->GetCamera()->LookAt(glm::vec3(0.0f), up);
     }
 
     /// Where a world point lands in the picture (x right, y down, continuous pixels).

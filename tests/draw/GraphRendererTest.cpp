@@ -7,17 +7,8 @@
 
 #include <vexa/draw/GraphRenderer.h>
 #include <vexa/draw/GraphStyle.h>
-#include <vexa/draw/RenderSystem.h>
-#include <vexa/draw/Scene.h>
-
-#include <plor/Gl.h>
-
-#include <gtest/gtest.h>
 
 #include <limits>
-#include <memory>
-#include <sstream>
-#include <vector>
 
 using namespace vexa::draw;
 using namespace gl_test_support;

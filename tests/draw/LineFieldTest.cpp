@@ -7,20 +7,8 @@
 
 #include <vexa/draw/LineFieldRenderer.h>
 #include <vexa/draw/LineFieldStyle.h>
-#include <vexa/draw/RenderContext.h>
-
-#include <plor/Gl.h>
-#include <plor/Program.h>
-
-#include <glbinding/gl/gl.h>
-#include <gtest/gtest.h>
-
-#include <glm/glm.hpp>
-#include <glm/gtc/matrix_transform.hpp>
 
 #include <limits>
-#include <sstream>
-#include <vector>
 
 using namespace vexa::draw;
 using gl_test_support::Pixels;
@@ -149,23 +137,17 @@ TEST_F(LineFieldGlTest, OnTopDrawsOverNearerContent)
     LineFieldRenderer line(
         std::vector<geom::LineSegment3>{{glm::vec3(-10.0f, 0.0f, 0.0f), glm::vec3(10.0f, 0.0f, 0.0f)}});
     LineFieldStyle lineStyle = StyleOf({1.0f, 0.0f, 0.0f}, 3.0f);
+    const auto drawBoth = [&] {
+        occluder.Render(context_, occluderStyle);
+        line.Render(context_, lineStyle);
+    };
 
-    Pixels pixels = DrawDirect(
-        [&] {
-            occluder.Render(context_, occluderStyle);
-            line.Render(context_, lineStyle);
-        },
-        kBlack);
+    Pixels pixels = DrawDirect(drawBoth, kBlack);
     EXPECT_TRUE(gl_test_support::Near(pixels.At(64, 64), kBlue)) << pixels.At(64, 64);
     EXPECT_TRUE(gl_test_support::Near(pixels.At(10, 64), kRed, 40)) << pixels.At(10, 64);
 
     lineStyle.onTop = true;
-    pixels = DrawDirect(
-        [&] {
-            occluder.Render(context_, occluderStyle);
-            line.Render(context_, lineStyle);
-        },
-        kBlack);
+    pixels = DrawDirect(drawBoth, kBlack);
     EXPECT_TRUE(gl_test_support::Near(pixels.At(64, 64), kRed, 40)) << pixels.At(64, 64);
     EXPECT_TRUE(gl_test_support::Near(pixels.At(64, 40), kBlue)) << pixels.At(64, 40);
     // Drawing on top must not leave depth testing off for the content drawn after it.

@@ -3,30 +3,16 @@
 
 #include <vexa/draw/PointCloudRenderer.h>
 #include <vexa/draw/PointCloudStyle.h>
-#include <vexa/draw/RenderSystem.h>
-#include <vexa/draw/Scene.h>
 
 #include <plor/ArrayObject.h>
-#include <plor/Gl.h>
 
-#include <tesk/ColorMap.h>
 #include <tesk/PointCloud.h>
 
 #include "GlTestSupport.h"
 #include "LogCapture.h"
 
-#include <gtest/gtest.h>
-
-#include <glm/glm.hpp>
-
-#include <cmath>
 #include <limits>
-#include <memory>
 #include <optional>
-#include <span>
-#include <sstream>
-#include <string>
-#include <vector>
 
 using namespace vexa::draw;
 using namespace gl_test_support;
@@ -64,10 +50,7 @@ std::shared_ptr<PointCloudStyle> FlatStyle(int colorMode = ColorMode::Material)
     return style;
 }
 
-class PointCloudGlTest : public GlTest {
-protected:
-    Pixels Draw() { return Render(); }
-};
+using PointCloudGlTest = GlTest;
 
 } // namespace
 
@@ -147,7 +130,7 @@ TEST_F(PointCloudGlTest, PerPointColoursLandWhereTheirPointsAre)
     auto style = FlatStyle(ColorMode::PerPoint);
     ASSERT_GT(scene_->AddInstance(renderer, style), 0);
 
-    Pixels pixels = Draw();
+    Pixels pixels = Render();
     EXPECT_TRUE(IsRed(pixels.At(kLeftX, kMidY))) << pixels.At(kLeftX, kMidY);
     EXPECT_TRUE(IsGreen(pixels.At(kRightX, kMidY))) << pixels.At(kRightX, kMidY);
     EXPECT_EQ(pixels.Count(IsRed, 64, 0, kSize, kSize), 0) << "red only on the left";
@@ -160,32 +143,17 @@ TEST_F(PointCloudGlTest, PerPointColoursLandWhereTheirPointsAre)
 
     // Colours replaced in place swap the sides; the material mode ignores them.
     ASSERT_TRUE(renderer->SetColors(std::vector<tesk::Color3f>{{0, 1, 0}, {1, 0, 0}}));
-    pixels = Draw();
+    pixels = Render();
     EXPECT_TRUE(IsGreen(pixels.At(kLeftX, kMidY))) << pixels.At(kLeftX, kMidY);
     EXPECT_TRUE(IsRed(pixels.At(kRightX, kMidY))) << pixels.At(kRightX, kMidY);
     style->colorMode = ColorMode::Material;
-    pixels = Draw();
+    pixels = Render();
     EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), Rgba{255, 255, 0, 255}));
 
     // A bigger point size covers more pixels.
     style->pointSize = 20.0f;
-    pixels = Draw();
+    pixels = Render();
     EXPECT_GT(pixels.CountDifferent(kBackground), 4 * redPixels);
-}
-
-TEST_F(PointCloudGlTest, DataMappedThroughAColourMapShowsTheMapsEnds)
-{
-    auto renderer = std::make_shared<PointCloudRenderer>(MakeCloud({kLeft, kRight}));
-    const std::vector<float> values{0.0f, 1.0f};
-    ASSERT_TRUE(renderer->SetColors(tesk::MapValuesToColors(values, tesk::ColorMap::Thermal)));
-    ASSERT_GT(scene_->AddInstance(renderer, FlatStyle(ColorMode::PerPoint)), 0);
-
-    const Pixels pixels = Draw();
-    const std::span<const tesk::Color3f> keys = tesk::ColorMapKeys(tesk::ColorMap::Thermal);
-    const Rgba first = FromFloat(keys.front().r, keys.front().g, keys.front().b);
-    const Rgba last = FromFloat(keys.back().r, keys.back().g, keys.back().b);
-    EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), first));
-    EXPECT_TRUE(Looks(pixels.At(kRightX, kMidY), last));
 }
 
 TEST_F(PointCloudGlTest, NormalsColourLightAndCullThePoints)
@@ -195,19 +163,19 @@ TEST_F(PointCloudGlTest, NormalsColourLightAndCullThePoints)
     auto style = FlatStyle(ColorMode::Normals);
     ASSERT_GT(scene_->AddInstance(renderer, style), 0);
 
-    Pixels pixels = Draw();
+    Pixels pixels = Render();
     EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), Rgba{128, 128, 255, 255}, 4));
     EXPECT_TRUE(Looks(pixels.At(kRightX, kMidY), Rgba{128, 128, 0, 255}, 4));
 
     // Culling removes the point that faces away, and only that one.
     style->cullBackFacing = true;
-    pixels = Draw();
+    pixels = Render();
     EXPECT_FALSE(IsBackground(pixels.At(kLeftX, kMidY)));
     EXPECT_EQ(pixels.Count(IsDrawn, 64, 0, kSize, kSize), 0) << "nothing is left on the right";
 
     // Without normals in use there is nothing to cull or colour by: both points in the material colour.
     style->useNormals = false;
-    pixels = Draw();
+    pixels = Render();
     EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), Rgba{255, 255, 0, 255}));
     EXPECT_TRUE(Looks(pixels.At(kRightX, kMidY), Rgba{255, 255, 0, 255}));
 
@@ -222,7 +190,7 @@ TEST_F(PointCloudGlTest, NormalsColourLightAndCullThePoints)
     headlight->direction = {0.0f, 0.0f, -1.0f};
     headlight->intensity = 0.5f;
     scene_->SetLights({headlight});
-    pixels = Draw();
+    pixels = Render();
     // Ambient 0.25 plus half the light head-on: 0.75 of white, on both sides (two-sided).
     EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), Rgba{191, 191, 191, 255}, 4));
     EXPECT_TRUE(Looks(pixels.At(kRightX, kMidY), Rgba{191, 191, 191, 255}, 4));
@@ -230,10 +198,10 @@ TEST_F(PointCloudGlTest, NormalsColourLightAndCullThePoints)
     // Per-point colours are data: the same light leaves them as they are, unless asked.
     ASSERT_TRUE(renderer->SetColors(std::vector<tesk::Color3f>(2, tesk::Color3f(1.0f, 1.0f, 1.0f))));
     style->colorMode = ColorMode::PerPoint;
-    pixels = Draw();
+    pixels = Render();
     EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), Rgba{255, 255, 255, 255}, 4));
     style->shadeColors = true;
-    pixels = Draw();
+    pixels = Render();
     EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), Rgba{191, 191, 191, 255}, 4));
 }
 
@@ -246,7 +214,7 @@ TEST_F(PointCloudGlTest, NormalLinesAndOrientedDiscs)
     const int handle = scene_->AddInstance(renderer, style);
     ASSERT_GT(handle, 0);
     style->material.color = {1.0f, 0.0f, 0.0f};
-    const int round = Draw().Count(IsRed);
+    const int round = Render().Count(IsRed);
     ASSERT_TRUE(scene_->RemoveInstance(handle));
     style->orientedDiscs = true;
     style->material.color = {1.0f, 0.0f, 0.0f};
@@ -254,7 +222,7 @@ TEST_F(PointCloudGlTest, NormalLinesAndOrientedDiscs)
     style->normalLength = 1.0f;
     ASSERT_GT(scene_->AddInstance(renderer, style), 0);
 
-    Pixels pixels = Draw();
+    Pixels pixels = Render();
     EXPECT_EQ(pixels.Count(IsGreen), 0);
     const int edgeOn = pixels.Count(IsRed);
     EXPECT_GT(edgeOn, 0);
@@ -263,14 +231,14 @@ TEST_F(PointCloudGlTest, NormalLinesAndOrientedDiscs)
     EXPECT_GT(round, edgeOn * 2);
 
     style->showNormals = true;
-    pixels = Draw();
+    pixels = Render();
     // One unit at five units' distance is about 31 pixels to the right.
     EXPECT_GT(pixels.Count(IsGreen, kLeftX + 6, kMidY - 2, kLeftX + 28, kMidY + 2), 15);
     EXPECT_EQ(pixels.Count(IsGreen, 0, 0, kLeftX - 2, kSize), 0);
 
     // Without normals in use the line goes and the disc turns round.
     style->useNormals = false;
-    pixels = Draw();
+    pixels = Render();
     EXPECT_EQ(pixels.Count(IsGreen), 0);
     EXPECT_GT(pixels.Count(IsRed), edgeOn * 2);
 }
@@ -289,7 +257,7 @@ TEST_F(PointCloudGlTest, EmptyAndNonFiniteCloudsDrawSafely)
     ASSERT_GT(scene_->AddInstance(broken, style), 0);
     EXPECT_TRUE(log.Contains("2 of 3 points have a non-finite coordinate and are not drawn", kBuildLabel));
 
-    const Pixels pixels = Draw();
+    const Pixels pixels = Render();
     // Only the finite point shows (its broken normal just leaves it unoriented).
     EXPECT_FALSE(IsBackground(pixels.At(kRightX, kMidY))) << pixels.At(kRightX, kMidY);
     EXPECT_EQ(pixels.Count(IsDrawn, 0, 0, 80, kSize), 0);
@@ -310,7 +278,7 @@ TEST_F(PointCloudGlTest, CameraMovesUploadNothingAndColoursUploadOnlyTheirBuffer
 
     const std::uint64_t uploadsBefore = plor::ArrayObject::GetUploadCount();
     const std::uint64_t bytesBefore = plor::ArrayObject::GetUploadedBytes();
-    Draw();
+    Render();
     EXPECT_FALSE(renderer->HasPendingData());
     EXPECT_EQ(renderer->GetCpuDataBytes(), 0u) << "the CPU copy goes once uploaded";
     EXPECT_EQ(plor::ArrayObject::GetUploadedBytes() - bytesBefore, 2 * kCount * sizeof(glm::vec3));
@@ -318,9 +286,9 @@ TEST_F(PointCloudGlTest, CameraMovesUploadNothingAndColoursUploadOnlyTheirBuffer
     const std::uint64_t uploadsAfterFirst = plor::ArrayObject::GetUploadCount();
     EXPECT_EQ(uploadsAfterFirst - uploadsBefore, 2u) << "positions and normals";
     scene_->GetCamera()->Pan(0.05f);
-    const Pixels moved = Draw();
+    const Pixels moved = Render();
     scene_->GetCamera()->Tilt(0.05f);
-    Draw();
+    Render();
     EXPECT_EQ(plor::ArrayObject::GetUploadCount(), uploadsAfterFirst) << "a camera move uploads nothing";
     EXPECT_GT(moved.CountDifferent(kBackground), 0);
 
@@ -330,7 +298,7 @@ TEST_F(PointCloudGlTest, CameraMovesUploadNothingAndColoursUploadOnlyTheirBuffer
         const std::uint64_t bytes = plor::ArrayObject::GetUploadedBytes();
         ASSERT_TRUE(renderer->SetColors(std::vector<tesk::Color3f>(kCount, tesk::Color3f(0, 0, 1))));
         EXPECT_EQ(renderer->GetCpuDataBytes(), kCount * sizeof(tesk::Color3f));
-        Draw();
+        Render();
         EXPECT_EQ(plor::ArrayObject::GetUploadCount() - uploads, 1u) << "round " << round;
         EXPECT_EQ(plor::ArrayObject::GetUploadedBytes() - bytes, kCount * sizeof(tesk::Color3f))
             << "round " << round;
@@ -339,7 +307,7 @@ TEST_F(PointCloudGlTest, CameraMovesUploadNothingAndColoursUploadOnlyTheirBuffer
 
     // Released, the renderer draws nothing rather than half a cloud.
     renderer->ReleaseGpuResources();
-    const Pixels released = Draw();
+    const Pixels released = Render();
     EXPECT_EQ(released.CountDifferent(kBackground), 0);
 }
 

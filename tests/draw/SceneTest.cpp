@@ -1,12 +1,19 @@
+// Scenes (instances, clipping planes, projection, bounds, grid settings) and the projection
+// helpers they build on; no GL needed.
+
+#include <vexa/draw/ProjectionParams.h>
 #include <vexa/draw/Renderer.h>
 #include <vexa/draw/Scene.h>
 #include <vexa/draw/Style.h>
 
+#include "GlmNear.h"
 #include "LogCapture.h"
 
 #include <gtest/gtest.h>
 
 #include <glm/ext/matrix_clip_space.hpp>
+#include <glm/ext/matrix_projection.hpp>
+#include <glm/ext/matrix_transform.hpp>
 #include <glm/glm.hpp>
 #include <glm/gtc/quaternion.hpp>
 
@@ -38,6 +45,18 @@ private:
 };
 
 constexpr const char* kAddLabel = "vexa::draw::Scene::AddInstance";
+constexpr float kPi = std::numbers::pi_v<float>;
+
+using testing_support::Near;
+
+bool IsFinite(const glm::mat4& m)
+{
+    for (int c = 0; c < 4; ++c)
+        for (int r = 0; r < 4; ++r)
+            if (!std::isfinite(m[c][r]))
+                return false;
+    return true;
+}
 
 } // namespace
 
@@ -99,15 +118,12 @@ TEST(SceneTest, ClippingPlanesStayUsable)
     EXPECT_FLOAT_EQ(scene.GetNear(), 0.5f);
     EXPECT_FLOAT_EQ(scene.GetFar(), 50.0f);
 
-    const glm::mat4 projection = scene.GetProjectionMatrix();
-    for (int c = 0; c < 4; ++c)
-        for (int r = 0; r < 4; ++r)
-            EXPECT_TRUE(std::isfinite(projection[c][r]));
+    EXPECT_TRUE(IsFinite(scene.GetProjectionMatrix()));
 }
 
 TEST(SceneTest, ProjectionFollowsTheViewportAspect)
 {
-    const float fovY = std::numbers::pi_v<float> / 3.0f;
+    const float fovY = kPi / 3.0f;
     Scene scene(glm::ivec4(10, 20, 210, 120)); // 200 x 100
     scene.SetFovY(fovY);
     scene.SetNearFar(0.1f, 50.0f);
@@ -120,12 +136,8 @@ TEST(SceneTest, ProjectionFollowsTheViewportAspect)
             EXPECT_NEAR(actual[c][r], expected[c][r], 1e-5f);
 
     const ProjectionParams params = scene.GetProjectionParams();
-    EXPECT_FLOAT_EQ(params.fovY, fovY);
     EXPECT_FLOAT_EQ(params.fovX, scene.GetFovX());
-    EXPECT_FLOAT_EQ(params.nearPlane, 0.1f);
-    EXPECT_FLOAT_EQ(params.farPlane, 50.0f);
     EXPECT_EQ(params.viewport, glm::ivec4(10, 20, 210, 120));
-    EXPECT_NEAR(params.projection[0][0], expected[0][0], 1e-5f);
 
     // A view that is not laid out yet still gets a square projection.
     testing_support::LogCapture log;
@@ -147,7 +159,7 @@ TEST(SceneTest, BoundingBoxUsesTheStyleTransformAndSkipsHiddenContent)
     auto style = std::make_shared<Style>();
     // Rotated a quarter turn about Z, stretched along the box's own X, then moved.
     style->transform = tesk::Transform({10.0f, 0.0f, 0.0f},
-                                       glm::angleAxis(std::numbers::pi_v<float> / 2.0f, glm::vec3(0, 0, 1)),
+                                       glm::angleAxis(kPi / 2.0f, glm::vec3(0, 0, 1)),
                                        {3.0f, 1.0f, 1.0f});
     scene.AddInstance(std::make_shared<BoxRenderer>(geom::TAabb<3, float>({-1, -1, -1}, {1, 1, 1})), style);
 
@@ -172,11 +184,8 @@ TEST(SceneTest, BoundingBoxUsesTheStyleTransformAndSkipsHiddenContent)
 TEST(SceneTest, GridSettingsRejectNonsense)
 {
     Scene scene;
-    EXPECT_EQ(scene.GetGridMode(), GridMode::None);
-    scene.SetGridMode(GridMode::ZX);
-    EXPECT_EQ(scene.GetGridMode(), GridMode::ZX);
-
     testing_support::LogCapture log;
+    scene.SetGridMode(GridMode::ZX);
     scene.SetGridMode(4);
     EXPECT_EQ(scene.GetGridMode(), GridMode::None);
     scene.SetGridMode(GridMode::XY);
@@ -189,4 +198,67 @@ TEST(SceneTest, GridSettingsRejectNonsense)
     scene.SetGridUnits(std::numeric_limits<float>::infinity());
     EXPECT_FLOAT_EQ(scene.GetGridUnits(), 0.25f);
     EXPECT_EQ(log.messages.size(), 5u);
+}
+
+TEST(ProjectionParams, PerspectiveAndFieldsOfViewStayConsistent)
+{
+    const ProjectionParams params = MakeProjectionParams(0.8f, 0.5f, 40.0f, {100, 50, 900, 450});
+    EXPECT_EQ(params.ViewportWidth(), 800);
+    EXPECT_EQ(params.projection, glm::perspective(0.8f, 2.0f, 0.5f, 40.0f));
+    // tan(45 deg) * sqrt(3) = tan(60 deg).
+    EXPECT_NEAR(FovXFromFovY(kPi / 2.0f, std::sqrt(3.0f)), 2.0f * kPi / 3.0f, 1e-5f);
+    EXPECT_FLOAT_EQ(params.fovX, FovXFromFovY(0.8f, 2.0f));
+    EXPECT_FLOAT_EQ(ViewportAspect({10, 10, 5, 20}), 1.0f); // not laid out yet
+
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const glm::vec4 unusable[] = {{kPi, 1, 0.1f, 10}, {nan, 1, 0.1f, 10}, {1, 0, 0.1f, 10},
+                                  {1, nan, 0.1f, 10}, {1, 1, 0, 10},      {1, 1, 5, 5}};
+    for (const glm::vec4& u : unusable) {
+        testing_support::LogCapture log;
+        EXPECT_TRUE(IsFinite(MakePerspective(u[0], u[1], u[2], u[3])));
+        EXPECT_EQ(log.messages.size(), 1u);
+    }
+}
+
+TEST(ProjectionParams, UnprojectAgreesWithGlmUnProject)
+{
+    const glm::mat4 projection = glm::perspective(0.9f, 800.0f / 600.0f, 0.1f, 100.0f);
+    const glm::vec3 eye(3, 2, 5);
+    const glm::mat4 view = glm::lookAt(eye, glm::vec3(0, 0.5f, 0), glm::vec3(0, 1, 0));
+    const glm::ivec4 viewport(0, 0, 800, 600);
+    const glm::vec2 pixels[] = {{0, 0}, {400, 300}, {799, 1}, {123.5f, 456.25f}};
+    for (const glm::vec2& pixel : pixels) {
+        for (float depth : {-1.0f, 0.0f, 0.9f}) {
+            // glm counts rows from the bottom and takes window depth in 0..1.
+            const glm::vec3 expected = glm::unProject(glm::vec3(pixel.x, 600.0f - pixel.y, 0.5f * depth + 0.5f),
+                                                      view, projection, glm::vec4(0, 0, 800, 600));
+            const glm::vec3 actual = UnprojectScreenPoint(pixel, depth, projection, view, viewport);
+            EXPECT_TRUE(Near(actual, expected, 1e-3f * (1.0f + glm::length(expected))))
+                << "pixel " << pixel.x << ", " << pixel.y << " depth " << depth;
+        }
+    }
+
+    // The centre pixel on the near plane is straight ahead at the near distance, and pixels are
+    // measured from the viewport's own corner.
+    const glm::vec3 forward = glm::normalize(glm::vec3(0, 0.5f, 0) - eye);
+    EXPECT_TRUE(Near(UnprojectScreenPoint({400, 300}, -1.0f, projection, view, viewport), eye + 0.1f * forward,
+                     1e-4f));
+    EXPECT_TRUE(Near(UnprojectScreenPoint({523.5f, 506.25f}, 0.0f, projection, view, {100, 50, 900, 650}),
+                     UnprojectScreenPoint({423.5f, 456.25f}, 0.0f, projection, view, viewport), 1e-4f));
+}
+
+TEST(ProjectionParams, UnprojectStaysFiniteOnDegenerateInput)
+{
+    const glm::mat4 projection = glm::perspective(0.9f, 1.0f, 0.1f, 100.0f);
+    const glm::mat4 view(1.0f);
+    testing_support::LogCapture log;
+
+    // An empty viewport has only its centre.
+    const glm::vec3 centre = UnprojectScreenPoint({0, 0}, -1.0f, projection, view, glm::ivec4(0));
+    EXPECT_TRUE(Near(centre, {0, 0, -0.1f}, 1e-5f));
+    ASSERT_EQ(log.messages.size(), 1u);
+
+    EXPECT_EQ(UnprojectScreenPoint({5, 5}, 0.0f, glm::mat4(0.0f), view, {0, 0, 10, 10}), glm::vec3(0.0f));
+    ASSERT_EQ(log.messages.size(), 2u);
+    EXPECT_EQ(log.messages[1].label, "vexa::draw::UnprojectScreenPoint");
 }

@@ -5,25 +5,13 @@
 #include "GlTestSupport.h"
 #include "LogCapture.h"
 
-#include <vexa/draw/RenderContext.h>
-#include <vexa/draw/RenderSystem.h>
-#include <vexa/draw/Scene.h>
 #include <vexa/draw/SkeletonRenderer.h>
 #include <vexa/draw/SkeletonStyle.h>
 
 #include <plor/ArrayObject.h>
-#include <plor/Gl.h>
-#include <plor/Program.h>
 
-#include <glbinding/gl/gl.h>
-#include <gtest/gtest.h>
-
-#include <glm/glm.hpp>
-#include <glm/gtc/matrix_transform.hpp>
 #include <glm/gtc/quaternion.hpp>
 
-#include <memory>
-#include <sstream>
 #include <string>
 
 using namespace vexa::draw;
@@ -59,18 +47,12 @@ protected:
         if (!HasFatalFailure())
             LookAtOriginFrom({0.0f, 0.0f, 5.0f});
     }
-
-    Pixels Draw(const std::shared_ptr<SkeletonRenderer>& renderer,
-                const std::shared_ptr<SkeletonStyle>& style)
-    {
-        return Render(renderer, style);
-    }
 };
 
 TEST_F(SkeletonRendererGlTest, StickmanDrawsALineBetweenTheJoints)
 {
     auto renderer = std::make_shared<SkeletonRenderer>(MakeArm());
-    const Pixels pixels = Draw(renderer, RedBones(SkeletonRenderMode::Stickman));
+    const Pixels pixels = Render(renderer, RedBones(SkeletonRenderMode::Stickman));
 
     // Along the bone, a thin red line; above and below it nothing.
     for (const float x : {-0.75f, -0.25f, 0.25f, 0.75f}) {
@@ -86,9 +68,9 @@ TEST_F(SkeletonRendererGlTest, StickmanDrawsALineBetweenTheJoints)
 TEST_F(SkeletonRendererGlTest, OctahedronsFillMoreThanWiresAndWiresMoreThanSticks)
 {
     auto renderer = std::make_shared<SkeletonRenderer>(MakeArm());
-    const int stick = Draw(renderer, RedBones(SkeletonRenderMode::Stickman)).Count(IsDrawn);
-    const Pixels wired = Draw(renderer, RedBones(SkeletonRenderMode::WiredOctahedron));
-    const Pixels solid = Draw(renderer, RedBones(SkeletonRenderMode::Octahedron));
+    const int stick = Render(renderer, RedBones(SkeletonRenderMode::Stickman)).Count(IsDrawn);
+    const Pixels wired = Render(renderer, RedBones(SkeletonRenderMode::WiredOctahedron));
+    const Pixels solid = Render(renderer, RedBones(SkeletonRenderMode::Octahedron));
     EXPECT_GT(wired.Count(IsDrawn), stick + 20);
     EXPECT_GT(solid.Count(IsDrawn), 2 * stick);
     EXPECT_GT(solid.Count(IsDrawn), wired.Count(IsDrawn));
@@ -103,7 +85,7 @@ TEST_F(SkeletonRendererGlTest, OctahedronsFillMoreThanWiresAndWiresMoreThanStick
     // Lighting shades the faces: no longer one flat colour.
     auto lit = RedBones(SkeletonRenderMode::Octahedron);
     lit->enableLighting = true;
-    const Pixels shaded = Draw(renderer, lit);
+    const Pixels shaded = Render(renderer, lit);
     EXPECT_GT(shaded.Count(IsDrawn), 0);
     EXPECT_LT(shaded.Count(IsRed), shaded.Count(IsDrawn));
 }
@@ -111,28 +93,28 @@ TEST_F(SkeletonRendererGlTest, OctahedronsFillMoreThanWiresAndWiresMoreThanStick
 TEST_F(SkeletonRendererGlTest, JointsAndAxesShowWhenAskedFor)
 {
     auto renderer = std::make_shared<SkeletonRenderer>(MakeArm());
-    const Pixels with = Draw(renderer, RedBones(SkeletonRenderMode::Stickman, true));
+    const Pixels with = Render(renderer, RedBones(SkeletonRenderMode::Stickman, true));
     EXPECT_GT(CountAround(with, {-1.0f, 0.0f, 0.0f}, 4, IsGreen), 10);
     EXPECT_GT(CountAround(with, {1.0f, 0.0f, 0.0f}, 4, IsGreen), 10);
-    const Pixels without = Draw(renderer, RedBones(SkeletonRenderMode::Stickman, false));
+    const Pixels without = Render(renderer, RedBones(SkeletonRenderMode::Stickman, false));
     EXPECT_EQ(without.Count(IsGreen), 0);
 
     // Axes: the Y axis of the hand points up the screen in green-ish, X along the bone in red.
     auto basis = RedBones(SkeletonRenderMode::Stickman);
     basis->boneColor = {1.0f, 1.0f, 1.0f};
     basis->showBasis = true;
-    const Pixels axes = Draw(renderer, basis);
+    const Pixels axes = Render(renderer, basis);
     const auto isAxisGreen = [](const Rgba& c) { return c.g > 150 && c.r < 80 && c.b < 80; };
     const glm::ivec2 above = ToPixel({1.0f, 0.1f, 0.0f});
     EXPECT_GT(axes.Count(isAxisGreen, above.x - 2, above.y - 2, above.x + 3, above.y + 3), 0);
-    EXPECT_EQ(Draw(renderer, RedBones(SkeletonRenderMode::Stickman)).Count(isAxisGreen), 0);
+    EXPECT_EQ(Render(renderer, RedBones(SkeletonRenderMode::Stickman)).Count(isAxisGreen), 0);
 }
 
 TEST_F(SkeletonRendererGlTest, SetPoseMovesTheDrawnBoneAndUploadsOnlyOnChange)
 {
     auto renderer = std::make_shared<SkeletonRenderer>(MakeArm());
     auto style = RedBones(SkeletonRenderMode::Stickman);
-    EXPECT_GT(CountAround(Draw(renderer, style), {0.5f, 0.0f, 0.0f}, 1, IsRed), 0);
+    EXPECT_GT(CountAround(Render(renderer, style), {0.5f, 0.0f, 0.0f}, 1, IsRed), 0);
 
     // A quarter turn of the shoulder about Z swings the hand up to (-1, 2, 0).
     tesk::SkeletonPose pose = renderer->GetSkeleton().GetRestPose();
@@ -141,7 +123,7 @@ TEST_F(SkeletonRendererGlTest, SetPoseMovesTheDrawnBoneAndUploadsOnlyOnChange)
     ASSERT_TRUE(renderer->SetPose(pose));
     EXPECT_NEAR(glm::distance(glm::vec3(renderer->GetGlobalMatrices()[1][3]), glm::vec3(-1, 2, 0)), 0.0f,
                 1e-5f);
-    const Pixels moved = Draw(renderer, style);
+    const Pixels moved = Render(renderer, style);
     EXPECT_EQ(CountAround(moved, {0.5f, 0.0f, 0.0f}, 2, IsRed), 0);
     EXPECT_GT(CountAround(moved, {-1.0f, 1.0f, 0.0f}, 1, IsRed), 0);
 

@@ -5,19 +5,9 @@
 #include "GlTestSupport.h"
 #include "LogCapture.h"
 
-#include <vexa/draw/RenderContext.h>
-#include <vexa/draw/Scene.h>
 #include <vexa/draw/TextRenderer.h>
 
-#include <plor/Gl.h>
-#include <plor/Program.h>
-
-#include <glbinding/gl/gl.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <string>
-#include <vector>
 
 using namespace vexa::draw;
 using gl_test_support::Pixels;
@@ -34,7 +24,7 @@ bool IsBright(const Rgba& c)
     return c.r > 96 || c.g > 96 || c.b > 96;
 }
 
-TEST(TextRendererMeasureTest, MeasuresWithoutContext)
+TEST(TextRendererMeasureTest, MeasuresAndQueuesWithoutContext)
 {
     TextRenderer text;
     text.SetFontFile(kFontFile);
@@ -55,11 +45,8 @@ TEST(TextRendererMeasureTest, MeasuresWithoutContext)
 
     text.SetSize(32.0f);
     EXPECT_NEAR(text.MeasureWidth("WW"), 2.0f * ww, 3.0f);
-}
 
-TEST(TextRendererMeasureTest, PrintNeedsAScene)
-{
-    TextRenderer text;
+    // Printing queues only once there is a scene to draw in.
     text.Print("nobody sees this", 1.0f, 2.0f);
     EXPECT_EQ(text.GetQueuedCount(), 0u);
 

@@ -19,9 +19,6 @@ protected:
         const Rect area = layout.RenderArea();
         return {area.x0 + 10, area.y0 + 40, area.x0 + 60, area.y0 + 90};
     }
-    void Click(Point at) { x->Click(Button::Left, static_cast<int>(at.x), static_cast<int>(at.y)); }
-    /// Where the pointer rests out of every panel's way.
-    void Rest() { x->MoveTo(layout.RenderArea().x0 + 20, layout.RenderArea().y1 - 60); }
     /// The byte of options.bin that holds the white background flag (after the 4-byte
     /// version and the anti-aliasing method); -1 while the file is not there.
     int StoredWhiteFlag() const
@@ -73,21 +70,15 @@ TEST_F(BuiltInPanels, GearOpensGlobalOptionsAndAWhiteBackgroundSurvivesARestart)
     EXPECT_GT(MeanBrightness(white, layout.RenderArea()), 200.0);
 
     // Written by the step after the change; then the program ends and starts again.
-    const auto deadline = std::chrono::steady_clock::now() + 10s;
-    while (StoredWhiteFlag() != 1 && std::chrono::steady_clock::now() < deadline)
-        XSession::Pause(100ms);
-    ASSERT_EQ(StoredWhiteFlag(), 1) << "options.bin does not hold the white background";
+    ASSERT_TRUE(WaitFor([&] { return StoredWhiteFlag() == 1; }, 10s)) << "options.bin does not hold the white background";
     x->RequestClose();
     ASSERT_TRUE(program->WaitForExit(30s).has_value()) << Output();
 
     ASSERT_TRUE(LaunchHost({"--look", (CaseDirectory() / "host-look.json").string()}));
-    const Picture restarted = WaitForSettled([&](const Picture& p) {
+    const Picture restarted = Keep("restarted", WaitForSettled([&](const Picture& p) {
         return MeanBrightness(p, EmptyCorner()) > 250.0 && FindBlob(p, layout.RenderArea(), IsRed).count > 100;
-    }, 30s);
-    if (restarted.Empty())
-        Keep("restarted-timeout", Grab());
-    ASSERT_FALSE(restarted.Empty()) << "after a restart the background is not white";
-    Keep("restarted", restarted);
+    }, 30s));
+    EXPECT_FALSE(restarted.Empty()) << "after a restart the background is not white";
 }
 
 TEST_F(BuiltInPanels, SearchingTheInspectorAndClickingTheHitSelectsTheResource)
@@ -130,7 +121,6 @@ TEST_F(BuiltInPanels, SearchingTheInspectorAndClickingTheHitSelectsTheResource)
     EXPECT_NEAR(titleEnd(picked, now.front()), secondTitle, 1) << "the selected panel is not E2E/Second's";
 }
 
-
 TEST_F(BuiltInPanels, ViewOptionsPopUpPutsTheGridOnAnotherPlane)
 {
     ASSERT_NO_FATAL_FAILURE(OpenHost());
@@ -160,10 +150,8 @@ TEST_F(BuiltInPanels, ViewOptionsPopUpPutsTheGridOnAnotherPlane)
     const Picture closed = WaitForSettled([&](const Picture& p) {
         return !headingShown(p) && CountDifferences(start, p, area, {popup}) > 500;
     });
-    if (closed.Empty())
-        Keep("closed-timeout", Grab());
-    ASSERT_FALSE(closed.Empty()) << "no grid appeared, or the pop-up stayed open";
     Keep("closed", closed);
+    EXPECT_FALSE(closed.Empty()) << "no grid appeared, or the pop-up stayed open";
 }
 
 } // namespace

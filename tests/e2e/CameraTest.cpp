@@ -48,14 +48,12 @@ protected:
     /// The settled picture after a gesture; fails the case when nothing changed.
     ClusterLayout After(const Picture& before, const std::string& label, Picture* picture = nullptr)
     {
-        const Picture after = WaitForChange(before, layout.RenderArea());
+        const Picture after = Keep(label, WaitForChange(before, layout.RenderArea()));
         if (after.Empty())
         {
-            Keep(label + "-unchanged", Grab());
             ADD_FAILURE() << label << ": the picture did not change";
             return {};
         }
-        Keep(label, after);
         if (picture != nullptr)
             *picture = after;
         return Measure(after);
@@ -73,15 +71,13 @@ TEST_F(CameraGestures, LeftDragOrbitsAboutTheTarget)
     ASSERT_TRUE(after.AllVisible()) << after.Describe();
 
     EXPECT_GE(RelativeMotion(before, after), 0.3 * before.Spread())
-        << "the balls should have moved against each other\nbefore: " << before.Describe()
-        << "\nafter:  " << after.Describe();
+        << "the balls should have moved against each other\n" << Compare(before, after);
     EXPECT_LE(Distance(before.Mean(), after.Mean()), 0.15 * before.Spread())
-        << "an orbit about the target keeps the scene's middle in place\nbefore: " << before.Describe()
-        << "\nafter:  " << after.Describe();
+        << "an orbit about the target keeps the scene's middle in place\n" << Compare(before, after);
     // The content follows the pointer: what lies beyond the target (the white ball at the
     // origin; the camera looks from the (1,1,1) side) swings the other way.
     EXPECT_LT(Relative(after, 3).x - Relative(before, 3).x, -0.1 * before.Spread())
-        << "before: " << before.Describe() << "\nafter:  " << after.Describe();
+        << Compare(before, after);
 }
 
 TEST_F(CameraGestures, MiddleDragPansWithThePointer)
@@ -104,7 +100,7 @@ TEST_F(CameraGestures, MiddleDragPansWithThePointer)
                           after.balls[i].centroid.y - before.balls[i].centroid.y};
         EXPECT_LE(Distance(moved, drag), 0.3 * length)
             << "ball " << i << " moved by (" << moved.x << ", " << moved.y << "), the pointer by (" << drag.x << ", "
-            << drag.y << ")\nbefore: " << before.Describe() << "\nafter:  " << after.Describe();
+            << drag.y << ")\n" << Compare(before, after);
     }
     EXPECT_NEAR(after.Spread() / before.Spread(), 1.0, 0.1) << "a pan neither zooms nor turns";
 }
@@ -129,8 +125,7 @@ TEST_F(CameraGestures, ControlLeftDragRollsWithThePointer)
         if (Distance(Relative(before, i), {0, 0}) < 0.3 * before.Spread())
             continue;
         EXPECT_NEAR(TurnDegrees(before, after, i), 45.0, 12.0)
-            << "ball " << i << " should turn clockwise with the pointer\nbefore: " << before.Describe()
-            << "\nafter:  " << after.Describe();
+            << "ball " << i << " should turn clockwise with the pointer\n" << Compare(before, after);
         EXPECT_NEAR(Distance(Relative(after, i), {0, 0}) / Distance(Relative(before, i), {0, 0}), 1.0, 0.1)
             << "a roll keeps every ball's distance from the middle, ball " << i;
     }
@@ -146,14 +141,14 @@ TEST_F(CameraGestures, RightDragDolliesInAndOut)
     Picture closerPicture;
     const ClusterLayout closer = After(start, "right-drag-up", &closerPicture);
     ASSERT_TRUE(closer.AllVisible()) << closer.Describe();
-    EXPECT_GE(closer.Spread(), 1.1 * before.Spread()) << "before: " << before.Describe() << "\nafter:  " << closer.Describe();
+    EXPECT_GE(closer.Spread(), 1.1 * before.Spread()) << Compare(before, closer);
     EXPECT_LE(Distance(before.Mean(), closer.Mean()), 0.15 * before.Spread()) << closer.Describe();
 
     // And down moves it back.
     x->Drag(Button::Right, At(0.3, 0.625), At(0.3, 0.875));
     const ClusterLayout farther = After(closerPicture, "right-drag-down");
     ASSERT_TRUE(farther.AllVisible()) << farther.Describe();
-    EXPECT_LE(farther.Spread(), closer.Spread() / 1.1) << "before: " << closer.Describe() << "\nafter:  " << farther.Describe();
+    EXPECT_LE(farther.Spread(), closer.Spread() / 1.1) << Compare(closer, farther);
     EXPECT_LE(Distance(closer.Mean(), farther.Mean()), 0.15 * closer.Spread()) << farther.Describe();
 }
 
@@ -169,13 +164,13 @@ TEST_F(CameraGestures, WheelZoomsInAndOut)
     Picture outPicture;
     const ClusterLayout out = After(start, "wheel-down", &outPicture);
     ASSERT_TRUE(out.AllVisible()) << out.Describe();
-    EXPECT_LE(out.Spread(), before.Spread() / 1.1) << "before: " << before.Describe() << "\nafter:  " << out.Describe();
+    EXPECT_LE(out.Spread(), before.Spread() / 1.1) << Compare(before, out);
     EXPECT_LE(Distance(before.Mean(), out.Mean()), 0.15 * before.Spread()) << out.Describe();
 
     x->Wheel(2);
     const ClusterLayout in = After(outPicture, "wheel-up");
     ASSERT_TRUE(in.AllVisible()) << in.Describe();
-    EXPECT_GE(in.Spread(), 1.1 * out.Spread()) << "before: " << out.Describe() << "\nafter:  " << in.Describe();
+    EXPECT_GE(in.Spread(), 1.1 * out.Spread()) << Compare(out, in);
 }
 
 TEST_F(CameraGestures, ShiftLeftDragChangesNothing)
@@ -188,13 +183,12 @@ TEST_F(CameraGestures, ShiftLeftDragChangesNothing)
     ASSERT_FALSE(after.Empty());
     Keep("after-shift-drag", after);
     EXPECT_EQ(CountDifferences(start, after, layout.RenderArea()), 0u)
-        << "Shift + left drag must not move the camera\nbefore: " << Measure(start).Describe()
-        << "\nafter:  " << Measure(after).Describe();
+        << "Shift + left drag must not move the camera\n" << Compare(Measure(start), Measure(after));
 
     // The same drag without Shift does turn the view: the program was listening.
     x->Drag(Button::Left, At(0.15, 0.375), At(0.33, 0.375));
     const Picture turned = WaitForChange(after, layout.RenderArea());
-    Keep("after-plain-drag", turned.Empty() ? Grab() : turned);
+    Keep("after-plain-drag", turned);
     EXPECT_FALSE(turned.Empty()) << "a plain left drag afterwards changed nothing either, so the case proves nothing";
 }
 
@@ -209,7 +203,7 @@ TEST_F(CameraGestures, HigherSensitivityTurnsFurther)
         const ClusterLayout before = Measure(start);
         x->Drag(Button::Left, At(0.15, 0.375), At(0.21, 0.375));
         const Picture after = WaitForChange(start, layout.RenderArea());
-        Keep(label, after.Empty() ? Grab() : after);
+        Keep(label, after);
         program->Stop();
         program.reset();
         if (after.Empty())

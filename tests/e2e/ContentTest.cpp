@@ -23,12 +23,8 @@ protected:
     {
         if (!LaunchViewer({file.string()}))
             return {};
-        const Rect window = x->WindowArea();
-        layout.area = {0, 0, window.Width(), window.Height()};
-        const Picture shown = WaitForSettled(
-            [&](const Picture& p) { return FindBlob(p, layout.RenderArea(), test).count >= drawn; }, 30s);
-        Keep("opened", shown.Empty() ? Grab() : shown);
-        return shown;
+        return WaitForWindow([&](const Picture& p) { return FindBlob(p, layout.RenderArea(), test).count >= drawn; },
+                             "opened");
     }
 };
 

@@ -101,10 +101,10 @@ std::string E2eTest::Output() const
     return text.str();
 }
 
-bool E2eTest::WaitForOutput(const std::string& text, std::chrono::milliseconds timeout) const
+bool E2eTest::WaitFor(const std::function<bool()>& done, std::chrono::milliseconds timeout)
 {
     const auto end = std::chrono::steady_clock::now() + timeout;
-    while (Output().find(text) == std::string::npos)
+    while (!done())
     {
         if (std::chrono::steady_clock::now() >= end)
             return false;
@@ -118,49 +118,38 @@ Picture E2eTest::Grab()
     return x->Grab();
 }
 
-const Picture& E2eTest::Keep(const std::string& label, const Picture& picture)
+Picture E2eTest::Keep(const std::string& label, const Picture& picture)
 {
-    kept_.emplace_back(label, picture);
-    return kept_.back().second;
+    kept_.emplace_back(label, picture.Empty() ? Grab() : picture);
+    return picture;
 }
 
 Picture E2eTest::WaitUntil(const Accept& accept, std::chrono::milliseconds timeout)
 {
-    const auto end = std::chrono::steady_clock::now() + timeout;
-    do
-    {
-        Picture picture = Grab();
-        if (!picture.Empty() && accept(picture))
-            return picture;
-        XSession::Pause(kPollInterval);
-    } while (std::chrono::steady_clock::now() < end);
-    return {};
+    Picture picture;
+    const auto passes = [&] { return !(picture = Grab()).Empty() && accept(picture); };
+    return WaitFor(passes, timeout) ? picture : Picture();
 }
 
 Picture E2eTest::WaitForSettled(const Accept& accept, std::chrono::milliseconds timeout)
 {
-    const auto end = std::chrono::steady_clock::now() + timeout;
     Picture candidate;
     auto since = std::chrono::steady_clock::now();
-    do
-    {
+    const auto settled = [&] {
         Picture picture = Grab();
         const auto now = std::chrono::steady_clock::now();
         if (picture.Empty() || !accept(picture))
             candidate = Picture();
         else if (!candidate.Empty() && picture == candidate)
-        {
-            if (now - since >= kSettleTime)
-                return candidate;
-        }
+            return now - since >= kSettleTime;
         else
         {
             candidate = std::move(picture);
             since = now;
         }
-        XSession::Pause(kPollInterval);
-    } while (std::chrono::steady_clock::now() < end);
-    return {};
+        return false;
+    };
+    return WaitFor(settled, timeout) ? candidate : Picture();
 }
 
 Picture E2eTest::WaitForChange(const Picture& before, const Rect& area, std::chrono::milliseconds timeout,
@@ -172,6 +161,25 @@ Picture E2eTest::WaitForChange(const Picture& before, const Rect& area, std::chr
 Picture E2eTest::WaitForQuiet(std::chrono::milliseconds timeout)
 {
     return WaitForSettled([](const Picture&) { return true; }, timeout);
+}
+
+Picture E2eTest::WaitForWindow(const Accept& accept, const std::string& label, std::chrono::milliseconds timeout)
+{
+    const Rect window = x->WindowArea();
+    layout.area = {0, 0, window.Width(), window.Height()};
+    return Keep(label, WaitForSettled(accept, timeout));
+}
+
+Picture E2eTest::WaitForNotice(Rect& strip, std::chrono::milliseconds timeout)
+{
+    const Picture before = start.Empty() ? Grab() : start;
+    const int w = before.Width(), h = before.Height();
+    strip = {w / 2 - 300, h - 80, w / 2 + 300, h};
+    return Keep("notice", WaitUntil(
+                              [&](const Picture& p) {
+                                  return CountDifferences(before, p, strip) > 500 && CountLightPixels(p, strip) > 30;
+                              },
+                              timeout));
 }
 
 } // namespace e2e

@@ -10,6 +10,7 @@
 
 #include "ChildProcess.h"
 #include "Picture.h"
+#include "Scene.h"
 #include "XSession.h"
 
 #include <gtest/gtest.h>
@@ -45,12 +46,18 @@ protected:
 
     /// What the program wrote to standard output and error so far.
     std::string Output() const;
+    /// Polls until `done` holds; false after `timeout`.
+    static bool WaitFor(const std::function<bool()>& done, std::chrono::milliseconds timeout);
     /// Waits until the output holds `text`.
-    bool WaitForOutput(const std::string& text, std::chrono::milliseconds timeout = 10s) const;
+    bool WaitForOutput(const std::string& text, std::chrono::milliseconds timeout = 10s) const
+    {
+        return WaitFor([&] { return Output().find(text) != std::string::npos; }, timeout);
+    }
 
     Picture Grab();
-    /// Keeps `picture` under `label` for the failure report and returns it.
-    const Picture& Keep(const std::string& label, const Picture& picture);
+    /// Keeps `picture`, or when it is empty the screen as it is now, under `label` for the
+    /// failure report, and returns `picture`.
+    Picture Keep(const std::string& label, const Picture& picture);
 
     using Accept = std::function<bool(const Picture&)>;
     /// The first picture that passes `accept`, with no wait for it to settle (fading notices
@@ -64,9 +71,27 @@ protected:
                           const std::vector<Rect>& holes = {});
     /// A settled picture, whatever it shows.
     Picture WaitForQuiet(std::chrono::milliseconds timeout = 15s);
+    /// Takes the whole window as the one view area (`layout`), then waits as WaitForSettled and
+    /// keeps the result under `label`.
+    Picture WaitForWindow(const Accept& accept, const std::string& label, std::chrono::milliseconds timeout = 30s);
+    /// The notice that fades in at the bottom middle of the window (a dark strip with light
+    /// text), as first seen; empty after `timeout`. `strip` receives its place.
+    Picture WaitForNotice(Rect& strip, std::chrono::milliseconds timeout = 15s);
+
+    /// The balls in the 3D area; the sidebar arrow's and the camera button's glyphs, as white as
+    /// the white ball, are left out.
+    ClusterLayout Measure(const Picture& picture) const
+    {
+        return MeasureClusters(picture, layout.RenderArea(), {layout.SidebarToggle(), layout.ViewOptionsButton()});
+    }
+    void Click(Point at) { x->Click(Button::Left, static_cast<int>(at.x), static_cast<int>(at.y)); }
+    void ClickCentre(const Rect& r) { x->Click(Button::Left, (r.x0 + r.x1) / 2, (r.y0 + r.y1) / 2); }
 
     std::unique_ptr<XSession> x;
     std::unique_ptr<ChildProcess> program;
+    /// The picture a case starts from, and where the view area's widgets are.
+    Picture start;
+    ViewAreaLayout layout;
 
 private:
     fs::path caseDirectory_;

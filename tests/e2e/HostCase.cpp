@@ -1,5 +1,6 @@
 #include "HostCase.h"
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <numbers>
@@ -16,7 +17,8 @@ void HostCase::OpenHost(const HostOptions& options)
             << R"( "background": "2E3138", "key-shortcuts-enabled": true, "views": [ {)"
             << R"( "position": "0, 0; 0, 0", "size": "1, 0; 1, 0", "units": [)"
             << R"( { "id": "PointCloudResource:)" << host::kCloudName << R"(", "auto-select": )"
-            << (options.selectCloud ? "true" : "false") << " }, "
+            << (options.selectCloud ? "true" : "false") << R"(, "gui-enabled": )"
+            << (options.cloudPanel ? "true" : "false") << " }, "
             << R"( { "id": "PointCloudResource:)" << host::kSecondName << R"(" } ] } ] } })" << "\n";
     }
     std::vector<std::string> arguments{"--look", look.string()};
@@ -24,17 +26,9 @@ void HostCase::OpenHost(const HostOptions& options)
         arguments.push_back("--second");
     ASSERT_TRUE(LaunchHost(arguments));
     ASSERT_TRUE(WaitForOutput(host::kReadyLine, 30s)) << Output();
-    const Rect window = x->WindowArea();
-    layout.area = {0, 0, window.Width(), window.Height()};
-    start = WaitForSettled([&](const Picture& p) { return Measure(p).AllVisible(100) && Marker(p).count >= 3; }, 30s);
-    if (start.Empty())
-    {
-        const Picture last = Grab();
-        Keep("start-timeout", last);
-        FAIL() << "the balls and the marker did not appear; " << Measure(last).Describe() << "; marker "
-               << Marker(last).count << " px";
-    }
-    Keep("start", start);
+    start = WaitForWindow([&](const Picture& p) { return Measure(p).AllVisible(100) && Marker(p).count >= 3; }, "start");
+    ASSERT_FALSE(start.Empty()) << "the balls and the marker did not appear; " << Measure(Grab()).Describe()
+                                << "; marker " << Marker(Grab()).count << " px";
 }
 
 double HostCase::MarkerDiameter(const Picture& picture) const
@@ -51,13 +45,23 @@ std::vector<std::string> HostCase::Lines() const
     return lines;
 }
 
+Rect HostCase::FindPointSizeField()
+{
+    const std::vector<PanelHeader> headers = FindPanelHeaders(start, layout);
+    if (headers.size() != 1)
+    {
+        ADD_FAILURE() << "expected one panel, found " << headers.size();
+        return {};
+    }
+    const Rect box = FindEditBox(start, layout.PanelColumn(), headers[0].rect.y1);
+    if (box.Width() == 0)
+        ADD_FAILURE() << "no edit box in the cloud's panel";
+    return box;
+}
+
 std::size_t HostCase::CountLines(const std::string& line) const
 {
-    std::size_t count = 0;
-    for (const std::string& l : Lines())
-        if (l == line)
-            ++count;
-    return count;
+    return static_cast<std::size_t>(std::ranges::count(Lines(), line));
 }
 
 } // namespace e2e

@@ -3,7 +3,6 @@
 // point, key callbacks and log messages on its standard output.
 
 #include "E2eTest.h"
-#include "Scene.h"
 
 #include "hosts/HostScene.h"
 
@@ -19,6 +18,8 @@ protected:
         bool second = false;
         /// The look's rule for the cloud: selected in the sidebar from the start.
         bool selectCloud = false;
+        /// Whether the cloud has a panel in the sidebar.
+        bool cloudPanel = true;
     };
 
     /// Writes a look (one view area, 1100 x 760), starts the host and waits until it is ready
@@ -26,21 +27,21 @@ protected:
     void OpenHost(const HostOptions& options);
     void OpenHost() { OpenHost(HostOptions{}); }
 
-    /// The balls in the 3D area; the sidebar arrow's and the camera button's glyphs, as white as
-    /// the white ball, are left out.
-    ClusterLayout Measure(const Picture& picture) const
-    {
-        return MeasureClusters(picture, layout.RenderArea(), {layout.SidebarToggle(), layout.ViewOptionsButton()});
-    }
     /// The diameter the marker point is drawn with, from its area (points are round).
     double MarkerDiameter(const Picture& picture) const;
     Blob Marker(const Picture& picture) const { return FindBlob(picture, layout.RenderArea(), IsMagenta); }
     /// How many lines of the output are exactly `line`.
     std::size_t CountLines(const std::string& line) const;
     std::vector<std::string> Lines() const;
-
-    Picture start;
-    ViewAreaLayout layout;
+    /// Waits for `line` to appear `count` times in the host's output.
+    bool WaitForLines(const std::string& line, std::size_t count, std::chrono::milliseconds timeout = 10s) const
+    {
+        return WaitFor([&] { return CountLines(line) >= count; }, timeout);
+    }
+    /// The cloud panel's first field, "Point size"; fails the case and is empty when not found.
+    Rect FindPointSizeField();
+    /// Moves the pointer to the 3D area's lower left corner, out of every widget's way.
+    void Rest() { x->MoveTo(layout.area.x0 + 40, layout.area.y1 - 40); }
 };
 
 } // namespace e2e

@@ -31,8 +31,7 @@ TEST_F(PanelButtons, FocusFramesTheResourceAgainAfterADolly)
 
     const std::vector<PanelHeader> headers = FindPanelHeaders(away, layout);
     ASSERT_EQ(headers.size(), 1u);
-    const Point focus = headers.front().FocusButton();
-    x->Click(Button::Left, static_cast<int>(focus.x), static_cast<int>(focus.y));
+    Click(headers.front().FocusButton());
     x->MoveTo(area.x0 + area.Width() / 10, area.y0 + area.Height() * 9 / 10);
     const Picture refocused = WaitForChange(away, area);
     ASSERT_FALSE(refocused.Empty()) << "the focus button did not move the camera";
@@ -51,8 +50,7 @@ TEST_F(PanelButtons, CrossRemovesTheResourceFromTheViewArea)
     ASSERT_NO_FATAL_FAILURE(OpenClusters());
     const std::vector<PanelHeader> headers = FindPanelHeaders(start, layout);
     ASSERT_EQ(headers.size(), 1u);
-    const Point cross = headers.front().RemoveButton();
-    x->Click(Button::Left, static_cast<int>(cross.x), static_cast<int>(cross.y));
+    Click(headers.front().RemoveButton());
     x->MoveTo(start.Width() / 10, start.Height() * 9 / 10);
 
     const Picture removed = WaitForChange(start, start.Bounds());
@@ -74,16 +72,15 @@ TEST_F(PanelSelection, PinShowsOnTheSelectedPanelOnlyAndDeselects)
     EXPECT_GT(CountLightPixels(start, headers[0].PinRect()), 10u) << "no pin on the selected panel";
     EXPECT_EQ(CountLightPixels(start, headers[1].PinRect()), 0u) << "a pin on a panel that is not selected";
 
-    const Point pin = headers[0].PinButton();
-    x->Click(Button::Left, static_cast<int>(pin.x), static_cast<int>(pin.y));
-    x->MoveTo(layout.area.x0 + 40, layout.area.y1 - 40);
+    Click(headers[0].PinButton());
+    Rest();
     const Picture deselected = WaitForSettled(
         [&](const Picture& p) {
             const auto now = FindPanelHeaders(p, layout);
             return now.size() == 2 && !now[0].selected && !now[1].selected;
         },
         15s);
-    Keep("after-pin", deselected.Empty() ? Grab() : deselected);
+    Keep("after-pin", deselected);
     ASSERT_FALSE(deselected.Empty()) << "after clicking the pin a panel still shows the selected header colour";
     for (const PanelHeader& header : FindPanelHeaders(deselected, layout))
         EXPECT_EQ(CountLightPixels(deselected, header.PinRect()), 0u) << "a pin is still shown";
@@ -93,30 +90,13 @@ TEST_F(PanelSelection, PinShowsOnTheSelectedPanelOnlyAndDeselects)
 
 class PointSizeField : public HostCase {
 protected:
-    /// The cloud panel's first field, "Point size".
-    Rect FindField()
-    {
-        const std::vector<PanelHeader> headers = FindPanelHeaders(start, layout);
-        if (headers.size() != 1)
-        {
-            ADD_FAILURE() << "expected one panel, found " << headers.size();
-            return {};
-        }
-        const Rect box = FindEditBox(start, layout.PanelColumn(), headers[0].rect.y1);
-        if (box.Width() == 0)
-            ADD_FAILURE() << "no edit box in the cloud's panel";
-        return box;
-    }
-
     /// Waits for the marker to be drawn `diameter` px wide (within 2 px) and fails if it is not.
     void ExpectDiameter(double diameter, const std::string& label)
     {
-        const Picture drawn = WaitForSettled(
-            [&](const Picture& p) { return std::abs(MarkerDiameter(p) - diameter) <= 2.0; }, 15s);
-        const Picture shown = drawn.Empty() ? Grab() : drawn;
-        Keep(label, shown);
+        const Picture drawn = Keep(label, WaitForSettled(
+            [&](const Picture& p) { return std::abs(MarkerDiameter(p) - diameter) <= 2.0; }, 15s));
         EXPECT_FALSE(drawn.Empty()) << "the points should be drawn " << diameter << " px wide; the marker point is "
-                                    << MarkerDiameter(shown) << " px wide (" << MarkerDiameter(start)
+                                    << MarkerDiameter(Grab()) << " px wide (" << MarkerDiameter(start)
                                     << " px at the start)";
     }
 };
@@ -125,21 +105,21 @@ TEST_F(PointSizeField, TypingANumberOverTheSelectedValueDrawsPointsThatSize)
 {
     ASSERT_NO_FATAL_FAILURE(OpenHost());
     ASSERT_NEAR(MarkerDiameter(start), 3.0, 1.0) << "points start 3 px wide";
-    const Rect box = FindField();
+    const Rect box = FindPointSizeField();
     ASSERT_GT(box.Width(), 0);
 
     // A double click selects the old value; what is typed replaces it.
     x->DoubleClick(Button::Left, box.x0 + 10, (box.y0 + box.y1) / 2);
     x->Tap("9");
     x->Tap("Return");
-    x->MoveTo(layout.area.x0 + 40, layout.area.y1 - 40);
+    Rest();
     ExpectDiameter(9.0, "after-typing-9");
 }
 
 TEST_F(PointSizeField, TypingANumberIntoTheClearedFieldDrawsPointsThatSize)
 {
     ASSERT_NO_FATAL_FAILURE(OpenHost());
-    const Rect box = FindField();
+    const Rect box = FindPointSizeField();
     ASSERT_GT(box.Width(), 0);
 
     // Click after the old value, delete it, type the new one.
@@ -148,7 +128,7 @@ TEST_F(PointSizeField, TypingANumberIntoTheClearedFieldDrawsPointsThatSize)
         x->Tap("BackSpace");
     x->Tap("9");
     x->Tap("Return");
-    x->MoveTo(layout.area.x0 + 40, layout.area.y1 - 40);
+    Rest();
     ExpectDiameter(9.0, "after-clearing-and-typing-9");
 }
 

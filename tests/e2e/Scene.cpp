@@ -1,5 +1,6 @@
 #include "Scene.h"
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <random>
@@ -42,10 +43,7 @@ bool IsMagenta(Rgb c) { return c.r >= 140 && c.b >= 140 && c.g <= 40; }
 
 bool ClusterLayout::AllVisible(std::size_t pixels) const
 {
-    for (const Blob& ball : balls)
-        if (ball.count < pixels)
-            return false;
-    return true;
+    return std::ranges::all_of(balls, [&](const Blob& ball) { return ball.count >= pixels; });
 }
 
 Point ClusterLayout::Mean() const
@@ -70,10 +68,7 @@ double ClusterLayout::Spread() const
 
 std::size_t ClusterLayout::Pixels() const
 {
-    std::size_t sum = 0;
-    for (const Blob& ball : balls)
-        sum += ball.count;
-    return sum;
+    return balls[0].count + balls[1].count + balls[2].count + balls[3].count;
 }
 
 std::string ClusterLayout::Describe() const
@@ -88,6 +83,11 @@ std::string ClusterLayout::Describe() const
     const Point mean = Mean();
     text << "mean (" << mean.x << ", " << mean.y << "), spread " << Spread();
     return text.str();
+}
+
+std::string Compare(const ClusterLayout& before, const ClusterLayout& after)
+{
+    return "before: " + before.Describe() + "\nafter:  " + after.Describe();
 }
 
 ClusterLayout MeasureClusters(const Picture& picture, const Rect& area, const std::vector<Rect>& holes)

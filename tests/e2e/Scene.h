@@ -40,6 +40,9 @@ struct ClusterLayout {
     std::string Describe() const;
 };
 
+/// Both layouts, for a failure message.
+std::string Compare(const ClusterLayout& before, const ClusterLayout& after);
+
 ClusterLayout MeasureClusters(const Picture& picture, const Rect& area, const std::vector<Rect>& holes = {});
 
 double Distance(Point a, Point b);

@@ -1,6 +1,6 @@
 #include "ViewerCase.h"
 
-#include <cstring>
+#include <string>
 #include <fstream>
 
 namespace e2e {
@@ -10,30 +10,17 @@ void ViewerCase::OpenClusters()
     const fs::path ply = CaseDirectory() / "balls.ply";
     WriteClusterPly(ply);
     ASSERT_TRUE(LaunchViewer({ply.string()}));
-    const Rect window = x->WindowArea();
-    layout.area = {0, 0, window.Width(), window.Height()};
-    const Picture opened = WaitForSettled([&](const Picture& p) { return Measure(p).AllVisible(); }, 30s);
-    if (opened.Empty())
-    {
-        Keep("start-timeout", Grab());
-        FAIL() << "the four balls did not appear; last picture: " << Measure(Grab()).Describe();
-    }
-    Keep("opened", opened);
+    const Picture opened = WaitForWindow([&](const Picture& p) { return Measure(p).AllVisible(); }, "opened");
+    ASSERT_FALSE(opened.Empty()) << "the four balls did not appear; last picture: " << Measure(Grab()).Describe();
     // The viewer opens a file with all of its box in view; the cases start closer, from the
     // cloud's own framing (its panel's focus button: its centre of mass in the middle).
     const std::vector<PanelHeader> headers = FindPanelHeaders(opened, layout);
     ASSERT_EQ(headers.size(), 1u) << "expected the one panel of the file";
-    const Point focus = headers.front().FocusButton();
-    x->Click(Button::Left, static_cast<int>(focus.x), static_cast<int>(focus.y));
+    Click(headers.front().FocusButton());
     const Rect area = layout.RenderArea();
     x->MoveTo(area.x0 + area.Width() / 10, area.y0 + area.Height() * 9 / 10);
-    start = WaitForChange(opened, area);
-    if (start.Empty() || !Measure(start).AllVisible())
-    {
-        Keep("focus-timeout", Grab());
-        FAIL() << "the focus button did not frame the balls";
-    }
-    Keep("start", start);
+    start = Keep("start", WaitForChange(opened, area));
+    ASSERT_FALSE(start.Empty() || !Measure(start).AllVisible()) << "the focus button did not frame the balls";
 }
 
 Picture ViewerCase::Barrier(Point rest)
@@ -59,19 +46,13 @@ Picture ViewerCase::Barrier(Point rest)
 void ViewerCase::WriteOptions(float sensitivity)
 {
     fs::create_directories(WorkingDirectory() / "vexa");
-    std::ofstream out(WorkingDirectory() / "vexa" / "options.bin", std::ios::binary);
     // Format version 2, little-endian: u8 anti-aliasing (2: MSAA 4x), u8 white background,
     // f32 mouse sensitivity, u8 optimised rendering, u8 shortcuts, u8 view layout (0: the look's).
-    const unsigned char version[4] = {2, 0, 0, 0};
-    out.write(reinterpret_cast<const char*>(version), 4);
-    const unsigned char head[2] = {2, 0};
-    out.write(reinterpret_cast<const char*>(head), 2);
+    std::string bytes{2, 0, 0, 0, 2, 0};
     // The machines these run on store floats little-endian, as the file does.
-    unsigned char value[4];
-    std::memcpy(value, &sensitivity, 4);
-    out.write(reinterpret_cast<const char*>(value), 4);
-    const unsigned char tail[3] = {1, 1, 0};
-    out.write(reinterpret_cast<const char*>(tail), 3);
+    bytes.append(reinterpret_cast<const char*>(&sensitivity), 4);
+    bytes += {1, 1, 0};
+    std::ofstream(WorkingDirectory() / "vexa" / "options.bin", std::ios::binary) << bytes;
 }
 
 } // namespace e2e

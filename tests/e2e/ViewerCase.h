@@ -3,7 +3,6 @@
 // window, its sidebar on the right).
 
 #include "E2eTest.h"
-#include "Scene.h"
 
 namespace e2e {
 
@@ -12,15 +11,6 @@ protected:
     /// Writes the scene, starts the viewer on it and waits until all four balls are drawn and
     /// the picture holds still (`start`). Fails fatally when they do not appear.
     void OpenClusters();
-
-    /// The single view area of the window.
-    ViewAreaLayout Layout() const { return layout; }
-    /// The balls in the 3D area; the sidebar arrow's and the camera button's glyphs, as white as
-    /// the white ball, are left out.
-    ClusterLayout Measure(const Picture& picture) const
-    {
-        return MeasureClusters(picture, layout.RenderArea(), {layout.SidebarToggle(), layout.ViewOptionsButton()});
-    }
 
     /// Waits until the program has handled every event sent so far: hovering over the first
     /// panel's focus button lights it up, which takes a frame after all earlier input. The
@@ -31,9 +21,6 @@ protected:
     /// Writes ./vexa/options.bin in the working directory with this mouse sensitivity (the
     /// options panel's slider value, 0..1) and the defaults otherwise.
     void WriteOptions(float sensitivity);
-
-    Picture start;
-    ViewAreaLayout layout;
 };
 
 } // namespace e2e

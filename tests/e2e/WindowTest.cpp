@@ -70,13 +70,13 @@ TEST_F(Shortcuts, TabDimsTheWindowAndAChosenTileSplitsIt)
     const int quadX = w / 2 + static_cast<int>(1.5 * (136 + 16)), quadY = h / 2;
     x->MoveTo(quadX, quadY);
     const Picture hovered = WaitForChange(chooser, {quadX - 60, quadY - 55, quadX + 60, quadY + 55});
-    Keep("quad-tile-hovered", hovered.Empty() ? Grab() : hovered);
+    Keep("quad-tile-hovered", hovered);
     x->Click(Button::Left, quadX, quadY);
     x->MoveTo(w / 10, h * 9 / 10);
     const Picture quad = WaitForSettled(
         [](const Picture& p) { return MiddleSeparatorShare(p, true) >= 0.9 && MiddleSeparatorShare(p, false) >= 0.9; },
         15s);
-    Keep("after-quad-click", quad.Empty() ? Grab() : quad);
+    Keep("after-quad-click", quad);
     ASSERT_FALSE(quad.Empty()) << "no separator lines across the window's middle row and column after choosing "
                                   "\"Quad Split\"; row share "
                                << MiddleSeparatorShare(Grab(), true) << ", column share "
@@ -93,16 +93,14 @@ TEST_F(Shortcuts, F12SavesTheWindowAsPng)
 
     const fs::path folder = WorkingDirectory() / "screenshots";
     fs::path saved;
-    const auto end = std::chrono::steady_clock::now() + 15s;
-    while (saved.empty() && std::chrono::steady_clock::now() < end)
-    {
+    const auto found = [&] {
         std::error_code error;
         for (const auto& entry : fs::directory_iterator(folder, error))
             if (entry.path().extension() == ".png")
                 saved = entry.path();
-        XSession::Pause(100ms);
-    }
-    ASSERT_FALSE(saved.empty()) << "no PNG appeared in " << folder << "; output:\n" << Output();
+        return !saved.empty();
+    };
+    ASSERT_TRUE(WaitFor(found, 15s)) << "no PNG appeared in " << folder << "; output:\n" << Output();
     XSession::Pause(500ms); // let the writer finish the file
 
     const Picture file = Picture::LoadPng(saved.string());
@@ -121,18 +119,12 @@ TEST_F(Shortcuts, F12SavesTheWindowAsPng)
 TEST_F(Shortcuts, RReloadsTheShadersAndSaysSo)
 {
     ASSERT_NO_FATAL_FAILURE(OpenClusters());
-    const int w = start.Width(), h = start.Height();
-    x->MoveTo(w / 10, h * 9 / 10);
+    x->MoveTo(start.Width() / 10, start.Height() * 9 / 10);
     x->Tap("r");
 
     EXPECT_TRUE(WaitForOutput("Shaders reloaded", 15s)) << "the reload was not logged; output:\n" << Output();
-    // The notice: a dark strip with light text at the bottom middle of the window.
-    const Rect bottom{w / 2 - 300, h - 80, w / 2 + 300, h};
-    const Picture notice = WaitUntil(
-        [&](const Picture& p) { return CountDifferences(start, p, bottom) > 500 && CountLightPixels(p, bottom) > 30; },
-        15s);
-    Keep("notice", notice.Empty() ? Grab() : notice);
-    EXPECT_FALSE(notice.Empty()) << "no notice appeared at the bottom of the window";
+    Rect strip;
+    EXPECT_FALSE(WaitForNotice(strip).Empty()) << "no notice appeared at the bottom of the window";
     // The reloaded programs still draw the points.
     const ClusterLayout after = Measure(Grab());
     EXPECT_TRUE(after.AllVisible()) << after.Describe();
@@ -148,10 +140,10 @@ TEST_F(SidebarArrow, HidesAndShowsTheSidebar)
     const Rect arrow = FindButtonOnRow(start, layout.RenderArea(), layout.area.y0 + 6);
     ASSERT_GT(arrow.Width(), 0) << "no arrow button at the top right of the 3D area";
     EXPECT_EQ(arrow.x1, layout.SidebarToggle().x1) << "the arrow should sit just left of the sidebar";
-    x->Click(Button::Left, (arrow.x0 + arrow.x1) / 2, (arrow.y0 + arrow.y1) / 2);
+    ClickCentre(arrow);
     x->MoveTo(static_cast<int>(rest.x), static_cast<int>(rest.y));
     const Picture hidden = WaitForSettled([&](const Picture& p) { return FindPanelHeaders(p, layout).empty(); }, 15s);
-    Keep("hidden", hidden.Empty() ? Grab() : hidden);
+    Keep("hidden", hidden);
     ASSERT_FALSE(hidden.Empty()) << "the sidebar's panel is still shown after clicking the arrow";
     // The 3D area takes the whole width: the scene's middle moves to the window's middle.
     ViewAreaLayout wide = layout;
@@ -163,14 +155,13 @@ TEST_F(SidebarArrow, HidesAndShowsTheSidebar)
     ASSERT_TRUE(spread.AllVisible()) << spread.Describe();
     EXPECT_NEAR(spread.Mean().x, w / 2.0, 0.05 * w) << spread.Describe();
 
-    x->Click(Button::Left, (back.x0 + back.x1) / 2, (back.y0 + back.y1) / 2);
+    ClickCentre(back);
     x->MoveTo(static_cast<int>(rest.x), static_cast<int>(rest.y));
     const Picture shown = WaitForSettled([&](const Picture& p) { return !FindPanelHeaders(p, layout).empty(); }, 15s);
-    Keep("shown-again", shown.Empty() ? Grab() : shown);
+    Keep("shown-again", shown);
     ASSERT_FALSE(shown.Empty()) << "the second click did not bring the sidebar back";
     const ClusterLayout again = Measure(shown), before = Measure(start);
-    EXPECT_LE(Distance(again.Mean(), before.Mean()), 3.0) << "before: " << before.Describe() << "\nafter:  "
-                                                          << again.Describe();
+    EXPECT_LE(Distance(again.Mean(), before.Mean()), 3.0) << Compare(before, again);
     EXPECT_EQ(CountDifferences(start, shown, layout.Sidebar()), 0u) << "the sidebar should look as it did";
 }
 

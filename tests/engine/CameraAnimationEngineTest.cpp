@@ -11,34 +11,18 @@
 
 #include <vexa/modules/CameraAnimGadget.h>
 
-#include <CEGUI/CEGUI.h>
-
-#include <gtest/gtest.h>
-
-#include <fstream>
-
 namespace {
 
 using namespace engine_test;
 
-void Click(CEGUI::Window* button)
-{
-    CEGUI::WindowEventArgs args(button);
-    button->fireEvent(CEGUI::PushButton::EventClicked, args, CEGUI::PushButton::EventNamespace);
-}
+using CameraAnimation = EngineCase;
 
-TEST(CameraAnimation, TheVideoButtonTogglesThePanelInItsOwnViewArea)
+TEST_F(CameraAnimation, TheVideoButtonTogglesThePanelInItsOwnViewArea)
 {
-    if (!HasDisplay())
-        GTEST_SKIP() << "needs a display";
-    const fs::path state = FreshDirectory("video-toggle");
-    const fs::path look = state / "look.json";
-    std::ofstream(look) << R"({"vexa": {"version": "1.0", "views": [
-        {"position": "0,0;0,0", "size": "0.5,0;1,0"},
-        {"position": "0.5,0;0,0", "size": "0.5,0;1,0", "enable-camera-animator": false}]}})";
-    MessageBoxes boxes;
     vexa::Engine engine;
-    ASSERT_TRUE(Start(engine, state, look.string()));
+    ASSERT_TRUE(Start(engine, state, WriteLook(R"({"vexa": {"version": "1.0", "views": [
+        {"position": "0,0;0,0", "size": "0.5,0;1,0"},
+        {"position": "0.5,0;0,0", "size": "0.5,0;1,0", "enable-camera-animator": false}]}})")));
     const auto animation = engine.GetBuiltInResource(vexa::Engine::kCameraAnimationResource);
     ASSERT_NE(animation, nullptr);
     const vexa::ResourceId id = animation->GetId();

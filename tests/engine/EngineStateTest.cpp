@@ -1,6 +1,5 @@
 // What the engine keeps in its intermediate directory and finds there again on the next start.
 
-#include "core/Engine.h"
 #include "core/GeneralOptions.h"
 #include "core/Viewarea.h"
 #include "core/ViewareaSettings.h"
@@ -9,22 +8,15 @@
 #include "scene/GadgetManager.h"
 
 #include <vexa/Camera.h>
-#include <vexa/Gadget.h>
-#include <vexa/Resource.h>
 #include <vexa/draw/Scene.h>
-
-#include <CEGUI/CEGUI.h>
 
 #include "EngineTestSupport.h"
 #include "LogCapture.h"
 
 #include "GlmNear.h"
 
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <cstdint>
-#include <fstream>
 #include <functional>
 #include <iterator>
 #include <thread>
@@ -55,14 +47,12 @@ Bytes ReadBytes(const fs::path& path)
     return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
+using EngineState = EngineCase;
+
 } // namespace
 
-TEST(EngineState, ViewareaStateSurvivesARestart)
+TEST_F(EngineState, ViewareaStateSurvivesARestart)
 {
-    if (!HasDisplay())
-        GTEST_SKIP() << "needs a display";
-    const fs::path state = FreshDirectory("restart");
-    MessageBoxes boxes;
     const glm::vec3 target(1.0f, 0.5f, -2.0f);
     const glm::vec3 position(4.0f, 3.0f, 6.0f);
     const glm::vec3 finalTarget(-1.0f, 0.0f, 0.5f);
@@ -115,9 +105,7 @@ TEST(EngineState, ViewareaStateSurvivesARestart)
         // A layout chosen by the user replaces the records with the new layout's areas.
         engine.ToggleLayoutChooser();
         ASSERT_NE(engine.GetLayoutChooser(), nullptr);
-        CEGUI::WindowEventArgs args(engine.GetLayoutChooser()->getChild("layout3"));
-        engine.GetLayoutChooser()->getChild("layout3")->fireEvent(CEGUI::PushButton::EventClicked, args,
-                                                                  CEGUI::PushButton::EventNamespace);
+        Click(engine.GetLayoutChooser()->getChild("layout3"));
         ASSERT_TRUE(UpdateUntil(engine, [&] { return !engine.GetViewareaSettings().IsDirty(); }));
     }
     vexa::ViewareaSettings saved;

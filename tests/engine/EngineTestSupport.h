@@ -5,13 +5,17 @@
 #include "core/Engine.h"
 
 #include <vexa/Gadget.h>
+#include <vexa/Lifecycle.h>
 #include <vexa/Platform.h>
 #include <vexa/Resource.h>
+
+#include <CEGUI/CEGUI.h>
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <unistd.h>
@@ -74,6 +78,55 @@ inline bool Start(vexa::Engine& engine, const fs::path& state, const std::string
     engine.SetAssetDirectory(VEXA_SOURCE_ASSET_DIR);
     engine.SetIntermediateDirectory(state.string());
     return engine.Initialize(lookFile);
+}
+
+/// A test that starts real engines: it needs a display, works in a fresh directory named
+/// after itself and collects the message boxes of whatever it starts.
+class EngineCase : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (!HasDisplay())
+            GTEST_SKIP() << "needs a display";
+        state = FreshDirectory(testing::UnitTest::GetInstance()->current_test_info()->name());
+    }
+
+    /// Writes `json` as a look file in the test's directory and returns its path.
+    std::string WriteLook(const std::string& json, const std::string& name = "look.json") const
+    {
+        std::ofstream(state / name) << json;
+        return (state / name).string();
+    }
+
+    /// Starts the library's own engine, as a host does through the public functions.
+    bool StartLibrary() const
+    {
+        vexa::SetAssetDirectory(VEXA_SOURCE_ASSET_DIR);
+        vexa::SetIntermediateDirectory(state.string());
+        return vexa::Initialize();
+    }
+
+    fs::path state;
+    MessageBoxes boxes;
+};
+
+/// Fires `event` on `window` as CEGUI does when the user acts on the widget.
+inline void Fire(CEGUI::Window* window, const CEGUI::String& event, const CEGUI::String& eventNamespace)
+{
+    CEGUI::WindowEventArgs args(window);
+    window->fireEvent(event, args, eventNamespace);
+}
+
+inline void Click(CEGUI::Window* button)
+{
+    Fire(button, CEGUI::PushButton::EventClicked, CEGUI::PushButton::EventNamespace);
+}
+
+/// Picks the item at `index` in the combo box's list and accepts it, as a click does.
+inline void Choose(CEGUI::Combobox* combobox, std::size_t index)
+{
+    combobox->getDropList()->setItemSelectState(index, true);
+    Fire(combobox->getDropList(), CEGUI::ComboDropList::EventListSelectionAccepted, CEGUI::ComboDropList::EventNamespace);
 }
 
 } // namespace engine_test

@@ -9,8 +9,6 @@
 
 #include <tesk/Image.h>
 
-#include <gtest/gtest.h>
-
 namespace {
 
 using namespace engine_test;
@@ -23,11 +21,10 @@ float Brightness(const tesk::Image& image, std::uint32_t x, std::uint32_t y)
 // A matcap is the picture of a lit sphere seen from the camera: its top half must light the
 // top of every surface. With a matcap that is white above its middle and black below, a sphere
 // seen level must come out bright on top and dark underneath, not the other way round.
-TEST(GeometryModuleGl, MatcapLightsFromWhereThePictureIsBright)
+using GeometryModuleGl = EngineCase;
+
+TEST_F(GeometryModuleGl, MatcapLightsFromWhereThePictureIsBright)
 {
-    if (!HasDisplay())
-        GTEST_SKIP() << "needs a display";
-    const fs::path state = FreshDirectory("matcap");
     // Assets of our own: the real shaders and GUI resources, and one matcap made here.
     const fs::path assets = state / "assets";
     fs::create_directories(assets / "matcaps");
@@ -41,7 +38,6 @@ TEST(GeometryModuleGl, MatcapLightsFromWhereThePictureIsBright)
     for (const char* name : {"a", "b", "c", "d", "e", "f"})
         ASSERT_TRUE(picture.SavePng((assets / "matcaps" / (std::string(name) + ".png")).string()));
 
-    MessageBoxes boxes;
     vexa::Engine engine;
     engine.SetAssetDirectory(assets.string());
     engine.SetIntermediateDirectory(state.string());

@@ -11,13 +11,8 @@
 #include <tesk/ColorMap.h>
 #include <tesk/Image.h>
 
-#include <CEGUI/CEGUI.h>
-
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <map>
-#include <string>
 
 namespace {
 
@@ -47,12 +42,10 @@ tesk::Color3f ProbePixel(vexa::Engine& engine, const fs::path& file)
     return {image.At(x, y, 0), image.At(x, y, 1), image.At(x, y, 2)};
 }
 
-TEST(PointCloudModuleGl, ChoosingDataMappingColoursTheCloudByTheMap)
+using PointCloudModuleGl = EngineCase;
+
+TEST_F(PointCloudModuleGl, ChoosingDataMappingColoursTheCloudByTheMap)
 {
-    if (!HasDisplay())
-        GTEST_SKIP() << "needs a display";
-    const fs::path state = FreshDirectory("datamapping");
-    MessageBoxes boxes;
     vexa::Engine engine;
     ASSERT_TRUE(Start(engine, state));
     vexa::Viewarea& area = *engine.GetViewareas().front();
@@ -88,17 +81,11 @@ TEST(PointCloudModuleGl, ChoosingDataMappingColoursTheCloudByTheMap)
     }
     ASSERT_EQ(lists.count("Color source"), 1u);
     ASSERT_EQ(lists.count("Color map"), 1u);
-    const auto choose = [](CEGUI::Combobox* list, std::size_t index) {
-        CEGUI::ComboDropList* drop = list->getDropList();
-        drop->setItemSelectState(index, true);
-        CEGUI::WindowEventArgs args(drop);
-        drop->fireEvent(CEGUI::ComboDropList::EventListSelectionAccepted, args, CEGUI::ComboDropList::EventNamespace);
-    };
     // Material, Normals, then Data Mapping (no colour sets in this cloud).
-    choose(lists["Color source"], 2);
+    Choose(lists["Color source"], 2);
     ASSERT_EQ(gadget->GetColorSource(), vexa::modules::PointCloudGadget::DataMapping);
     // "Rainbow" is the second map in the list.
-    choose(lists["Color map"], 1);
+    Choose(lists["Color map"], 1);
     ASSERT_EQ(gadget->GetColorMap(), static_cast<int>(tesk::ColorMap::Rainbow));
     area.SetSidebarVisible(false);
     engine.Update();

@@ -8,38 +8,30 @@
 #include <vexa/GuiGenerator.h>
 
 #include "FakeEngine.h"
+#include "GlmNear.h"
 #include "GuiTestSupport.h"
-#include "LogCapture.h"
 
 #include <CEGUI/CEGUI.h>
-
-#include <gtest/gtest.h>
 
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 namespace {
 
+using testing_support::ExpectNear;
 using vexa::Camera;
 using vexa::modules::CameraAnimGadget;
 using vexa::modules::CameraAnimResource;
 
-::testing::AssertionResult Close(const glm::vec3& actual, const glm::vec3& expected, float tolerance)
+std::string ReadAll(const std::string& path)
 {
-    if (glm::all(glm::lessThanEqual(glm::abs(actual - expected), glm::vec3(tolerance))))
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "(" << actual.x << ", " << actual.y << ", " << actual.z << ") is not within "
-                                         << tolerance << " of (" << expected.x << ", " << expected.y << ", "
-                                         << expected.z << ")";
+    std::stringstream all;
+    all << std::ifstream(path, std::ios::binary).rdbuf();
+    return all.str();
 }
-#define EXPECT_VEC3_NEAR(actual, expected, tolerance) EXPECT_TRUE(Close(actual, expected, tolerance))
-
-constexpr const char* kLoadLabel = "vexa::modules::CameraAnimGadget::LoadAnimation";
 
 class CameraAnimTest : public gui_test::PanelTest {
 protected:
@@ -47,8 +39,7 @@ protected:
     {
         PanelTest::SetUp();
         engine_.Register(resource_);
-        ASSERT_TRUE(area_.GetGadgetManager().Create(resource_->GetId()));
-        gadget_ = std::dynamic_pointer_cast<CameraAnimGadget>(area_.GetGadgetManager().GetGadget(resource_->GetId()));
+        gadget_ = Reopen();
         ASSERT_NE(gadget_, nullptr);
         camera_ = area_.GetCamera();
     }
@@ -60,49 +51,27 @@ protected:
         PanelTest::TearDown();
     }
 
+    /// A new gadget for the view area, as the camera button closing and reopening the panel makes.
+    std::shared_ptr<CameraAnimGadget> Reopen()
+    {
+        EXPECT_TRUE(area_.GetGadgetManager().Create(resource_->GetId()));
+        return std::dynamic_pointer_cast<CameraAnimGadget>(area_.GetGadgetManager().GetGadget(resource_->GetId()));
+    }
+
     void BuildPanel()
     {
         generator_ = std::make_unique<vexa::GuiGenerator>(resource_->GetId(), panel_);
         gadget_->GenerateGui(*generator_);
     }
 
-    // The caption of every row: the label beside a field, else the control's own text.
-    std::vector<std::string> Captions() const
-    {
-        std::vector<std::string> captions;
-        for (std::size_t n = 0; n < panel_->getChildCount(); ++n)
-        {
-            CEGUI::Window* row = panel_->getChild("generated_element_" + std::to_string(n));
-            CEGUI::Window* shown = row->isChild("dynamic_label") ? row->getChild("dynamic_label")
-                                                                : row->getChild("dynamic_control");
-            captions.emplace_back(shown->getText().c_str());
-        }
-        return captions;
-    }
-
-    CEGUI::Window* Row(const std::string& caption) const
-    {
-        const std::vector<std::string> captions = Captions();
-        for (std::size_t n = 0; n < captions.size(); ++n)
-            if (captions[n] == caption)
-                return panel_->getChild("generated_element_" + std::to_string(n) + "/dynamic_control");
-        ADD_FAILURE() << "no row \"" << caption << "\"";
-        return nullptr;
-    }
-
     void Click(const std::string& caption)
     {
-        if (CEGUI::Window* button = Row(caption))
-            gui_test::Fire(button, CEGUI::PushButton::EventClicked, CEGUI::PushButton::EventNamespace);
+        CEGUI::Window* row = gui_test::FindRow(panel_, caption);
+        ASSERT_NE(row, nullptr) << "no row \"" << caption << "\"";
+        gui_test::Click(row->getChild("dynamic_control"));
     }
 
-    std::string CountText() const
-    {
-        return panel_->getChild("generated_element_" + std::to_string(panel_->getChildCount() - 1) + "/dynamic_control")
-            ->getText()
-            .c_str();
-    }
-
+    std::string CountText() const { return gui_test::Texts(panel_).back(); }
     std::string AnimationFile() const { return engine_.GetIntermediateDirectory() + "/AnimationSequence01.json"; }
 
     void Pose(const glm::vec3& position, const glm::vec3& target)
@@ -119,15 +88,14 @@ protected:
     std::unique_ptr<vexa::GuiGenerator> generator_;
 };
 
-TEST_F(CameraAnimTest, PanelButtonsRecordAndRemoveKeyframesAndTheCountFollows)
+TEST_F(CameraAnimTest, PanelButtonsRecordRemoveSaveAndLoadKeyframesAndTheCountFollows)
 {
-    EXPECT_EQ(resource_->GetId().type, "CameraAnimResource");
     BuildPanel();
     const std::vector<std::string> expected{"Rotate around",      "Play animation",       "Stop animation",
                                             "Add new keyframe",   "Keyframe delta time",  "Playback speed",
                                             "Loop playback",      "Remove last keyframe", "Remove all keyframes",
                                             "Save keyframes",     "Load keyframes",       "Key-frame count: 0"};
-    EXPECT_EQ(Captions(), expected);
+    EXPECT_EQ(gui_test::Texts(panel_), expected);
 
     Pose({2, 2, 2}, {0, 0, 0});
     Click("Add new keyframe");
@@ -137,8 +105,8 @@ TEST_F(CameraAnimTest, PanelButtonsRecordAndRemoveKeyframesAndTheCountFollows)
     // The first at time 0, the next one delta time (1 s unless changed) later.
     EXPECT_EQ(gadget_->GetKeyframes().GetTime(0), 0.0f);
     EXPECT_EQ(gadget_->GetKeyframes().GetTime(1), 1.0f);
-    EXPECT_VEC3_NEAR(gadget_->GetKeyframes().GetValue(1).position, glm::vec3(0, 3, 4), 1e-5f);
-    EXPECT_VEC3_NEAR(gadget_->GetKeyframes().GetValue(1).target, glm::vec3(1, 0, 0), 1e-5f);
+    ExpectNear(gadget_->GetKeyframes().GetValue(1).position, glm::vec3(0, 3, 4));
+    ExpectNear(gadget_->GetKeyframes().GetValue(1).target, glm::vec3(1, 0, 0));
     EXPECT_EQ(CountText(), "Key-frame count: 2");
 
     gadget_->SetKeyframeDeltaTime(2.5f);
@@ -147,9 +115,39 @@ TEST_F(CameraAnimTest, PanelButtonsRecordAndRemoveKeyframesAndTheCountFollows)
     Click("Remove last keyframe");
     EXPECT_EQ(gadget_->GetKeyframes().Size(), 2u);
     EXPECT_EQ(gadget_->GetKeyframes().LastTime(), 1.0f);
+
+    // Saved as the documented JSON, times and coordinates to six decimals; loaded back after
+    // all were removed.
+    gadget_->SetKeyframeDeltaTime(0.3333333f);
+    Pose({1.23456789f, -2.5f, 1e-7f}, {0.1f, 0.2f, 0.3f});
+    Click("Add new keyframe");
+    const auto saved = std::vector(gadget_->GetKeyframes().Keys().begin(), gadget_->GetKeyframes().Keys().end());
+    Click("Save keyframes");
+    const std::string text = ReadAll(AnimationFile());
+    const std::string expectedStart = "[\n    [\n        \"0.000000\",\n        {\n            \"position\": "
+                                      "\"2.000000, 2.000000, 2.000000\",\n            \"target\": \"0.000000, "
+                                      "0.000000, 0.000000\",\n            \"up\": \"";
+    EXPECT_EQ(text.substr(0, expectedStart.size()), expectedStart) << text;
+    EXPECT_NE(text.find("\"1.333333\""), std::string::npos) << text;
+
     Click("Remove all keyframes");
     EXPECT_TRUE(gadget_->GetKeyframes().Empty());
     EXPECT_EQ(CountText(), "Key-frame count: 0");
+    Click("Load keyframes");
+    ASSERT_EQ(gadget_->GetKeyframes().Size(), saved.size());
+    for (std::size_t i = 0; i < saved.size(); ++i)
+    {
+        const auto& key = gadget_->GetKeyframes().Keys()[i];
+        EXPECT_NEAR(key.time, saved[i].time, 1e-6f);
+        ExpectNear(key.value.position, saved[i].value.position, 1e-6f);
+        ExpectNear(key.value.target, saved[i].value.target, 1e-6f);
+        ExpectNear(key.value.up, saved[i].value.up, 1e-6f);
+    }
+    EXPECT_EQ(CountText(), "Key-frame count: 3");
+    // Loading replaces what is held rather than adding to it.
+    gadget_->AddKeyframe();
+    EXPECT_TRUE(gadget_->LoadAnimation());
+    EXPECT_EQ(gadget_->GetKeyframes().Size(), 3u);
 
     // The panel goes before the gadget (a sidebar rebuild): changes after it touch no window.
     generator_.reset();
@@ -157,7 +155,7 @@ TEST_F(CameraAnimTest, PanelButtonsRecordAndRemoveKeyframesAndTheCountFollows)
         CEGUI::WindowManager::getSingleton().destroyWindow(panel_->getChildAtIdx(0));
     CEGUI::WindowManager::getSingleton().cleanDeadPool();
     EXPECT_TRUE(gadget_->AddKeyframe());
-    EXPECT_EQ(gadget_->GetKeyframes().Size(), 1u);
+    EXPECT_EQ(gadget_->GetKeyframes().Size(), 4u);
 }
 
 TEST_F(CameraAnimTest, PlaybackStartsAtTimeZeroFollowsTheCurveAndStopsOrLoops)
@@ -173,21 +171,21 @@ TEST_F(CameraAnimTest, PlaybackStartsAtTimeZeroFollowsTheCurveAndStopsOrLoops)
     EXPECT_TRUE(gadget_->IsPlaying());
     gadget_->Update(0.3f);
     EXPECT_EQ(gadget_->GetCurrentTime(), 0.0f) << "the first frame shows time 0";
-    EXPECT_VEC3_NEAR(camera_->GetPosition(), glm::vec3(2, 0, 0), 1e-5f);
-    EXPECT_VEC3_NEAR(camera_->GetTarget(), glm::vec3(0, 0, 0), 1e-5f);
+    ExpectNear(camera_->GetPosition(), glm::vec3(2, 0, 0));
+    ExpectNear(camera_->GetTarget(), glm::vec3(0, 0, 0));
     gadget_->Update(0.5f);
     const Camera::Pose middle = gadget_->GetKeyframes().GetValueAtTimeCubic(0.5f);
-    EXPECT_VEC3_NEAR(camera_->GetPosition(), middle.position, 1e-5f);
-    EXPECT_VEC3_NEAR(camera_->GetTarget(), middle.target, 1e-5f);
+    ExpectNear(camera_->GetPosition(), middle.position);
+    ExpectNear(camera_->GetTarget(), middle.target);
     gadget_->Update(0.5f);
-    EXPECT_VEC3_NEAR(camera_->GetPosition(), glm::vec3(0, 0, 2), 1e-5f);
+    ExpectNear(camera_->GetPosition(), glm::vec3(0, 0, 2));
     EXPECT_TRUE(gadget_->IsPlaying()) << "time 1.0 is the last key frame, not past it";
     gadget_->Update(0.01f);
     EXPECT_FALSE(gadget_->IsPlaying());
     // Stopped means stopped: the user's camera stays where it is put.
     Pose({7, 7, 7}, {0, 0, 0});
     gadget_->Update(0.1f);
-    EXPECT_VEC3_NEAR(camera_->GetPosition(), glm::vec3(7, 7, 7), 1e-5f);
+    ExpectNear(camera_->GetPosition(), glm::vec3(7, 7, 7));
 
     // "Playback speed" scales time; 0 freezes playback and rotation alike.
     gadget_->Play();
@@ -200,7 +198,7 @@ TEST_F(CameraAnimTest, PlaybackStartsAtTimeZeroFollowsTheCurveAndStopsOrLoops)
     gadget_->SetRotateAround(true);
     const glm::vec3 before = camera_->GetPosition();
     gadget_->Update(1.0f);
-    EXPECT_VEC3_NEAR(camera_->GetPosition(), before, 1e-6f);
+    ExpectNear(camera_->GetPosition(), before, 1e-6f);
     // Rotation turns about the target at its distance, and holds playback.
     gadget_->SetPlaybackSpeed(2.0f);
     const float distance = glm::distance(camera_->GetPosition(), camera_->GetTarget());
@@ -222,12 +220,12 @@ TEST_F(CameraAnimTest, OneKeyframeShowsItThenStopsOrStartsOver)
     gadget_->AddKeyframe();
     Pose({9, 9, 9}, {0, 0, 0});
     gadget_->Play();
-    gadget_->Update(0.2f);
-    EXPECT_VEC3_NEAR(camera_->GetPosition(), glm::vec3(3, 1, 0), 1e-5f);
-    EXPECT_TRUE(gadget_->IsPlaying());
-    gadget_->Update(0.2f);
-    EXPECT_FALSE(gadget_->IsPlaying());
-    EXPECT_VEC3_NEAR(camera_->GetPosition(), glm::vec3(3, 1, 0), 1e-5f);
+    for (const bool playing : {true, false})
+    {
+        gadget_->Update(0.2f);
+        ExpectNear(camera_->GetPosition(), glm::vec3(3, 1, 0));
+        EXPECT_EQ(gadget_->IsPlaying(), playing);
+    }
 
     gadget_->SetLooping(true);
     gadget_->Play();
@@ -243,53 +241,13 @@ TEST_F(CameraAnimTest, OneKeyframeShowsItThenStopsOrStartsOver)
     Pose({4, 4, 4}, {0, 0, 0});
     testing_support::LogCapture log;
     gadget_->Play();
-    gadget_->Update(0.25f);
-    gadget_->Update(0.25f);
-    EXPECT_TRUE(log.Contains("Can not interpolate to time 0.000000 when no key frames available.",
-                             "tesk::Interpolator::GetValueAtTimeCubic"));
-    EXPECT_TRUE(log.Contains("Can not interpolate to time 0.250000 when no key frames available.",
-                             "tesk::Interpolator::GetValueAtTimeCubic"));
-    EXPECT_VEC3_NEAR(camera_->GetPosition(), glm::vec3(4, 4, 4), 1e-5f);
-}
-
-TEST_F(CameraAnimTest, SavedFileIsTheDocumentedJsonAndLoadsBackToSixDecimals)
-{
-    BuildPanel();
-    Pose({2, 2, 2}, {0, 0, 0});
-    gadget_->AddKeyframe();
-    gadget_->SetKeyframeDeltaTime(0.3333333f);
-    Pose({1.23456789f, -2.5f, 1e-7f}, {0.1f, 0.2f, 0.3f});
-    gadget_->AddKeyframe();
-    const auto saved = std::vector(gadget_->GetKeyframes().Keys().begin(), gadget_->GetKeyframes().Keys().end());
-    Click("Save keyframes");
-
-    std::ifstream in(AnimationFile());
-    ASSERT_TRUE(in) << "nothing written to " << AnimationFile();
-    std::stringstream text;
-    text << in.rdbuf();
-    const std::string expectedStart = "[\n    [\n        \"0.000000\",\n        {\n            \"position\": "
-                                      "\"2.000000, 2.000000, 2.000000\",\n            \"target\": \"0.000000, "
-                                      "0.000000, 0.000000\",\n            \"up\": \"";
-    EXPECT_EQ(text.str().substr(0, expectedStart.size()), expectedStart) << text.str();
-    EXPECT_NE(text.str().find("\"0.333333\""), std::string::npos) << text.str();
-
-    Click("Remove all keyframes");
-    Click("Load keyframes");
-    ASSERT_EQ(gadget_->GetKeyframes().Size(), saved.size());
-    for (std::size_t i = 0; i < saved.size(); ++i)
+    for (const char* time : {"0.000000", "0.250000"})
     {
-        const auto& key = gadget_->GetKeyframes().Keys()[i];
-        EXPECT_NEAR(key.time, saved[i].time, 1e-6f);
-        EXPECT_VEC3_NEAR(key.value.position, saved[i].value.position, 1e-6f);
-        EXPECT_VEC3_NEAR(key.value.target, saved[i].value.target, 1e-6f);
-        EXPECT_VEC3_NEAR(key.value.up, saved[i].value.up, 1e-6f);
+        gadget_->Update(0.25f);
+        EXPECT_TRUE(log.Contains("Can not interpolate to time " + std::string(time) + " when no key frames available.",
+                                 "tesk::Interpolator::GetValueAtTimeCubic"));
     }
-    EXPECT_EQ(CountText(), "Key-frame count: 2");
-
-    // Loading replaces what is held rather than adding to it.
-    gadget_->AddKeyframe();
-    EXPECT_TRUE(gadget_->LoadAnimation());
-    EXPECT_EQ(gadget_->GetKeyframes().Size(), 2u);
+    ExpectNear(camera_->GetPosition(), glm::vec3(4, 4, 4));
 }
 
 TEST_F(CameraAnimTest, BadFilesLeaveTheKeyframesAsTheyWere)
@@ -302,26 +260,26 @@ TEST_F(CameraAnimTest, BadFilesLeaveTheKeyframesAsTheyWere)
 
     // Missing file, damaged JSON, JSON of another kind, and elements of the wrong shape.
     EXPECT_FALSE(gadget_->LoadAnimation());
-    write("[[\"0.0\", {\"position\": \"1, 2, 3\",");
-    EXPECT_FALSE(gadget_->LoadAnimation());
-    write("{\"vexa\": {\"version\": \"1.0\"}}");
-    EXPECT_FALSE(gadget_->LoadAnimation());
-    write("[[\"0.0\", {\"position\": \"1, 2, 3\", \"target\": \"0, 0, 0\"}]]");
-    EXPECT_FALSE(gadget_->LoadAnimation());
+    for (const char* content : {"[[\"0.0\", {\"position\": \"1, 2, 3\",", "{\"vexa\": {\"version\": \"1.0\"}}",
+                                "[[\"0.0\", {\"position\": \"1, 2, 3\", \"target\": \"0, 0, 0\"}]]"})
+    {
+        write(content);
+        EXPECT_FALSE(gadget_->LoadAnimation()) << content;
+    }
     std::size_t failures = 0;
     for (const auto& message : log.messages)
-        if (message.label == kLoadLabel && message.message.rfind("Camera animation load failed: ", 0) == 0)
-            ++failures;
+        failures += message.label == "vexa::modules::CameraAnimGadget::LoadAnimation" &&
+                    message.message.rfind("Camera animation load failed: ", 0) == 0;
     EXPECT_EQ(failures, 4u);
     // The parser's own words: where it stopped and why.
     EXPECT_NE(log.messages[1].message.find(" - "), std::string::npos) << log.messages[1].message;
     EXPECT_EQ(gadget_->GetKeyframes().Size(), 2u);
 
     // Text that is not a number throws from the conversion; the key frames stay.
-    write("[[\"0.0\", {\"position\": \"1, 2, 3\", \"target\": \"0, 0, 0\", \"up\": \"0, 1, 0\"}],"
-          " [\"soon\", {\"position\": \"1, 2, 3\", \"target\": \"0, 0, 0\", \"up\": \"0, 1, 0\"}]]");
+    const std::string pose = R"({"position": "1, 2, 3", "target": "0, 0, 0", "up": "0, 1, 0"})";
+    write("[[\"0.0\", " + pose + "], [\"soon\", " + pose + "]]");
     EXPECT_THROW(gadget_->LoadAnimation(), std::invalid_argument);
-    write("[[\"1e999\", {\"position\": \"1, 2, 3\", \"target\": \"0, 0, 0\", \"up\": \"0, 1, 0\"}]]");
+    write("[[\"1e999\", " + pose + "]]");
     EXPECT_THROW(gadget_->LoadAnimation(), std::out_of_range);
     EXPECT_EQ(gadget_->GetKeyframes().Size(), 2u);
     // Through the button it is logged, not thrown into the GUI.
@@ -350,9 +308,7 @@ TEST_F(CameraAnimTest, PanelSettingsOutliveTheGadgetButNotADamagedStateFile)
     ASSERT_TRUE(gadget_->SaveState());
     generator_.reset();
 
-    // The camera button closes and reopens the panel: a new gadget of the same view area.
-    ASSERT_TRUE(area_.GetGadgetManager().Create(resource_->GetId()));
-    auto reopened = std::dynamic_pointer_cast<CameraAnimGadget>(area_.GetGadgetManager().GetGadget(resource_->GetId()));
+    auto reopened = Reopen();
     ASSERT_NE(reopened, nullptr);
     EXPECT_EQ(reopened->GetKeyframeDeltaTime(), 2.5f);
     EXPECT_EQ(reopened->GetPlaybackSpeed(), 0.5f);
@@ -361,19 +317,12 @@ TEST_F(CameraAnimTest, PanelSettingsOutliveTheGadgetButNotADamagedStateFile)
 
     // A speed no panel can set: the file is damaged, the defaults stand.
     const std::string stateFile = engine_.GetIntermediateDirectory() + "CameraAnimResourceState0.bin";
-    std::string bytes;
-    {
-        std::ifstream in(stateFile, std::ios::binary);
-        std::stringstream all;
-        all << in.rdbuf();
-        bytes = all.str();
-    }
+    std::string bytes = ReadAll(stateFile);
     ASSERT_GE(bytes.size(), 9u);
     const float huge = 1e9f;
     std::memcpy(bytes.data() + bytes.size() - 5, &huge, sizeof(huge));
     std::ofstream(stateFile, std::ios::binary | std::ios::trunc) << bytes;
-    ASSERT_TRUE(area_.GetGadgetManager().Create(resource_->GetId()));
-    gadget_ = std::dynamic_pointer_cast<CameraAnimGadget>(area_.GetGadgetManager().GetGadget(resource_->GetId()));
+    gadget_ = Reopen();
     EXPECT_EQ(gadget_->GetPlaybackSpeed(), 1.0f);
     EXPECT_EQ(gadget_->GetKeyframeDeltaTime(), 1.0f);
     EXPECT_FALSE(gadget_->IsLooping());

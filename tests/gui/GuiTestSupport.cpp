@@ -5,6 +5,8 @@
 #include <CEGUI/GUIContext.h>
 #include <CEGUI/widgets/ComboDropList.h>
 #include <CEGUI/widgets/Combobox.h>
+#include <CEGUI/widgets/ListboxItem.h>
+#include <CEGUI/widgets/PushButton.h>
 #include <CEGUI/System.h>
 #include <CEGUI/WindowManager.h>
 
@@ -41,6 +43,69 @@ void Fire(CEGUI::Window* window, const CEGUI::String& event, const CEGUI::String
 {
     CEGUI::WindowEventArgs args(window);
     window->fireEvent(event, args, eventNamespace);
+}
+
+void Click(CEGUI::Window* button)
+{
+    Fire(button, CEGUI::PushButton::EventClicked, CEGUI::PushButton::EventNamespace);
+}
+
+float Height(const CEGUI::Window* window)
+{
+    return window->getPixelSize().d_height;
+}
+
+CEGUI::Window* Row(const CEGUI::Window* panel, int n)
+{
+    return panel->getChildRecursive("generated_element_" + CEGUI::PropertyHelper<std::int32_t>::toString(n));
+}
+
+namespace {
+
+std::string Caption(const CEGUI::Window* row)
+{
+    std::string text;
+    if (const CEGUI::Window* label = row->getChildRecursive("dynamic_label"))
+        text = label->getText().c_str();
+    const CEGUI::Window* control = row->getChildRecursive("dynamic_control");
+    if (text.empty() && control != nullptr)
+        text = control->getText().c_str();
+    return text;
+}
+
+} // namespace
+
+std::vector<std::string> Texts(const CEGUI::Window* panel)
+{
+    std::vector<std::string> texts;
+    for (int n = 0; const CEGUI::Window* row = Row(panel, n); ++n)
+    {
+        std::string text = Caption(row);
+        if (CEGUI::Window* combo = row->getChildRecursive("combo_element"))
+        {
+            auto* list = static_cast<CEGUI::Combobox*>(combo);
+            for (std::size_t i = 0; i < list->getItemCount(); ++i)
+                text += "|" + std::string(list->getListboxItemFromIndex(i)->getText().c_str());
+        }
+        texts.push_back(text);
+    }
+    return texts;
+}
+
+std::string Joined(const CEGUI::Window* panel)
+{
+    std::string all;
+    for (const std::string& text : Texts(panel))
+        all += text + "\n";
+    return all;
+}
+
+CEGUI::Window* FindRow(const CEGUI::Window* panel, const std::string& caption)
+{
+    for (int n = 0; CEGUI::Window* row = Row(panel, n); ++n)
+        if (Caption(row) == caption)
+            return row;
+    return nullptr;
 }
 
 void Choose(CEGUI::Combobox* combobox, std::size_t index)

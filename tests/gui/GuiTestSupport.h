@@ -2,13 +2,19 @@
 // Shared by the GUI tests: CEGUI runs once per test program on its null renderer (it is a
 // process-wide singleton); every test builds its own panel under the root and drops it after.
 
+#include <vexa/Gadget.h>
+#include <vexa/Resource.h>
+
+#include "LogCapture.h"
+
 #include <CEGUI/Window.h>
 
 #include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
-
-#include <string>
 
 namespace CEGUI {
 class Combobox;
@@ -22,14 +28,50 @@ CEGUI::Window* Root();
 /// Fires `event` on `window` as CEGUI itself would when the user acts on the widget.
 void Fire(CEGUI::Window* window, const CEGUI::String& event, const CEGUI::String& eventNamespace);
 
+/// A click on a push button.
+void Click(CEGUI::Window* button);
+
 /// Picks the item at `index` in the combo box's list and accepts it, as a click does.
 void Choose(CEGUI::Combobox* combobox, std::size_t index);
+
+/// The pixel height the layout gave `window`.
+float Height(const CEGUI::Window* window);
+
+/// Generated row `n` of `panel`, also inside a group; null past the last row.
+CEGUI::Window* Row(const CEGUI::Window* panel, int n);
+
+/// One line per generated row: its label, else the control's own text (label and button
+/// rows), then "|" and each item of a drop list.
+std::vector<std::string> Texts(const CEGUI::Window* panel);
+
+/// Texts() with every line ended by "\n", for looking for runs of rows.
+std::string Joined(const CEGUI::Window* panel);
+
+/// The row captioned `caption` (its label, else its control's text); null if there is none.
+CEGUI::Window* FindRow(const CEGUI::Window* panel, const std::string& caption);
+
+/// The resource's gadget, initialised outside any view area: adding its renderer fails there,
+/// which is expected and kept out of the log.
+template <class GadgetType>
+std::shared_ptr<GadgetType> InitializedGadget(vexa::Resource& resource)
+{
+    auto gadget = std::static_pointer_cast<GadgetType>(resource.CreateGadget());
+    testing_support::LogCapture quiet;
+    gadget->Initialize();
+    return gadget;
+}
 
 /// A fresh "DarkVexa/ArrayPanel", 300 px wide, under the root for the test's lifetime.
 class PanelTest : public testing::Test {
 protected:
     void SetUp() override;
     void TearDown() override;
+    /// Drops the panel and starts over with an empty one.
+    void Renew()
+    {
+        PanelTest::TearDown();
+        PanelTest::SetUp();
+    }
 
     CEGUI::Window* panel_ = nullptr;
 };

@@ -12,17 +12,10 @@
 
 #include "FakeEngine.h"
 #include "GuiTestSupport.h"
-#include "LogCapture.h"
-
-#include <nubo/Combobox.h>
 
 #include <CEGUI/CEGUI.h>
 
-#include <gtest/gtest.h>
-
 #include <cmath>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -43,17 +36,13 @@ tesk::Mesh Strip(std::size_t count)
 
 std::shared_ptr<MeshGadget> MakeGadget(const std::shared_ptr<MeshResource>& resource)
 {
-    auto gadget = std::static_pointer_cast<MeshGadget>(resource->CreateGadget());
-    testing_support::LogCapture quiet; // no view area to add the renderer to
-    gadget->Initialize();
-    return gadget;
+    return gui_test::InitializedGadget<MeshGadget>(*resource);
 }
 
 TEST(MeshResource, CentreSamplesEveryTenthVertexAndDividesByTheWholeTens)
 {
     // 15 vertices: vertices 0 and 10 are summed, and the sum is divided by 15 / 10 = 1.
     MeshResource mesh("strip", Strip(15));
-    EXPECT_EQ(mesh.GetId().ToString(), "MeshResource:strip");
     EXPECT_EQ(mesh.GetCenterOfMass(), glm::vec3(10.0f, 0.0f, 0.0f));
     EXPECT_EQ(mesh.GetCameraPos(), glm::vec3(11.0f, 1.0f, 1.0f));
     EXPECT_EQ(mesh.GetPointCount(), 15u);
@@ -130,48 +119,18 @@ TEST(MeshGadget, FocusLooksFromTheCameraPositionAndStateIsTheGeometrysOwn)
     EXPECT_FLOAT_EQ(again->GetStyle()->wireThickness, 3.0f);
 }
 
-class MeshPanelTest : public gui_test::PanelTest {
-protected:
-    std::vector<std::string> Texts() const
-    {
-        std::vector<std::string> texts;
-        for (int n = 0;; ++n)
-        {
-            CEGUI::Window* row =
-                panel_->getChildRecursive("generated_element_" + CEGUI::PropertyHelper<std::int32_t>::toString(n));
-            if (row == nullptr)
-                break;
-            std::string text;
-            if (CEGUI::Window* label = row->getChildRecursive("dynamic_label"))
-                text = label->getText().c_str();
-            // A label row shows its text in the control.
-            CEGUI::Window* control = row->getChildRecursive("dynamic_control");
-            if (text.empty() && control != nullptr)
-                text = control->getText().c_str();
-            if (CEGUI::Window* combo = row->getChildRecursive("combo_element"))
-            {
-                auto* list = static_cast<nubo::Combobox*>(combo);
-                for (std::size_t i = 0; i < list->getItemCount(); ++i)
-                    text += "|" + std::string(list->getListboxItemFromIndex(i)->getText().c_str());
-            }
-            texts.push_back(text);
-        }
-        return texts;
-    }
-    testing_support::FakeEngine engine_;
-};
+using MeshPanelTest = gui_test::PanelTest;
 
 TEST_F(MeshPanelTest, ListsCountsSpaceAndTheOfferedSourcesInOrder)
 {
+    testing_support::FakeEngine engine;
     tesk::Mesh mesh = Strip(12);
     mesh.GetVertices().AddFloatProperty("Height", std::vector<float>(12, 1.0f));
     auto resource = std::make_shared<MeshResource>("strip", mesh);
     auto gadget = MakeGadget(resource);
     vexa::GuiGenerator generator(resource->GetId(), panel_);
     gadget->GenerateGui(generator);
-    std::string all;
-    for (const std::string& text : Texts())
-        all += text + "\n";
+    const std::string all = gui_test::Joined(panel_);
     EXPECT_EQ(all.rfind("Points: 12\nFaces: 10\nSpace: N/A\n", 0), 0u) << all;
     // No vertex colours, no UVs, no texture: only the data mapping joins the two fixed ones,
     // and its own rows follow.

@@ -5,15 +5,8 @@
 
 #include <CEGUI/CEGUI.h>
 
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-#include <vector>
-
 namespace {
 
-using gui_test::Fire;
 using vexa::GuiResourceInspector;
 using vexa::ResourceId;
 
@@ -53,12 +46,9 @@ protected:
         CEGUI::ItemEntry* item = Item(text);
         ASSERT_NE(item, nullptr) << text;
         item->setSelected(true);
+        inspector_->Update();
     }
-    void Click(const char* button)
-    {
-        CEGUI::Window* window = button == std::string("BtnSearchClear") ? Child("EditSearch/BtnSearchClear") : Child(button);
-        Fire(window, CEGUI::PushButton::EventClicked, CEGUI::PushButton::EventNamespace);
-    }
+    void Click(const char* button) const { gui_test::Click(Child(button)); }
 
     std::unique_ptr<GuiResourceInspector> inspector_;
     std::vector<ResourceId> picked_;
@@ -89,7 +79,6 @@ TEST_F(ResourceInspectorTest, FoldersComeFromThePathComponentsAndAreBrowsed)
     EXPECT_EQ(Location(), "/");
 
     Pick("a/");
-    Shown();
     Click("BtnHome");
     EXPECT_EQ(Shown(), (std::vector<std::string>{"a/", "z"}));
 }
@@ -103,7 +92,6 @@ TEST_F(ResourceInspectorTest, ErasingFollowsTheResourcesAndEmptyFoldersGo)
     EXPECT_EQ(Shown(), (std::vector<std::string>{"scans", "scans/"}));
 
     Pick("scans/");
-    Shown();
     Pick("left/");
     EXPECT_EQ(Shown(), (std::vector<std::string>{"c0", "c1"}));
     EXPECT_EQ(Location(), "/scans/left");
@@ -130,7 +118,6 @@ TEST_F(ResourceInspectorTest, SearchIgnoresCaseAndUpReturnsToTheLocationBeforeIt
     inspector_->InsertResource(ResourceId("x/Abby", "Mesh"));
     Shown();
     Pick("x/");
-    Shown();
 
     Child("EditSearch")->setText("B");
     EXPECT_EQ(inspector_->GetMode(), GuiResourceInspector::Mode::Search);
@@ -145,7 +132,7 @@ TEST_F(ResourceInspectorTest, SearchIgnoresCaseAndUpReturnsToTheLocationBeforeIt
     Child("EditSearch")->setText("a");
     // The list sorts bytewise, capitals first.
     EXPECT_EQ(Shown(), (std::vector<std::string>{"Abby", "a/"}));
-    Click("BtnSearchClear");
+    Click("EditSearch/BtnSearchClear");
     EXPECT_EQ(Child("EditSearch")->getText(), "");
     EXPECT_EQ(inspector_->GetMode(), GuiResourceInspector::Mode::Browsing);
     EXPECT_EQ(Shown(), (std::vector<std::string>{"Abby"}));
@@ -168,7 +155,6 @@ TEST_F(ResourceInspectorTest, PickingAResourceOnlyReportsItAndTheSelectionBlinks
     Child("EditSearch")->setText("");
     Shown();
     Pick("a/");
-    Shown();
     inspector_->SetSelected(ResourceId("a/c", "Cloud"));
     Shown();
     ASSERT_NE(Item("c"), nullptr);

@@ -12,15 +12,10 @@
 
 #include <CEGUI/CEGUI.h>
 
-#include <gtest/gtest.h>
-
 #include <cmath>
-#include <string>
-#include <vector>
 
 namespace {
 
-using gui_test::Fire;
 using testing_support::FakeEngine;
 
 class ViewareaOptionsTest : public testing::Test {
@@ -57,24 +52,12 @@ protected:
 TEST_F(ViewareaOptionsTest, LayoutHoldsTheNamedControlsWithFilledLists)
 {
     EXPECT_FALSE(options_->IsOpen());
-    EXPECT_EQ(popup_->getName(), "Panel");
-    EXPECT_EQ(popup_->getType(), "DarkVexa/Panel");
     EXPECT_EQ(popup_->getPixelSize(), CEGUI::Sizef(400, 175));
     EXPECT_TRUE(popup_->isAlwaysOnTop());
     EXPECT_FALSE(popup_->isRiseOnClickEnabled());
-    const std::vector<std::pair<const char*, const char*>> children = {
-        {"lab_viewopt", "DarkVexa/Label"},       {"lab_cameraopt", "DarkVexa/Label"},
-        {"SeparatorVer", "DarkVexa/SeparatorVer"}, {"check_drawaxes", "DarkVexa/Checkbox"},
-        {"lab_groundgrid", "DarkVexa/Label"},    {"combo_ground", "DarkVexa/Combobox"},
-        {"lab_groundgrid_units", "DarkVexa/Label"}, {"spin_gridunits", "DarkVexa/Spinner"},
-        {"lab_cameramode", "DarkVexa/Label"},    {"combo_cameramode", "DarkVexa/Combobox"},
-        {"lab_orbitaxis2", "DarkVexa/Label"},    {"spin_projnear", "DarkVexa/Spinner"},
-        {"spin_projfar", "DarkVexa/Spinner"},    {"btn_cam_reset", "DarkVexa/PushButton"}};
-    for (const auto& [name, type] : children)
-        EXPECT_EQ(popup_->getChild(name)->getType(), type) << name;
+    // The controls' names and kinds are what the other cases drive; the labels' text is the
+    // layout file's.
     EXPECT_EQ(popup_->getChild("lab_orbitaxis2")->getText(), "Near / Far clipping planes");
-    EXPECT_EQ(popup_->getChild("spin_projnear")->getArea(),
-              CEGUI::URect(CEGUI::UDim(0.5f, 20), CEGUI::UDim(0, 100), CEGUI::UDim(0.5f, 95), CEGUI::UDim(0, 122)));
     EXPECT_EQ(Items("combo_ground"), (std::vector<std::string>{"None", "Plane XY", "Plane YZ", "Plane ZX"}));
     EXPECT_EQ(Items("combo_cameramode"), (std::vector<std::string>{"Orbit", "Orbit Pos X", "Orbit Neg X", "Orbit Pos Y",
                                                                   "Orbit Neg Y", "Orbit Pos Z", "Orbit Neg Z"}));
@@ -86,7 +69,7 @@ TEST_F(ViewareaOptionsTest, LayoutHoldsTheNamedControlsWithFilledLists)
 
     // The camera button of the view area opens it, showing the current state.
     area_.GetScene()->SetGridMode(vexa::draw::GridMode::YZ);
-    Fire(area_.GetChild("btn_viewarea_options"), CEGUI::PushButton::EventClicked, CEGUI::PushButton::EventNamespace);
+    gui_test::Click(area_.GetChild("btn_viewarea_options"));
     EXPECT_TRUE(options_->IsOpen());
     EXPECT_EQ(Combo("combo_ground")->getText(), "Plane YZ");
     EXPECT_EQ(engine_.viewareaMarks, 0) << "showing the state is no change of it";
@@ -144,7 +127,7 @@ TEST_F(ViewareaOptionsTest, ControlsChangeTheViewAreaAndRefreshChangesNothing)
     EXPECT_EQ(marks, 5);
 
     area_.GetCamera()->SetPosition({5, 1, 0});
-    Fire(popup_->getChild("btn_cam_reset"), CEGUI::PushButton::EventClicked, CEGUI::PushButton::EventNamespace);
+    gui_test::Click(popup_->getChild("btn_cam_reset"));
     EXPECT_EQ(area_.GetCamera()->GetPosition(), glm::vec3(2.0f));
 
     // The view area changes behind the pop-up's back: a refresh shows it and changes nothing.

@@ -12,24 +12,9 @@
 
 #include <CEGUI/CEGUI.h>
 
-#include <gtest/gtest.h>
-
 namespace {
 
 using testing_support::FakeEngine;
-
-class PlainGadget final : public vexa::Gadget {
-public:
-    explicit PlainGadget(const vexa::Resource* resource)
-        : Gadget(resource)
-    {
-    }
-    void Initialize() override
-    {
-        LoadState();
-        Gadget::Initialize();
-    }
-};
 
 class PlainResource final : public vexa::Resource {
 public:
@@ -40,7 +25,7 @@ public:
     std::shared_ptr<vexa::Gadget> CreateGadget() override
     {
         ++made;
-        return std::make_shared<PlainGadget>(this);
+        return std::make_shared<vexa::Gadget>(this);
     }
     int made = 0;
 };
@@ -113,7 +98,7 @@ TEST(Viewarea, SidebarAndToolbarFollowTheLook)
     EXPECT_EQ(toggle->getProperty("Glyph"), "Icons16px/right");
     EXPECT_FALSE(area.GetChild("sidebar/toolbar")->isVisible());
 
-    gui_test::Fire(toggle, CEGUI::PushButton::EventClicked, CEGUI::PushButton::EventNamespace);
+    gui_test::Click(toggle);
     EXPECT_FALSE(sidebar->isVisible());
     EXPECT_EQ(toggle->getProperty("Glyph"), "Icons16px/left");
     EXPECT_EQ(changes, (std::vector<bool>{true, false}));

@@ -4,7 +4,6 @@
 
 #include <LogCapture.h>
 
-#include <CEGUI/WindowManager.h>
 #include <gtest/gtest.h>
 
 namespace {

@@ -3,8 +3,6 @@
 
 #include "GuiTestEnvironment.h"
 
-#include <nubo/GuiSystem.h>
-
 #include <plor/Window.h>
 
 #include <LogCapture.h>

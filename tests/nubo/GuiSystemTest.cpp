@@ -1,7 +1,5 @@
 #include "GuiTestEnvironment.h"
 
-#include <nubo/GuiSystem.h>
-
 #include <LogCapture.h>
 
 #include <CEGUI/Font.h>
@@ -10,7 +8,6 @@
 #include <CEGUI/widgets/PushButton.h>
 #include <CEGUI/widgets/Spinner.h>
 #include <gtest/gtest.h>
-
 
 #include <filesystem>
 #include <fstream>

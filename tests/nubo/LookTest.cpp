@@ -4,7 +4,6 @@
 #include "GuiTestEnvironment.h"
 
 #include <nubo/Combobox.h>
-#include <nubo/GuiSystem.h>
 
 #include <LogCapture.h>
 
@@ -22,7 +21,6 @@
 #include <gtest/gtest.h>
 
 #include <set>
-#include <string>
 
 namespace {
 
@@ -167,9 +165,6 @@ TEST(Look, PropertiesReadBackWhatWasWrittenAndColoursAreArgbHex)
         {"DarkVexa/Panel", "BackgroundColour", "Color", "00454545"},
         {"DarkVexa/PanelHeader", nullptr, "Color", "FF5D5D5D"},
         {"DarkVexa/ColorRect", "Color", "Colour", "FF20A040"},
-        {"DarkVexa/PushButton", "NormalColour", "NormalColour", "FF11B252"},
-        {"DarkVexa/PushButton", "HoverColour", "HoverColour", "FF11B252"},
-        {"DarkVexa/PushButton", "PushedColour", "PushedColour", "FF11B252"},
         {"DarkVexa/PushButton", "DisabledColour", "DisabledColour", "FF11B252"},
         {"DarkVexa/PushButton", "TextColour", "TextColour", "FF11B252"},
         {"DarkVexa/PushButton", nullptr, "RenderBackground", "true"},

@@ -2,13 +2,10 @@
 
 #include "GuiTestEnvironment.h"
 
-#include <nubo/GuiSystem.h>
 #include <nubo/Spinner.h>
 
 #include <CEGUI/widgets/Editbox.h>
 #include <gtest/gtest.h>
-
-#include <string>
 
 namespace {
 

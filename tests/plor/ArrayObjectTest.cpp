@@ -4,9 +4,6 @@
 #include <plor/ArrayObject.h>
 #include <plor/Program.h>
 
-#include <glbinding/gl/gl.h>
-#include <gtest/gtest.h>
-
 #include <array>
 #include <cstddef>
 #include <cstring>

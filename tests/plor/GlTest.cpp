@@ -4,9 +4,6 @@
 #include <plor/Program.h>
 #include <plor/Texture.h>
 
-#include <glbinding/gl/gl.h>
-#include <gtest/gtest.h>
-
 namespace {
 
 using plor_test::GlTest;

@@ -4,9 +4,7 @@
 #include <plor/ArrayObject.h>
 #include <plor/Program.h>
 
-#include <glbinding/gl/gl.h>
 #include <glm/glm.hpp>
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>

@@ -4,13 +4,8 @@
 #include <plor/Program.h>
 #include <plor/UploadBytes.h>
 
-#include <gtest/gtest.h>
-
 #include <cstddef>
-#include <cstdint>
 #include <cstring>
-#include <memory>
-#include <vector>
 
 namespace {
 

@@ -9,8 +9,6 @@
 #define GLFW_INCLUDE_NONE
 #include <GLFW/glfw3.h>
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <string>
 
@@ -166,11 +164,6 @@ TEST_F(GlTest, WindowStateAndConditionalContexts)
     EXPECT_FALSE(window_->IsVisible());
     EXPECT_EQ(window_->GetAttribute(GLFW_VISIBLE), GLFW_FALSE);
     EXPECT_EQ(window_->GetWindowSize(), glm::ivec2(plor_test::kSize));
-    EXPECT_FALSE(window_->IsCloseRequested());
-    window_->SetCloseRequested(true);
-    EXPECT_TRUE(window_->IsCloseRequested());
-    window_->SetCaption("renamed");
-    EXPECT_EQ(window_->GetParams().caption, "renamed");
 
     // Already current: the conditional pair leaves it current.
     EXPECT_TRUE(window_->SetContextConditional());

@@ -22,16 +22,13 @@ rlog::Sink CollectInto(std::vector<Entry>& entries)
 
 } // namespace
 
-TEST(Rlog, LevelNames)
+TEST(Rlog, EveryFunctionReachesTheSinkWithItsLevelAndItsName)
 {
     EXPECT_STREQ(rlog::LevelName(rlog::Level::Info), "INFO");
     EXPECT_STREQ(rlog::LevelName(rlog::Level::Warning), "WARN");
     EXPECT_STREQ(rlog::LevelName(rlog::Level::Failure), "FAIL");
     EXPECT_STREQ(rlog::LevelName(rlog::Level::Crash), "CRASH");
-}
 
-TEST(Rlog, EveryFunctionReachesTheSinkWithItsLevel)
-{
     std::vector<Entry> entries;
     const rlog::ScopedSink scope(CollectInto(entries));
     rlog::Info("i", "a::Info");

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <cmath>
+#include <functional>
 #include <sstream>
 #include <stdexcept>
 
@@ -44,37 +44,30 @@ void WriteBasis(BinaryWriter& writer, std::uint8_t version, const std::string& n
     writer.Write(std::uint8_t{Axis::NegY}).Write(std::uint8_t{Axis::PosX}).Write(false);
 }
 
-} // namespace
-
-TEST(SpaceDefinition, DefaultJson)
+/// Reads `target` from what `write` puts into a fresh stream.
+template <class T>
+bool ReadWritten(T& target, const std::function<void(BinaryWriter&)>& write)
 {
-    const SpaceDefinition space;
-    nlohmann::json json = nlohmann::json::object();
-    space.WriteJson(json);
-    const nlohmann::json expected = {
-        {"id", "custom"},
-        {"up", "0.000000, 1.000000, 0.000000"},
-        {"forward", "0.000000, 0.000000, 1.000000"},
-        {"handedness", "right"},
-        {"category", "custom"},
-        {"units", "mm"},
-    };
-    EXPECT_EQ(json, expected);
+    std::stringstream stream;
+    BinaryWriter writer(stream);
+    write(writer);
+    return target.ReadFromStream(stream);
 }
 
-TEST(SpaceDefinition, PresetJsonShowsNegativeZeros)
+} // namespace
+
+TEST(SpaceDefinition, JsonOfDefaultAndPresetShowsNegativeZeros)
 {
-    nlohmann::json json;
-    SpaceDefinition::TivraCamera.WriteJson(json);
-    const nlohmann::json expected = {
-        {"id", "Tivra Camera"},
-        {"up", "-0.000000, -1.000000, -0.000000"},
-        {"forward", "0.000000, 0.000000, 1.000000"},
-        {"handedness", "right"},
-        {"category", "camera"},
-        {"units", "mm"},
+    const auto expected = [](const char* id, const char* up, const char* category) {
+        return nlohmann::json{{"id", id}, {"up", up}, {"forward", "0.000000, 0.000000, 1.000000"},
+                              {"handedness", "right"}, {"category", category}, {"units", "mm"}};
     };
-    EXPECT_EQ(json, expected);
+    nlohmann::json json = nlohmann::json::object();
+    SpaceDefinition().WriteJson(json);
+    EXPECT_EQ(json, expected("custom", "0.000000, 1.000000, 0.000000", "custom"));
+    nlohmann::json preset;
+    SpaceDefinition::TivraCamera.WriteJson(preset);
+    EXPECT_EQ(preset, expected("Tivra Camera", "-0.000000, -1.000000, -0.000000", "camera"));
 
     // A plain basis writes only its own keys; other categories and handedness have their words.
     SpaceDefinition odd("odd", 7, LengthUnit::Inch, Axis::NegX, 9, false);
@@ -173,67 +166,47 @@ TEST(SpaceDefinition, StreamLayoutAndRoundTrip)
 TEST(SpaceDefinition, OlderRecordVersions)
 {
     testing_support::LogCapture log;
-    {
-        // Basis version 0 carries no name: the old one stays.
-        std::stringstream stream;
-        BinaryWriter writer(stream);
-        WriteBasis(writer, 0, "");
-        BasisDefinition basis("kept", Axis::PosY, Axis::PosZ, true);
-        EXPECT_TRUE(basis.ReadFromStream(stream));
-        EXPECT_EQ(basis, BasisDefinition("kept", Axis::NegY, Axis::PosX, false));
-    }
-    {
-        // Derived version 1 has no category: the previous one stays.
-        std::stringstream stream;
-        BinaryWriter writer(stream);
-        WriteBasis(writer, 1, "v1");
-        writer.Write(std::uint8_t{1}).Write(std::uint8_t{LengthUnit::Foot});
-        SpaceDefinition space = SpaceDefinition::TivraMarker;
-        EXPECT_TRUE(space.ReadFromStream(stream));
-        EXPECT_EQ(space, SpaceDefinition("v1", SpaceCategory::Marker, LengthUnit::Foot,
-                                         Axis::NegY, Axis::PosX, false));
-    }
-    {
-        // Derived version 0 repeats the name, and that copy wins.
-        std::stringstream stream;
-        BinaryWriter writer(stream);
-        WriteBasis(writer, 0, "");
-        writer.Write(std::uint8_t{0}).WriteString("derived").Write(std::uint8_t{LengthUnit::Meter});
-        SpaceDefinition space = SpaceDefinition::TivraCamera;
-        EXPECT_TRUE(space.ReadFromStream(stream));
-        EXPECT_EQ(space, SpaceDefinition("derived", SpaceCategory::Camera, LengthUnit::Meter,
-                                         Axis::NegY, Axis::PosX, false));
-    }
+    // Basis version 0 carries no name: the old one stays.
+    BasisDefinition basis("kept", Axis::PosY, Axis::PosZ, true);
+    EXPECT_TRUE(ReadWritten(basis, [](BinaryWriter& w) { WriteBasis(w, 0, ""); }));
+    EXPECT_EQ(basis, BasisDefinition("kept", Axis::NegY, Axis::PosX, false));
+
+    // Derived version 1 has no category: the previous one stays.
+    SpaceDefinition space = SpaceDefinition::TivraMarker;
+    EXPECT_TRUE(ReadWritten(space, [](BinaryWriter& w) {
+        WriteBasis(w, 1, "v1");
+        w.Write(std::uint8_t{1}).Write(std::uint8_t{LengthUnit::Foot});
+    }));
+    EXPECT_EQ(space, SpaceDefinition("v1", SpaceCategory::Marker, LengthUnit::Foot, Axis::NegY, Axis::PosX, false));
+
+    // Derived version 0 repeats the name, and that copy wins.
+    space = SpaceDefinition::TivraCamera;
+    EXPECT_TRUE(ReadWritten(space, [](BinaryWriter& w) {
+        WriteBasis(w, 0, "");
+        w.Write(std::uint8_t{0}).WriteString("derived").Write(std::uint8_t{LengthUnit::Meter});
+    }));
+    EXPECT_EQ(space,
+              SpaceDefinition("derived", SpaceCategory::Camera, LengthUnit::Meter, Axis::NegY, Axis::PosX, false));
     EXPECT_TRUE(log.messages.empty());
 }
 
 TEST(SpaceDefinition, NewerRecordVersionsAreRejected)
 {
-    {
-        testing_support::LogCapture log;
-        std::stringstream stream;
-        BinaryWriter writer(stream);
-        WriteBasis(writer, 1, "newer");
-        writer.Write(std::uint8_t{3}).Write(std::uint8_t{LengthUnit::Inch}).Write(std::uint8_t{0});
-        SpaceDefinition space = SpaceDefinition::TivraMarker;
-        EXPECT_FALSE(space.ReadFromStream(stream));
-        // The basis part was read before the derived version was seen; the rest is kept.
-        EXPECT_EQ(space, SpaceDefinition("newer", SpaceCategory::Marker, LengthUnit::Millimeter,
-                                         Axis::NegY, Axis::PosX, false));
-        ASSERT_EQ(log.messages.size(), 1u);
-        EXPECT_EQ(log.messages[0].label, kSpaceLabel);
-    }
-    {
-        testing_support::LogCapture log;
-        std::stringstream stream;
-        BinaryWriter writer(stream);
-        WriteBasis(writer, 2, "future");
-        SpaceDefinition space = SpaceDefinition::TeskCamera;
-        EXPECT_FALSE(space.ReadFromStream(stream));
-        EXPECT_EQ(space, SpaceDefinition::TeskCamera);
-        ASSERT_EQ(log.messages.size(), 1u);
-        EXPECT_EQ(log.messages[0].label, kBasisLabel);
-    }
+    // The basis part is read before the derived version is seen; the rest is kept.
+    SpaceDefinition space = SpaceDefinition::TivraMarker;
+    testing_support::LogCapture log;
+    EXPECT_FALSE(ReadWritten(space, [](BinaryWriter& w) {
+        WriteBasis(w, 1, "newer");
+        w.Write(std::uint8_t{3}).Write(std::uint8_t{LengthUnit::Inch}).Write(std::uint8_t{0});
+    }));
+    EXPECT_EQ(space, SpaceDefinition("newer", SpaceCategory::Marker, LengthUnit::Millimeter, Axis::NegY,
+                                     Axis::PosX, false));
+    space = SpaceDefinition::TeskCamera;
+    EXPECT_FALSE(ReadWritten(space, [](BinaryWriter& w) { WriteBasis(w, 2, "future"); }));
+    EXPECT_EQ(space, SpaceDefinition::TeskCamera);
+    ASSERT_EQ(log.messages.size(), 2u);
+    EXPECT_EQ(log.messages[0].label, kSpaceLabel);
+    EXPECT_EQ(log.messages[1].label, kBasisLabel);
 }
 
 TEST(SpaceDefinition, TruncationAtEveryOffsetKeepsWhatWasRead)

@@ -4,7 +4,6 @@
 
 #include "../common/LogCapture.h"
 
-#include <cmath>
 #include <limits>
 #include <vector>
 
@@ -73,7 +72,7 @@ TEST(ColorMapTest, GradientsBlendWhileScatteredPicksKeys)
         EXPECT_FALSE(keys[i] == keys[i - 1]);
 }
 
-TEST(ColorMapTest, BulkMatchesSingleValues)
+TEST(ColorMapTest, BulkMatchesSingleValuesAndReportsMismatchedOrUnknownInput)
 {
     std::vector<float> values;
     for (int i = -10; i <= 110; ++i)
@@ -88,14 +87,12 @@ TEST(ColorMapTest, BulkMatchesSingleValues)
             EXPECT_EQ(mapping[i], tesk::MapValueToColor(values[i], map)) << tesk::ColorMapName(map) << ' ' << i;
         EXPECT_EQ(tesk::MapValuesToColors(values, map), mapping);
     }
-}
 
-TEST(ColorMapTest, MismatchedOrUnknownInputIsReported)
-{
+    // A shorter output gets what fits and a report; an unknown map falls back to Rainbow.
     testing_support::LogCapture log;
-    const std::vector<float> values{0.0f, 1.0f, 0.5f};
+    const float three[] = {0.0f, 1.0f, 0.5f};
     std::vector<tesk::Color3f> out(2, tesk::Color3f(0.25f, 0.25f, 0.25f));
-    tesk::MapValuesToColors(std::span<const float>(values), std::span<tesk::Color3f>(out), tesk::ColorMap::GrayScale);
+    tesk::MapValuesToColors(std::span<const float>(three), std::span<tesk::Color3f>(out), tesk::ColorMap::GrayScale);
     EXPECT_EQ(out[0], tesk::Color3f(0, 0, 0));
     EXPECT_EQ(out[1], tesk::Color3f(1, 1, 1));
     ASSERT_EQ(log.messages.size(), 1u);

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <vector>
 
 namespace {
 
@@ -56,9 +55,9 @@ TEST(GeomTest, SphereAndSegment)
     EXPECT_TRUE(s.Contains({3, 0, 0}));
     EXPECT_FALSE(s.Contains({3.01f, 0, 0}));
 
-    std::vector<geom::LineSegment3> lines{{{0, 0, 0}, {3, 4, 0}}};
-    EXPECT_FLOAT_EQ(lines[0].Length(), 5.0f);
-    EXPECT_EQ(lines[0].PointAt(0.5f), glm::vec3(1.5f, 2.0f, 0.0f));
+    const geom::LineSegment3 line{{0, 0, 0}, {3, 4, 0}};
+    EXPECT_FLOAT_EQ(line.Length(), 5.0f);
+    EXPECT_EQ(line.PointAt(0.5f), glm::vec3(1.5f, 2.0f, 0.0f));
 }
 
 } // namespace

@@ -86,7 +86,7 @@ TEST(Image, UnreadableFilesAreLoggedAndChangeNothing)
     EXPECT_EQ(log.messages.size(), 3u);
 }
 
-TEST(Image, ZeroSizeImagesAreEmptyButSafe)
+TEST(Image, ZeroSizeImagesAreEmptyButSafeAndBuffersMustMatchTheirShape)
 {
     TempDir dir;
     testing_support::LogCapture log;
@@ -102,16 +102,12 @@ TEST(Image, ZeroSizeImagesAreEmptyButSafe)
     EXPECT_TRUE(image.ToUInt8().IsEmpty());
     EXPECT_TRUE(Image(0, 0, 4, std::vector<std::uint8_t>{}).IsEmpty());
     EXPECT_EQ(log.messages.size(), 2u);
-}
 
-TEST(Image, HostBuffersMustMatchTheirShape)
-{
-    testing_support::LogCapture log;
+    // Host buffers must match their shape.
     const Image tooShort(2, 2, 3, std::vector<std::uint8_t>(11));
     EXPECT_TRUE(tooShort.IsEmpty());
     EXPECT_TRUE(log.Contains("A 2 x 2 x 3 image needs 12 values but 11 were given", "tesk::Image::Image"));
 
-    Image image;
     EXPECT_FALSE(image.Create(4, 4, 5, PixelFormat::UInt8));
     EXPECT_FALSE(image.Create(0xFFFFFFFFu, 0xFFFFFFFFu, 4, PixelFormat::Float32));
     EXPECT_TRUE(image.IsEmpty());

@@ -40,6 +40,16 @@ TEST(InterpolatorTest, KeysStayOrderedAndEqualTimesKeepInsertionOrder)
 
     keys.Clear();
     EXPECT_TRUE(keys.Empty());
+
+    // Without keys every query logs a failure and gives the default.
+    tesk::Interpolator<glm::vec3> none;
+    EXPECT_EQ(none.GetValueAtTimeCubic(1.5f), glm::vec3(0.0f));
+    EXPECT_TRUE(log.Contains("Can not interpolate to time 1.500000 when no key frames available.",
+                             "tesk::Interpolator::GetValueAtTimeCubic"));
+    EXPECT_EQ(none.GetValueAtTime(-2.0f), glm::vec3(0.0f));
+    EXPECT_TRUE(log.Contains("Can not interpolate to time -2.000000 when no key frames available.",
+                             "tesk::Interpolator::GetValueAtTime"));
+    EXPECT_EQ(log.messages.back().level, rlog::Level::Failure);
 }
 
 TEST(InterpolatorTest, KeyTimesGiveKeyValuesAndOutsideClamps)
@@ -92,19 +102,6 @@ TEST(InterpolatorTest, CubicIsContinuousAcrossUnevenKeys)
     plateau.Insert(5.0f, 1.0f);
     EXPECT_FLOAT_EQ(plateau.GetValueAtTimeCubic(0.3f), 1.0f);
     EXPECT_FLOAT_EQ(plateau.GetValueAtTimeCubic(4.0f), 1.0f);
-}
-
-TEST(InterpolatorTest, WithoutKeysLogsAndGivesDefault)
-{
-    testing_support::LogCapture log;
-    tesk::Interpolator<glm::vec3> keys;
-    EXPECT_EQ(keys.GetValueAtTimeCubic(1.5f), glm::vec3(0.0f));
-    EXPECT_TRUE(log.Contains("Can not interpolate to time 1.500000 when no key frames available.",
-                             "tesk::Interpolator::GetValueAtTimeCubic"));
-    EXPECT_EQ(keys.GetValueAtTime(-2.0f), glm::vec3(0.0f));
-    EXPECT_TRUE(log.Contains("Can not interpolate to time -2.000000 when no key frames available.",
-                             "tesk::Interpolator::GetValueAtTime"));
-    EXPECT_EQ(log.messages[0].level, rlog::Level::Failure);
 }
 
 } // namespace

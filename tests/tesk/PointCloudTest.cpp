@@ -180,12 +180,10 @@ TEST(PointCloud, SpaceIsOptional)
 {
     PointCloud cloud = ThreePoints();
     EXPECT_FALSE(cloud.GetSpace().has_value());
-    runa::SpaceDefinition space;
-    space.name = "lab";
-    cloud.SetSpace(space);
+    cloud.SetSpace(runa::SpaceDefinition::TeskCamera);
     const PointCloud copy = cloud; // the copy takes the space along
     cloud.ClearSpace();
     EXPECT_FALSE(cloud.HasSpace());
     ASSERT_TRUE(copy.HasSpace());
-    EXPECT_EQ(copy.GetSpace()->name, "lab");
+    EXPECT_EQ(*copy.GetSpace(), runa::SpaceDefinition::TeskCamera);
 }

@@ -8,7 +8,7 @@
 
 using tesk::Scan;
 
-TEST(Scan, CameraBasisMustBeARotation)
+TEST(Scan, CameraValuesRefuseNonsense)
 {
     Scan scan;
     EXPECT_EQ(scan.GetCameraBasis(), glm::mat3(1.0f));
@@ -30,12 +30,7 @@ TEST(Scan, CameraBasisMustBeARotation)
     EXPECT_FALSE(scan.SetCameraBasis(broken));
     EXPECT_EQ(log.messages.size(), 4u);
     EXPECT_EQ(scan.GetCameraBasis(), turned);
-}
 
-TEST(Scan, CameraValuesRefuseNonsense)
-{
-    Scan scan;
-    testing_support::LogCapture log;
     EXPECT_FALSE(scan.SetCameraUp(glm::vec3(0.0f)));
     ASSERT_TRUE(scan.SetCameraUp({0, 0, 5}));
     EXPECT_EQ(scan.GetCameraUp(), glm::vec3(0, 0, 1));
@@ -51,8 +46,5 @@ TEST(Scan, CameraValuesRefuseNonsense)
     params.maxRange = 0.0f; // unknown maximum
     ASSERT_TRUE(scan.SetCameraParams(params));
     EXPECT_EQ(scan.GetCameraParams().intrinsics.fx, 500.0f);
-    EXPECT_EQ(log.messages.size(), 3u);
-
-    scan.SetResolution(640, 480);
-    EXPECT_EQ(scan.GetResolution(), glm::uvec2(640, 480));
+    EXPECT_EQ(log.messages.size(), 7u);
 }

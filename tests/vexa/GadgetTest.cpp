@@ -15,15 +15,20 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <sstream>
+#include <set>
+#include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace {
 
 using testing_support::FakeEngine;
 using testing_support::LogCapture;
+
+std::vector<std::string>* terminations = nullptr;
 
 // A gadget with its own versioned record after the base record, as content gadgets write.
 class CountingGadget final : public vexa::Gadget {
@@ -32,6 +37,13 @@ public:
         : Gadget(resource)
         , callBaseInitialize_(callBaseInitialize)
     {
+    }
+    /// Placed in `viewarea` and initialised, as the gadget manager starts a gadget.
+    CountingGadget(const vexa::Resource* resource, vexa::Viewarea& viewarea)
+        : CountingGadget(resource)
+    {
+        SetViewarea(&viewarea);
+        Initialize();
     }
 
     void Initialize() override
@@ -45,23 +57,21 @@ public:
 
     void Terminate() override
     {
-        ++terminated;
+        if (terminations != nullptr)
+            terminations->push_back(GetId().ToString());
         Gadget::Terminate();
     }
 
-    vexa::EventStatus KeyPressed(vexa::Key key, const vexa::ModKeys&, vexa::EventStatus status) override
+    vexa::EventStatus MouseWheel(float, vexa::EventStatus status) override
     {
-        seenStatus.push_back(status);
-        return key == vexa::Key::A ? vexa::EventStatus::Consumed : status;
+        ++wheelCalls;
+        return status == vexa::EventStatus::NotConsumed ? vexa::EventStatus::Consumed : status;
     }
-
-    using Gadget::LoadState;
 
     std::uint32_t value = 7;
     bool loaded = false;
     int handle = -1;
-    int terminated = 0;
-    std::vector<vexa::EventStatus> seenStatus;
+    int wheelCalls = 0;
 
 protected:
     bool ReadFromStream(std::istream& stream) override
@@ -140,9 +150,7 @@ TEST(Gadget, RenderersGoThroughTheViewareaAndAreRecordedUnderTheGadgetId)
     FakeEngine engine;
     auto resource = std::make_shared<FakeResource>("a", "PointCloudResource");
     vexa::Viewarea viewarea(0);
-    CountingGadget gadget(resource.get());
-    gadget.SetViewarea(&viewarea);
-    gadget.Initialize();
+    CountingGadget gadget(resource.get(), viewarea);
 
     ASSERT_GT(gadget.handle, 0);
     EXPECT_EQ(viewarea.GetScene()->GetInstanceCount(), 1u);
@@ -170,9 +178,7 @@ TEST(Gadget, StateFileIsNamedByTypeAndViewareaAndStartsWithTheBaseRecord)
         EXPECT_FALSE(std::filesystem::exists(path));
     }
 
-    CountingGadget writer(resource.get());
-    writer.SetViewarea(&viewarea);
-    writer.Initialize();
+    CountingGadget writer(resource.get(), viewarea);
     EXPECT_FALSE(writer.loaded);
     writer.value = 0x01020304;
     ASSERT_TRUE(writer.SaveState());
@@ -180,14 +186,12 @@ TEST(Gadget, StateFileIsNamedByTypeAndViewareaAndStartsWithTheBaseRecord)
 
     // Another resource of the same type in the same view area starts from these settings.
     auto other = std::make_shared<FakeResource>("b", "PointCloudResource");
-    CountingGadget reader(other.get());
-    reader.SetViewarea(&viewarea);
-    reader.Initialize();
+    CountingGadget reader(other.get(), viewarea);
     EXPECT_TRUE(reader.loaded);
     EXPECT_EQ(reader.value, 0x01020304u);
 }
 
-TEST(Gadget, ForeignOrTruncatedStateFilesKeepDefaults)
+TEST(Gadget, ForeignOrTruncatedStateFilesKeepDefaultsAndAnUnwritableOneIsQuiet)
 {
     FakeEngine engine;
     auto resource = std::make_shared<FakeResource>("a", "MeshResource");
@@ -199,18 +203,23 @@ TEST(Gadget, ForeignOrTruncatedStateFilesKeepDefaults)
         {0, 0, 0, 0, 3, 0},                   // truncated
         {},
     };
-    for (const auto& bytes : garbage)
-    {
+    for (const auto& bytes : garbage) {
         std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        CountingGadget gadget(resource.get());
-        gadget.SetViewarea(&viewarea);
         LogCapture log;
-        gadget.Initialize();
+        const CountingGadget gadget(resource.get(), viewarea);
         EXPECT_FALSE(gadget.loaded);
         EXPECT_EQ(gadget.value, 7u);
         // Defaults are kept in silence; only a record cut short gets the reader's one word.
         EXPECT_EQ(log.messages.size(), bytes.size() == 6 ? 1u : 0u) << bytes.size() << " bytes";
     }
+
+    // A directory where the file should be cannot be opened for writing: no save, no message.
+    std::filesystem::remove(path);
+    std::filesystem::create_directories(path);
+    CountingGadget gadget(resource.get(), viewarea);
+    LogCapture log;
+    EXPECT_FALSE(gadget.SaveState());
+    EXPECT_TRUE(log.messages.empty());
 }
 
 TEST(Gadget, GuiChangeSavesOnlyGadgetsOfExactlyThatResource)
@@ -221,13 +230,8 @@ TEST(Gadget, GuiChangeSavesOnlyGadgetsOfExactlyThatResource)
     vexa::Viewarea viewarea(0);
     const std::string path = engine.GetIntermediateDirectory() + "PointCloudResourceState0.bin";
 
-    CountingGadget gadgetA(a.get());
-    CountingGadget gadgetB(b.get());
-    for (CountingGadget* g : {&gadgetA, &gadgetB})
-    {
-        g->SetViewarea(&viewarea);
-        g->Initialize();
-    }
+    CountingGadget gadgetA(a.get(), viewarea);
+    CountingGadget gadgetB(b.get(), viewarea);
     gadgetA.value = 11;
     gadgetB.value = 22;
 
@@ -242,21 +246,6 @@ TEST(Gadget, GuiChangeSavesOnlyGadgetsOfExactlyThatResource)
     gadgetA.value = 33;
     vexa::GetNotifications().Notify(vexa::kResourceGuiChanged, &changed);
     EXPECT_EQ(ReadBytes(path)[8], 11);
-}
-
-TEST(Gadget, UnwritableStateFileReturnsFalseQuietly)
-{
-    FakeEngine engine;
-    auto resource = std::make_shared<FakeResource>("a", "PointCloudResource");
-    vexa::Viewarea viewarea(0);
-    // A directory where the file should be cannot be opened for writing.
-    std::filesystem::create_directories(engine.GetIntermediateDirectory() + "PointCloudResourceState0.bin");
-    CountingGadget gadget(resource.get());
-    gadget.SetViewarea(&viewarea);
-    gadget.Initialize();
-    LogCapture log;
-    EXPECT_FALSE(gadget.SaveState());
-    EXPECT_TRUE(log.messages.empty());
 }
 
 TEST(Resource, ResetGadgetsNotifiesOnlyWhenRegistered)
@@ -275,10 +264,85 @@ TEST(Resource, ResetGadgetsNotifiesOnlyWhenRegistered)
 
     engine.Register(cloud);
     engine.Register(mesh);
-    EXPECT_EQ(engine.resources.size(), 2u);
     cloud->ResetGadgets();
     EXPECT_EQ(notified, std::vector<std::string>{"PointCloudResource:x"});
     vexa::GetNotifications().Unsubscribe(&owner);
+}
+
+TEST(GadgetManager, CreatesGadgetsPerWholeIdAndCleansTheSceneOnRemoval)
+{
+    FakeEngine engine;
+    auto cloud = std::make_shared<FakeResource>("same", "PointCloudResource");
+    auto mesh = std::make_shared<FakeResource>("same", "MeshResource");
+    engine.Register(cloud);
+    engine.Register(mesh);
+
+    std::vector<std::string> created;
+    int owner = 0;
+    vexa::GetNotifications().Subscribe(&owner, vexa::kGadgetCreated, [&](const void* data) {
+        created.push_back(static_cast<const vexa::ResourceId*>(data)->ToString());
+    });
+
+    vexa::Viewarea viewarea(0);
+    vexa::GadgetManager& manager = viewarea.GetGadgetManager();
+    EXPECT_TRUE(manager.Create(cloud->id));
+    EXPECT_TRUE(manager.Create(mesh->id));
+    EXPECT_EQ(manager.GetGadgets().size(), 2u);
+    EXPECT_EQ(created, (std::vector<std::string>{"PointCloudResource:same", "MeshResource:same"}));
+    EXPECT_EQ(viewarea.GetScene()->GetInstanceCount(), 2u);
+    EXPECT_EQ(manager.GetGadget(mesh->id)->GetViewarea(), &viewarea);
+
+    manager.Remove(cloud->id);
+    EXPECT_FALSE(manager.HasGadget(cloud->id));
+    EXPECT_TRUE(manager.HasGadget(mesh->id));
+    EXPECT_EQ(viewarea.GetScene()->GetInstanceCount(), 1u);
+
+    // Creating again replaces the gadget without leaking its old instance.
+    EXPECT_TRUE(manager.Create(mesh->id));
+    EXPECT_EQ(viewarea.GetScene()->GetInstanceCount(), 1u);
+
+    try {
+        manager.GetGadget(cloud->id);
+        ADD_FAILURE() << "no exception";
+    } catch (const std::exception& e) {
+        EXPECT_STREQ(e.what(), "View with id 'PointCloudResource:same' do not exist.");
+    }
+    vexa::GetNotifications().Unsubscribe(&owner);
+}
+
+TEST(GadgetManager, NullGadgetIsReportedAndUnknownIdsCreateNothing)
+{
+    FakeEngine engine;
+    auto broken = std::make_shared<FakeResource>("b", "GraphResource", false);
+    engine.Register(broken);
+    vexa::Viewarea viewarea(0);
+
+    LogCapture log;
+    EXPECT_FALSE(viewarea.GetGadgetManager().Create(broken->id));
+    EXPECT_TRUE(log.Contains("Gadget instantiated by \"GraphResource:b\" is nullptr.", "vexa::GadgetManager::Create"));
+    EXPECT_FALSE(viewarea.GetGadgetManager().Create(vexa::ResourceId("nobody", "MeshResource")));
+    EXPECT_TRUE(viewarea.GetGadgetManager().GetGadgets().empty());
+}
+
+TEST(GadgetManager, EventsWalkGadgetsInIdOrderAndDestructionTerminatesAll)
+{
+    FakeEngine engine;
+    std::vector<std::string> terminated;
+    terminations = &terminated;
+    auto b = std::make_shared<FakeResource>("b", "PointCloudResource");
+    auto a = std::make_shared<FakeResource>("a", "PointCloudResource");
+    engine.Register(b);
+    engine.Register(a);
+    {
+        vexa::Viewarea viewarea(1);
+        viewarea.GetGadgetManager().Create(b->id);
+        viewarea.GetGadgetManager().Create(a->id);
+        EXPECT_EQ(viewarea.MouseWheel(1.0f), vexa::EventStatus::Consumed);
+        for (const auto& [id, gadget] : viewarea.GetGadgetManager().GetGadgets())
+            EXPECT_EQ(static_cast<CountingGadget&>(*gadget).wheelCalls, 1);
+    }
+    terminations = nullptr;
+    EXPECT_EQ(terminated, (std::vector<std::string>{"PointCloudResource:a", "PointCloudResource:b"}));
 }
 
 } // namespace

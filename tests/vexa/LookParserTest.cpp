@@ -1,10 +1,10 @@
 #include "core/LookParser.h"
 
+#include "FakeEngine.h"
 #include "LogCapture.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <stdexcept>
@@ -18,24 +18,13 @@ namespace {
 
 class LookParserTest : public testing::Test {
 protected:
-    void SetUp() override
+    /// Parses `json` from a file in the fake engine's private directory.
+    LookParser Parse(const std::string& json)
     {
-        const auto* info = testing::UnitTest::GetInstance()->current_test_info();
-        dir_ = std::filesystem::path(testing::TempDir()) / (std::string("vexa_look_") + info->name());
-        std::filesystem::remove_all(dir_);
-        std::filesystem::create_directories(dir_);
-    }
-
-    void TearDown() override { std::filesystem::remove_all(dir_); }
-
-    std::string WriteLook(const std::string& json, const std::string& name = "look.json")
-    {
-        const auto path = (dir_ / name).string();
+        const std::string path = dir_ + "look.json";
         std::ofstream(path) << json;
-        return path;
+        return LookParser(path);
     }
-
-    LookParser Parse(const std::string& json) { return LookParser(WriteLook(json)); }
 
     /// A look whose "vexa" object holds version 1.0 and `keys`.
     static std::string Look(const std::string& keys)
@@ -43,7 +32,8 @@ protected:
         return R"({"vexa": {"version": "1.0")" + (keys.empty() ? "" : ", " + keys) + "}}";
     }
 
-    std::filesystem::path dir_;
+    testing_support::FakeEngine engine_;
+    const std::string dir_ = engine_.GetIntermediateDirectory();
 };
 
 void ExpectDefaultLook(const LookParser& parser)
@@ -183,54 +173,47 @@ TEST_F(LookParserTest, EveryFailingLookIsLoggedAndFallsBackToDefaults)
     EXPECT_TRUE(log.Contains("Key size is required", view));
 }
 
-TEST_F(LookParserTest, MissingVersionThrowsAfterLogging)
+TEST_F(LookParserTest, UnusableLooksThrowAfterLoggingWhereTheyFailed)
 {
-    for (const char* json : {R"({"vexa": {}})", R"({"vexa": {"version": 1.0}})", R"({"vexa": "1.0"})"}) {
-        LogCapture log;
-        EXPECT_THROW(Parse(json), std::exception) << json;
-        EXPECT_TRUE(log.Contains("Look file version is not defined", "vexa::LookParser")) << json;
-    }
-}
-
-TEST_F(LookParserTest, UnreadableFilesThrowAfterLogging)
-{
-    // Each throws after exactly one message that names the place: the file, or the line.
-    const std::pair<std::function<void()>, std::string> cases[] = {
-        {[&] { LookParser((dir_ / "missing.json").string()); }, "missing.json"},
-        {[&] { Parse("{\"vexa\": {\n  \"version\": \"1.0\",\n}"); }, "line 3"},
-        {[] { LookParser::FromString("not json"); }, ""},
+    // Unreadable files get exactly one message naming the place (the file, or the line); a
+    // malformed composite is reported by its own parser, a part that is no number with the key.
+    const auto views = [this](const std::string& list) {
+        return [this, list] { Parse(Look(R"("views": [)" + list + "]")); };
     };
-    for (const auto& [parse, place] : cases) {
-        LogCapture log;
-        EXPECT_THROW(parse(), std::exception) << place;
-        ASSERT_EQ(log.messages.size(), 1u);
-        EXPECT_EQ(log.messages[0].label, "vexa::LookParser");
-        EXPECT_NE(log.messages[0].message.find(place), std::string::npos) << log.messages[0].message;
-    }
-}
-
-TEST_F(LookParserTest, MalformedCompositeInViewThrows)
-{
-    struct Case {
-        const char* views;
-        std::string message;
+    const std::string look = "vexa::LookParser";
+    const struct {
+        std::function<void()> parse;
+        std::string text;
         std::string label;
+        bool place;
+    } cases[] = {
+        {[&] { LookParser(dir_ + "missing.json"); }, "missing.json", look, true},
+        {[&] { Parse("{\"vexa\": {\n  \"version\": \"1.0\",\n}"); }, "line 3", look, true},
+        {[] { LookParser::FromString("not json"); }, "", look, true},
+        {[&] { Parse(R"({"vexa": {}})"); }, "Look file version is not defined", look, false},
+        {[&] { Parse(R"({"vexa": {"version": 1.0}})"); }, "Look file version is not defined", look, false},
+        {[&] { Parse(R"({"vexa": "1.0"})"); }, "Look file version is not defined", look, false},
+        {views(R"({"position": "0.5;0,0", "size": "1,0;1,0"})"),
+         "Composite must have two parameters (percents and pixels) separated by a \",\"", "vexa::StringToCompositeFloat",
+         false},
+        {views(R"({"position": "0,0;0,0", "size": "1,0;1,0;1,0"})"),
+         "Size must contain two composites (width and height) separated by a \";\"", "vexa::StringToCompositeSize", false},
+        {views(R"({"position": "0,0;0,0", "size": "a,0;1,0"})"),
+         "Key size holds \"a,0;1,0\", which has a part that is not a number", "vexa::LookParser::ReadViewareaLooks", false},
     };
-    const Case cases[] = {
-        {R"({"position": "0.5;0,0", "size": "1,0;1,0"})",
-         "Composite must have two parameters (percents and pixels) separated by a \",\"", "vexa::StringToCompositeFloat"},
-        {R"({"position": "0,0;0,0", "size": "1,0;1,0;1,0"})",
-         "Size must contain two composites (width and height) separated by a \";\"", "vexa::StringToCompositeSize"},
-        // The float conversion's own error comes through, with the key named in the log.
-        {R"({"position": "0,0;0,0", "size": "a,0;1,0"})",
-         "Key size holds \"a,0;1,0\", which has a part that is not a number", "vexa::LookParser::ReadViewareaLooks"},
-    };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
         LogCapture log;
-        EXPECT_THROW(Parse(Look(std::string(R"("views": [)") + c.views + "]")), std::exception) << c.views;
-        EXPECT_TRUE(log.Contains(c.message, c.label)) << c.views;
+        EXPECT_THROW(c.parse(), std::exception);
+        if (!c.place) {
+            EXPECT_TRUE(log.Contains(c.text, c.label));
+            continue;
+        }
+        ASSERT_EQ(log.messages.size(), 1u);
+        EXPECT_EQ(log.messages[0].label, c.label);
+        EXPECT_NE(log.messages[0].message.find(c.text), std::string::npos) << log.messages[0].message;
     }
-    EXPECT_THROW(Parse(Look(R"("views": [{"position": "0,0;0,0", "size": "a,0;1,0"}])")), std::invalid_argument);
+    EXPECT_THROW(views(R"({"position": "0,0;0,0", "size": "a,0;1,0"})")(), std::invalid_argument);
 }
 
 TEST_F(LookParserTest, ParsesFromText)

@@ -1,5 +1,6 @@
 #include "core/ViewareaSettings.h"
 
+#include "FakeEngine.h"
 #include "LogCapture.h"
 
 #include <gtest/gtest.h>
@@ -7,51 +8,28 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <unistd.h>
 
 using namespace vexa;
 namespace fs = std::filesystem;
 
 namespace {
 
-std::string FreshDirectory(const std::string& name)
-{
-    const fs::path directory = fs::temp_directory_path() / ("vexa-viewareas-" + name + "-" + std::to_string(::getpid()));
-    fs::remove_all(directory);
-    fs::create_directories(directory);
-    return directory.string() + "/";
-}
-
+// Each record's fields are the look record's own tests' business; here only the list counts.
 std::vector<ViewareaLook> TwoDifferentAreas()
 {
-    ViewareaLook left;
-    left.axes = false;
-    left.gridMode = ViewareaLook::GridXY;
-    left.gridUnits = 0.25f;
-    left.sidebarVisible = false;
-    left.nearPlane = 0.01f;
-    left.farPlane = 150.0f;
-    left.camera.position = {5.0f, -1.0f, 3.0f};
-    left.camera.target = {1.0f, 0.5f, 0.0f};
-    left.camera.up = {0.0f, 0.0f, 1.0f};
-    left.camera.fixedRotationEnabled = true;
-    left.camera.axis = {0.0f, 0.0f, 1.0f};
-
-    ViewareaLook right;
-    right.position = {{0.5f, 0.0f}, {0.0f, 0.0f}};
-    right.gridMode = ViewareaLook::GridZX;
-    right.gridUnits = 10.0f;
-    right.camera.position = {-8.0f, 2.0f, 0.0f};
-    return {left, right};
+    std::vector<ViewareaLook> areas(2);
+    areas[0].gridUnits = 0.25f;
+    areas[1].camera.position = {-8.0f, 2.0f, 0.0f};
+    return areas;
 }
 
 } // namespace
 
 TEST(ViewareaSettings, TwoViewareasSurviveSaveAndLoad)
 {
-    const std::string directory = FreshDirectory("roundtrip");
+    const testing_support::FakeEngine engine; // for its private directory
+    const std::string directory = engine.GetIntermediateDirectory();
     ViewareaSettings saved;
-    EXPECT_EQ(saved.GetFileName(), "viewareas.bin");
     saved.SetRecords(TwoDifferentAreas());
     saved.SetDirty();
     ASSERT_TRUE(saved.Save(directory));
@@ -68,12 +46,12 @@ TEST(ViewareaSettings, TwoViewareasSurviveSaveAndLoad)
     ASSERT_TRUE(empty.Save(directory));
     ASSERT_TRUE(loaded.Load(directory));
     EXPECT_TRUE(loaded.GetRecords().empty());
-    fs::remove_all(directory);
 }
 
 TEST(ViewareaSettings, TruncatedOrGarbageFileKeepsCurrentRecords)
 {
-    const std::string directory = FreshDirectory("corrupt");
+    const testing_support::FakeEngine engine;
+    const std::string directory = engine.GetIntermediateDirectory();
     ViewareaSettings source;
     source.SetRecords(TwoDifferentAreas());
     ASSERT_TRUE(source.Save(directory));
@@ -82,8 +60,7 @@ TEST(ViewareaSettings, TruncatedOrGarbageFileKeepsCurrentRecords)
 
     ViewareaSettings target;
     const std::vector<ViewareaLook> defaults{ViewareaLook{}};
-    for (const auto size : {fullSize - 1, fullSize / 2, std::uintmax_t{6}, std::uintmax_t{2}})
-    {
+    for (const auto size : {fullSize - 1, fullSize / 2, std::uintmax_t{6}, std::uintmax_t{2}}) {
         ASSERT_TRUE(source.Save(directory));
         fs::resize_file(path, size);
         target.SetRecords(defaults);
@@ -92,26 +69,13 @@ TEST(ViewareaSettings, TruncatedOrGarbageFileKeepsCurrentRecords)
         EXPECT_EQ(target.GetRecords(), defaults) << "size " << size;
     }
 
-    // Right version, then a count no layout makes and bytes that are not records.
-    {
-        std::ofstream out(path, std::ios::binary | std::ios::trunc);
-        const std::uint32_t header[] = {1u, 0xFFFFFFFFu, 0xDEADBEEFu, 7u};
-        out.write(reinterpret_cast<const char*>(header), sizeof(header));
-    }
-    {
+    // Right version, then a count no layout makes, or one record of bytes that are no record.
+    for (const std::vector<std::uint32_t>& words :
+         {std::vector<std::uint32_t>{1u, 0xFFFFFFFFu, 0xDEADBEEFu, 7u}, {1u, 1u, 0xDEADBEEFu, 7u, 9u}}) {
+        std::ofstream(path, std::ios::binary | std::ios::trunc)
+            .write(reinterpret_cast<const char*>(words.data()), static_cast<std::streamsize>(4 * words.size()));
         testing_support::LogCapture log;
         EXPECT_FALSE(target.Load(directory));
         EXPECT_EQ(target.GetRecords(), defaults);
     }
-    {
-        std::ofstream out(path, std::ios::binary | std::ios::trunc);
-        const std::uint32_t header[] = {1u, 1u, 0xDEADBEEFu, 7u, 9u};
-        out.write(reinterpret_cast<const char*>(header), sizeof(header));
-    }
-    {
-        testing_support::LogCapture log;
-        EXPECT_FALSE(target.Load(directory));
-        EXPECT_EQ(target.GetRecords(), defaults);
-    }
-    fs::remove_all(directory);
 }

@@ -1,11 +1,11 @@
 #include "ObjReader.h"
 
 #include "LogCapture.h"
+#include "ReaderChecks.h"
 #include "TempFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -15,11 +15,14 @@ using vexa::viewer::ReadObjFromMemory;
 
 namespace {
 
+const auto Obj = [](std::string_view text, const std::string& name, tesk::Mesh& mesh, std::string& error) {
+    return ReadObjFromMemory(text, name, "", mesh, error);
+};
+
 tesk::Mesh Read(const std::string& text)
 {
     tesk::Mesh mesh;
-    std::string error;
-    EXPECT_TRUE(ReadObjFromMemory(text, "m.obj", "", mesh, error)) << error;
+    EXPECT_TRUE(testing_support::Reads(Obj, text, mesh));
     return mesh;
 }
 
@@ -140,35 +143,20 @@ TEST(ObjReader, MaterialComesFromTheLibraryBesideTheFile)
 
 TEST(ObjReader, BadFilesFailWithTheirLineAndLeaveTheMeshAlone)
 {
-    struct Case {
-        std::string text;
-        std::string error;
-    };
-    const std::vector<Case> cases = {
-        {Square + "f 1 2 x\n", "bad.obj: line 5: bad face corner 'x'"},
-        {Square + "f 1 0 2\n", "bad.obj: line 5: index 0 in face corner '0' (indices start at 1)"},
-        {Square + "f 1/2/3/4 2 3\n", "bad.obj: line 5: bad face corner '1/2/3/4'"},
-        {"v 1 2\n", "bad.obj: line 1: expected 3 to 7 numbers after 'v', found 2"},
-        {"v 1 2 3 4 5\n", "bad.obj: line 1: expected 3, 4, 6 or 7 numbers after 'v', found 5"},
-        {"v 1 2 3\nvn 0 0 one\n", "bad.obj: line 2: 'one' is not a number"},
-        {"v 1 2 \\\n3\nv \\\n1 2 three\n", "bad.obj: line 3: 'three' is not a number"},
-        {std::string("\x7f" "ELF\x02\x01\x01", 7), "bad.obj: line 1: unknown statement '?ELF?" "??" "'"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.error);
-        testing_support::LogCapture log;
-        tesk::Mesh mesh(tesk::PointCloud(std::vector<glm::vec3>{{7.0f, 7.0f, 7.0f}}));
-        std::string error;
-        EXPECT_FALSE(ReadObjFromMemory(c.text, "bad.obj", "", mesh, error));
-        EXPECT_EQ(error, c.error);
-        EXPECT_TRUE(log.Contains(c.error, "vexa::viewer::ReadObj"));
-        EXPECT_EQ(mesh.VertexCount(), 1u);
-    }
+    testing_support::ExpectEachFails<tesk::Mesh>(Obj, "bad.obj", "vexa::viewer::ReadObj", {
+        {Square + "f 1 2 x\n", "line 5: bad face corner 'x'"},
+        {Square + "f 1 0 2\n", "line 5: index 0 in face corner '0' (indices start at 1)"},
+        {Square + "f 1/2/3/4 2 3\n", "line 5: bad face corner '1/2/3/4'"},
+        {"v 1 2\n", "line 1: expected 3 to 7 numbers after 'v', found 2"},
+        {"v 1 2 3 4 5\n", "line 1: expected 3, 4, 6 or 7 numbers after 'v', found 5"},
+        {"v 1 2 3\nvn 0 0 one\n", "line 2: 'one' is not a number"},
+        {"v 1 2 \\\n3\nv \\\n1 2 three\n", "line 3: 'three' is not a number"},
+        {std::string("\x7f" "ELF\x02\x01\x01", 7), "line 1: unknown statement '?ELF?" "??" "'"},
+    });
     // Faces naming vertices that do not exist are dropped with one warning.
     testing_support::LogCapture log;
     tesk::Mesh mesh;
-    std::string error;
-    ASSERT_TRUE(ReadObjFromMemory(Square + "f 1 2 9\nf 1 2 3\nf -9 1 2\n", "gaps.obj", "", mesh, error));
+    ASSERT_TRUE(testing_support::Reads(Obj, Square + "f 1 2 9\nf 1 2 3\nf -9 1 2\n", mesh, "gaps.obj"));
     EXPECT_EQ(mesh.FaceCount(), 1u);
     EXPECT_TRUE(log.Contains("gaps.obj: skipped 2 faces that refer to missing vertices (first: line 5)",
                              "vexa::viewer::ReadObj"));

@@ -1,14 +1,18 @@
 #include "OffReader.h"
 
 #include "LogCapture.h"
+#include "ReaderChecks.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <string>
 #include <vector>
 
 using vexa::viewer::ReadOffFromMemory;
+
+namespace {
+const auto Off = [](auto&&... arguments) { return ReadOffFromMemory(arguments...); };
+} // namespace
 
 TEST(OffReader, KeywordVariantsColoursAndComments)
 {
@@ -31,8 +35,7 @@ TEST(OffReader, KeywordVariantsColoursAndComments)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.text);
         tesk::Mesh mesh;
-        std::string error;
-        ASSERT_TRUE(ReadOffFromMemory(c.text, "m.off", mesh, error)) << error;
+        ASSERT_TRUE(testing_support::Reads(Off, c.text, mesh));
         EXPECT_EQ(mesh.VertexCount(), 4u);
         EXPECT_EQ(std::vector<glm::uvec3>(mesh.GetFaces().begin(), mesh.GetFaces().end()),
                   (std::vector<glm::uvec3>{{0, 1, 2}, {0, 2, 3}}));
@@ -49,41 +52,26 @@ TEST(OffReader, KeywordVariantsColoursAndComments)
 
 TEST(OffReader, BadFilesFailWithTheirLineAndLeaveTheMeshAlone)
 {
-    struct Case {
-        std::string text;
-        std::string error;
-    };
-    const std::vector<Case> cases = {
-        {"OFF\n3 1 0\n0 0 0\n1 0 0\n", "bad.off: line 4: file ends after 2 of 3 vertices"},
-        {"OFF\n3 1 0\n0 0 0\n1 0\n0 1 0\n3 0 1 2\n", "bad.off: line 4: expected 3 values, found 2 values"},
-        {"OFF\n3 1 0\n0 0 0\n1 0 x\n0 1 0\n3 0 1 2\n", "bad.off: line 4: 'x' is not a number"},
+    testing_support::ExpectEachFails<tesk::Mesh>(Off, "bad.off", "vexa::viewer::ReadOff", {
+        {"OFF\n3 1 0\n0 0 0\n1 0 0\n", "line 4: file ends after 2 of 3 vertices"},
+        {"OFF\n3 1 0\n0 0 0\n1 0\n0 1 0\n3 0 1 2\n", "line 4: expected 3 values, found 2 values"},
+        {"OFF\n3 1 0\n0 0 0\n1 0 x\n0 1 0\n3 0 1 2\n", "line 4: 'x' is not a number"},
         {"COFF\n3 1 0\n0 0 0\n1 0 0 1 1 1\n0 1 0 1 1 1\n3 0 1 2\n",
-         "bad.off: line 3: expected 3 values and a colour, found 3 values"},
-        {"OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n4 0 1 2\n", "bad.off: line 6: the face has 3 indices, not 4"},
-        {"OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 b\n", "bad.off: line 6: 'b' is not a vertex index"},
-        {"OFF\n3 2 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n", "bad.off: line 6: file ends after 1 of 2 faces"},
-        {"OFF\n3000000000000 1 0\n0 0 0\n", "bad.off: line 3: file ends after 1 of 3000000000000 vertices"},
-        {"OFF\nthree 1 0\n", "bad.off: line 2: expected the vertex, face and edge counts"},
-        {"4OFF\n3 1 0\n", "bad.off: line 1: unsupported OFF variant '4OFF'"},
-        {"OFF BINARY\n", "bad.off: line 1: binary OFF files are not supported"},
-        {"ply\n", "bad.off: line 1: not an OFF file (it starts with 'ply')"},
-        {"# nothing\n", "bad.off: line 1: empty file"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.error);
-        testing_support::LogCapture log;
-        tesk::Mesh mesh(tesk::PointCloud(std::vector<glm::vec3>{{7.0f, 7.0f, 7.0f}}));
-        std::string error;
-        EXPECT_FALSE(ReadOffFromMemory(c.text, "bad.off", mesh, error));
-        EXPECT_EQ(error, c.error);
-        EXPECT_TRUE(log.Contains(c.error, "vexa::viewer::ReadOff"));
-        EXPECT_EQ(mesh.VertexCount(), 1u);
-    }
+         "line 3: expected 3 values and a colour, found 3 values"},
+        {"OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n4 0 1 2\n", "line 6: the face has 3 indices, not 4"},
+        {"OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 b\n", "line 6: 'b' is not a vertex index"},
+        {"OFF\n3 2 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n", "line 6: file ends after 1 of 2 faces"},
+        {"OFF\n3000000000000 1 0\n0 0 0\n", "line 3: file ends after 1 of 3000000000000 vertices"},
+        {"OFF\nthree 1 0\n", "line 2: expected the vertex, face and edge counts"},
+        {"4OFF\n3 1 0\n", "line 1: unsupported OFF variant '4OFF'"},
+        {"OFF BINARY\n", "line 1: binary OFF files are not supported"},
+        {"ply\n", "line 1: not an OFF file (it starts with 'ply')"},
+        {"# nothing\n", "line 1: empty file"},
+    });
     // Faces with missing vertices are skipped with one warning.
     testing_support::LogCapture log;
     tesk::Mesh mesh;
-    std::string error;
-    ASSERT_TRUE(ReadOffFromMemory("OFF\n3 3 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 3\n3 0 1 2\n3 -1 1 2\n", "gaps.off", mesh, error));
+    ASSERT_TRUE(testing_support::Reads(Off, "OFF\n3 3 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 3\n3 0 1 2\n3 -1 1 2\n", mesh, "gaps.off"));
     EXPECT_EQ(mesh.FaceCount(), 1u);
     EXPECT_TRUE(log.Contains("gaps.off: skipped 2 faces that refer to missing vertices (first: face 1 of the file; 3 vertices)",
                              "vexa::viewer::ReadOff"));

@@ -1,6 +1,6 @@
 #include "StlReader.h"
 
-#include "LogCapture.h"
+#include "ReaderChecks.h"
 
 #include <gtest/gtest.h>
 
@@ -12,6 +12,8 @@
 using vexa::viewer::ReadStlFromMemory;
 
 namespace {
+
+const auto Stl = [](auto&&... arguments) { return ReadStlFromMemory(arguments...); };
 
 using Triangle = std::array<glm::vec3, 3>;
 
@@ -62,8 +64,7 @@ TEST(StlReader, AsciiAndBinaryGiveTheSameMergedMesh)
     for (const auto& [what, bytes] : files) {
         SCOPED_TRACE(what);
         tesk::Mesh mesh;
-        std::string error;
-        ASSERT_TRUE(ReadStlFromMemory(bytes, "square.stl", mesh, error)) << error;
+        ASSERT_TRUE(testing_support::Reads(Stl, bytes, mesh));
         EXPECT_EQ(mesh.VertexCount(), 4u) << "shared corners are merged";
         ASSERT_EQ(mesh.FaceCount(), 2u);
         EXPECT_FALSE(mesh.HasNormals());
@@ -77,10 +78,9 @@ TEST(StlReader, AsciiAndBinaryGiveTheSameMergedMesh)
 TEST(StlReader, FarCoordinatesAreShiftedBeforeFloat)
 {
     tesk::Mesh mesh;
-    std::string error;
     const std::string text = "solid geo\nfacet normal 0 0 1\nouter loop\nvertex 500000.001 2 3\nvertex 500000.002 2 3\n"
                              "vertex 500000.001 2.001 3\nendloop\nendfacet\nendsolid\n";
-    ASSERT_TRUE(ReadStlFromMemory(text, "geo.stl", mesh, error)) << error;
+    ASSERT_TRUE(testing_support::Reads(Stl, text, mesh));
     EXPECT_EQ(mesh.GetVertices().GetOriginOffset(), glm::dvec3(5e5, 0, 0));
     EXPECT_NEAR(mesh.GetVertices().GetPositions()[1].x, 0.002, 1e-6);
 }
@@ -92,29 +92,15 @@ TEST(StlReader, BadFilesFailWithTheirPlaceAndLeaveTheMeshAlone)
     std::string padded = Binary(Square, "padded") + "xyz";
     std::string solidTruncated = Binary(Square, "solid but binary");
     solidTruncated.resize(84 + 60);
-    struct Case {
-        std::string bytes;
-        std::string error;
-    };
-    const std::vector<Case> cases = {
-        {truncated, "bad.stl: byte 134: file ends inside triangle 2 of 2"},
-        {padded, "bad.stl: byte 184: 3 bytes after the last of 2 triangles"},
-        {solidTruncated, "bad.stl: byte 134: file ends inside triangle 2 of 2"},
-        {"hello", "bad.stl: byte 0: too short for a binary STL (5 bytes, and it does not start with 'solid')"},
-        {"solid x\nfacet normal 0 0 1\nouter loop\nvertex 1 2\n", "bad.stl: line 4: expected 3 numbers after 'vertex', found 2"},
-        {"solid x\nfacet normal 0 0 1\nouter loop\nvertex 1 2 z\n", "bad.stl: line 4: 'z' is not a number"},
-        {"solid x\nfacet normal 0 0 1\nouter loop\nvertex 1 2 3\n", "bad.stl: line 4: file ends inside the facet of line 2"},
-        {"solid x\nfacet normal 0 0 1\nvertex 1 2 3\n", "bad.stl: line 3: 'vertex' outside 'outer loop'"},
-        {"solid x\nfacet normal 0 0 1\nouter loop\nvortex 1 2 3\n", "bad.stl: line 4: unexpected 'vortex'"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.error);
-        testing_support::LogCapture log;
-        tesk::Mesh mesh(tesk::PointCloud(std::vector<glm::vec3>{{7.0f, 7.0f, 7.0f}}));
-        std::string error;
-        EXPECT_FALSE(ReadStlFromMemory(c.bytes, "bad.stl", mesh, error));
-        EXPECT_EQ(error, c.error);
-        EXPECT_TRUE(log.Contains(c.error, "vexa::viewer::ReadStl"));
-        EXPECT_EQ(mesh.VertexCount(), 1u);
-    }
+    testing_support::ExpectEachFails<tesk::Mesh>(Stl, "bad.stl", "vexa::viewer::ReadStl", {
+        {truncated, "byte 134: file ends inside triangle 2 of 2"},
+        {padded, "byte 184: 3 bytes after the last of 2 triangles"},
+        {solidTruncated, "byte 134: file ends inside triangle 2 of 2"},
+        {"hello", "byte 0: too short for a binary STL (5 bytes, and it does not start with 'solid')"},
+        {"solid x\nfacet normal 0 0 1\nouter loop\nvertex 1 2\n", "line 4: expected 3 numbers after 'vertex', found 2"},
+        {"solid x\nfacet normal 0 0 1\nouter loop\nvertex 1 2 z\n", "line 4: 'z' is not a number"},
+        {"solid x\nfacet normal 0 0 1\nouter loop\nvertex 1 2 3\n", "line 4: file ends inside the facet of line 2"},
+        {"solid x\nfacet normal 0 0 1\nvertex 1 2 3\n", "line 3: 'vertex' outside 'outer loop'"},
+        {"solid x\nfacet normal 0 0 1\nouter loop\nvortex 1 2 3\n", "line 4: unexpected 'vortex'"},
+    });
 }

@@ -1,6 +1,6 @@
 #include "TextCloudReader.h"
 
-#include "LogCapture.h"
+#include "ReaderChecks.h"
 #include "TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -8,34 +8,31 @@
 #include <string>
 #include <vector>
 
-using vexa::viewer::ReadTextCloud;
+using testing_support::PropertyNames;
+using testing_support::Reads;
 using vexa::viewer::ReadTextCloudFromMemory;
 using vexa::viewer::TextLayout;
 
 namespace {
 
-std::vector<std::string> PropertyNames(const tesk::PointCloud& cloud)
-{
-    std::vector<std::string> names;
-    for (const tesk::PointProperty& property : cloud.GetProperties())
-        names.push_back(property.GetName());
-    return names;
-}
+const auto Text = [](auto&&... arguments) { return ReadTextCloudFromMemory(arguments...); };
+// Read with this layout, whatever the name says.
+const auto As = [](TextLayout layout) {
+    return [layout](auto&&... arguments) { return ReadTextCloudFromMemory(arguments..., layout); };
+};
+// Read from the file at this path, the layout told by its extension.
+const auto FromFile = [](std::string_view path, const std::string&, tesk::PointCloud& cloud, std::string& error) {
+    return vexa::viewer::ReadTextCloud(std::string(path), cloud, error);
+};
 
 } // namespace
 
 TEST(TextCloudReader, UnnamedColumnsWithByteColoursAndComments)
 {
-    const std::string text = "# exported points\r\n"
-                             "// x y z r g b\r\n"
-                             "\r\n"
-                             "1 2 3 255 0 51 0.5 -1\r\n"
-                             "  4\t5  6 0 255 102 1.5e2 nan\r\n"
-                             "\n"
-                             "7 8 9 10 20 30 -0 +2\n";
+    const std::string text = "# exported points\r\n// x y z r g b\r\n\r\n1 2 3 255 0 51 0.5 -1\r\n"
+                             "  4\t5  6 0 255 102 1.5e2 nan\r\n\n7 8 9 10 20 30 -0 +2\n";
     tesk::PointCloud cloud;
-    std::string error;
-    ASSERT_TRUE(ReadTextCloudFromMemory(text, "a.xyz", cloud, error)) << error;
+    ASSERT_TRUE(Reads(Text, text, cloud));
     ASSERT_EQ(cloud.Size(), 3u);
     EXPECT_EQ(cloud.GetPositions()[1], glm::vec3(4.0f, 5.0f, 6.0f));
     EXPECT_EQ(PropertyNames(cloud), (std::vector<std::string>{"RGB", "Value 1", "Value 2"}));
@@ -45,25 +42,21 @@ TEST(TextCloudReader, UnnamedColumnsWithByteColoursAndComments)
     EXPECT_EQ(cloud.GetFloatProperty("Value 2")[2], 2.0f);
 
     // Columns 4..6 that are not bytes on the first data line are plain values.
-    ASSERT_TRUE(ReadTextCloudFromMemory("0 0 0 0.5 1 1\n1 1 1 2 3 4\n", "b.xyz", cloud, error)) << error;
+    ASSERT_TRUE(Reads(Text, "0 0 0 0.5 1 1\n1 1 1 2 3 4\n", cloud));
     EXPECT_EQ(PropertyNames(cloud), (std::vector<std::string>{"Value 1", "Value 2", "Value 3"}));
-    ASSERT_TRUE(ReadTextCloudFromMemory("0 0 0 1 1 256\n", "c.xyz", cloud, error)) << error;
+    ASSERT_TRUE(Reads(Text, "0 0 0 1 1 256\n", cloud));
     EXPECT_FALSE(cloud.HasProperty("RGB"));
-    ASSERT_TRUE(ReadTextCloudFromMemory("0 0 0 9\n", "d.xyz", cloud, error)) << error;
+    ASSERT_TRUE(Reads(Text, "0 0 0 9\n", cloud));
     EXPECT_EQ(PropertyNames(cloud), (std::vector<std::string>{"Value 1"}));
 }
 
 TEST(TextCloudReader, HeaderNamesTheColumns)
 {
     tesk::PointCloud cloud;
-    std::string error;
 
     // Comma separated, colours as bytes, position columns not first.
-    ASSERT_TRUE(ReadTextCloudFromMemory("\xEF\xBB\xBFid,X,Y,Z,red,green,blue,intensity\n"
-                                        "5, 1.5, 2, 3, 255, 128, 0, 0.25\n"
-                                        "6, 4, 5, 6, 0, 0, 1, 0.75\n",
-                                        "h.csv", cloud, error))
-        << error;
+    ASSERT_TRUE(Reads(Text, "\xEF\xBB\xBFid,X,Y,Z,red,green,blue,intensity\n5, 1.5, 2, 3, 255, 128, 0, 0.25\n"
+                            "6, 4, 5, 6, 0, 0, 1, 0.75\n", cloud));
     ASSERT_EQ(cloud.Size(), 2u);
     EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(1.5f, 2.0f, 3.0f));
     EXPECT_EQ(PropertyNames(cloud), (std::vector<std::string>{"RGB", "id", "intensity"}));
@@ -72,64 +65,52 @@ TEST(TextCloudReader, HeaderNamesTheColumns)
     EXPECT_EQ(cloud.GetFloatProperty("intensity")[0], 0.25f);
 
     // Semicolons, fractional colours kept as they are, normals by name.
-    ASSERT_TRUE(ReadTextCloudFromMemory("x;y;z;nx;ny;nz;r;g;b\n0;0;0;0;0;1;0.5;1;0\n", "f.txt", cloud, error))
-        << error;
+    ASSERT_TRUE(Reads(Text, "x;y;z;nx;ny;nz;r;g;b\n0;0;0;0;0;1;0.5;1;0\n", cloud));
     ASSERT_TRUE(cloud.HasNormals());
     EXPECT_EQ(cloud.GetNormals()[0], glm::vec3(0.0f, 0.0f, 1.0f));
     EXPECT_EQ(cloud.GetColorProperty("RGB")[0], tesk::Color3f(0.5f, 1.0f, 0.0f));
     EXPECT_EQ(cloud.PropertyCount(), 1u);
 
     // Values that cannot be colours stay float properties under their names.
-    ASSERT_TRUE(ReadTextCloudFromMemory("a b c R G B\n0 0 0 -1 300 2\n", "g.txt", cloud, error)) << error;
+    ASSERT_TRUE(Reads(Text, "a b c R G B\n0 0 0 -1 300 2\n", cloud));
     EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(0.0f));
     EXPECT_EQ(PropertyNames(cloud), (std::vector<std::string>{"R", "G", "B"}));
     EXPECT_EQ(cloud.GetFloatProperty("G")[0], 300.0f);
 
     // A header with no data is an empty cloud.
-    ASSERT_TRUE(ReadTextCloudFromMemory("x y z\n", "e.txt", cloud, error)) << error;
+    ASSERT_TRUE(Reads(Text, "x y z\n", cloud));
     EXPECT_TRUE(cloud.Empty());
 }
 
 TEST(TextCloudReader, PtsCountLineIsSkipped)
 {
     tesk::PointCloud cloud;
-    std::string error;
-    ASSERT_TRUE(ReadTextCloudFromMemory("2\n1 2 3 -5 10 20 30\n4 5 6 7 40 50 60\n", "s.pts", cloud, error)) << error;
+    ASSERT_TRUE(Reads(Text, "2\n1 2 3 -5 10 20 30\n4 5 6 7 40 50 60\n", cloud));
     ASSERT_EQ(cloud.Size(), 2u);
     EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(1.0f, 2.0f, 3.0f));
     EXPECT_EQ(PropertyNames(cloud), (std::vector<std::string>{"Value 1", "Value 2", "Value 3", "Value 4"}))
         << "column 4 holds -5, so columns 4..6 are not colours";
 
     // A count that lies about the size only affects how much is reserved.
-    ASSERT_TRUE(ReadTextCloudFromMemory("99999999999\n1 2 3\n", "t.pts", cloud, error)) << error;
+    ASSERT_TRUE(Reads(Text, "99999999999\n1 2 3\n", cloud));
     EXPECT_EQ(cloud.Size(), 1u);
 }
 
 TEST(TextCloudReader, BadLinesFailWithTheirNumberAndLeaveTheCloudAlone)
 {
-    struct Case {
-        std::string text;
-        std::string error;
-    };
-    const std::vector<Case> cases = {
-        {"1 2 3 4\n5 6 7 8\n# note\n9 10 11\n", "bad.xyz: line 4: expected 4 values, found 3"},
-        {"1,2,3\n4,5,6,7\n", "bad.xyz: line 2: expected 3 values, found 4"},
-        {"1 2 3\n4 5 x\n", "bad.xyz: line 2: 'x' is not a number"},
-        {"1 2\n", "bad.xyz: line 1: expected at least 3 values (x y z), found 2"},
-        {"x y z i\n1 2 3\n", "bad.xyz: line 2: the header names 4 columns but this line has 3 values"},
-        {"x y z\nx y z\n", "bad.xyz: line 2: 'x' is not a number"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.error);
-        testing_support::LogCapture log;
-        tesk::PointCloud cloud(std::vector<glm::vec3>{{7.0f, 7.0f, 7.0f}});
-        std::string error;
-        EXPECT_FALSE(ReadTextCloudFromMemory(c.text, "bad.xyz", cloud, error));
-        EXPECT_EQ(error, c.error);
-        EXPECT_TRUE(log.Contains(c.error, "vexa::viewer::ReadTextCloud"));
-        ASSERT_EQ(cloud.Size(), 1u);
-        EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(7.0f));
-    }
+    testing_support::ExpectEachFails<tesk::PointCloud>(Text, "bad.xyz", "vexa::viewer::ReadTextCloud", {
+        {"1 2 3 4\n5 6 7 8\n# note\n9 10 11\n", "line 4: expected 4 values, found 3"},
+        {"1,2,3\n4,5,6,7\n", "line 2: expected 3 values, found 4"},
+        {"1 2 3\n4 5 x\n", "line 2: 'x' is not a number"},
+        {"1 2\n", "line 1: expected at least 3 values (x y z), found 2"},
+        {"x y z i\n1 2 3\n", "line 2: the header names 4 columns but this line has 3 values"},
+        {"x y z\nx y z\n", "line 2: 'x' is not a number"},
+        // A '.' in the first lines means comma separators, whatever comes later.
+        {"1,5;2,5;3,5\n1,5;2.5;3,5\n", "line 2: expected 6 values, found 5"},
+    });
+    testing_support::ExpectEachFails<tesk::PointCloud>(As(TextLayout::XyzNormals), "short.xyzn",
+                                                       "vexa::viewer::ReadTextCloud",
+                                                       {{"1 2 3 4 5\n", "line 1: expected at least 6 values (x y z nx ny nz), found 5"}});
 }
 
 TEST(TextCloudReader, ExtensionsFixWhatTheColumnsHold)
@@ -141,51 +122,42 @@ TEST(TextCloudReader, ExtensionsFixWhatTheColumnsHold)
 
     testing_support::TempFolder folder;
     tesk::PointCloud cloud;
-    std::string error;
 
     // Scanner PTS: intensity and colours both kept, whatever sign the intensity has.
-    ASSERT_TRUE(ReadTextCloud(folder.Write("scan.pts", "2\n1 2 3 -5 255 51 0\n4 5 6 7 0 0 102\n"), cloud, error))
-        << error;
+    ASSERT_TRUE(Reads(FromFile, folder.Write("scan.pts", "2\n1 2 3 -5 255 51 0\n4 5 6 7 0 0 102\n"), cloud));
     ASSERT_EQ(cloud.Size(), 2u);
     EXPECT_EQ(PropertyNames(cloud), (std::vector<std::string>{"RGB", "Intensity"}));
     EXPECT_EQ(cloud.GetFloatProperty("Intensity")[0], -5.0f);
     EXPECT_EQ(cloud.GetColorProperty("RGB")[0], tesk::Color3f(1.0f, 0.2f, 0.0f));
     EXPECT_EQ(cloud.GetColorProperty("RGB")[1], tesk::Color3f(0.0f, 0.0f, 0.4f));
-    ASSERT_TRUE(ReadTextCloudFromMemory("1 2 3 0.25\n", "i.pts", cloud, error, TextLayout::Pts)) << error;
+    ASSERT_TRUE(Reads(As(TextLayout::Pts), "1 2 3 0.25\n", cloud));
     EXPECT_EQ(PropertyNames(cloud), (std::vector<std::string>{"Intensity"}));
     EXPECT_EQ(cloud.GetFloatProperty("Intensity")[0], 0.25f);
-    ASSERT_TRUE(ReadTextCloudFromMemory("1 2 3 9 8 7\n", "c.pts", cloud, error, TextLayout::Pts)) << error;
+    ASSERT_TRUE(Reads(As(TextLayout::Pts), "1 2 3 9 8 7\n", cloud));
     EXPECT_EQ(cloud.GetColorProperty("RGB")[0], tesk::Color3f(9.0f / 255.0f, 8.0f / 255.0f, 7.0f / 255.0f));
 
     // Normals, and extra columns after them.
-    ASSERT_TRUE(ReadTextCloud(folder.Write("n.xyzn", "0 0 0 0 0 1 5\n1 1 1 1 0 0 6\n"), cloud, error)) << error;
+    ASSERT_TRUE(Reads(FromFile, folder.Write("n.xyzn", "0 0 0 0 0 1 5\n1 1 1 1 0 0 6\n"), cloud));
     ASSERT_TRUE(cloud.HasNormals());
     EXPECT_EQ(cloud.GetNormals()[1], glm::vec3(1.0f, 0.0f, 0.0f));
     EXPECT_EQ(PropertyNames(cloud), (std::vector<std::string>{"Value 1"}));
 
     // Colours as bytes or as fractions, told apart over the whole file.
-    ASSERT_TRUE(ReadTextCloudFromMemory("0 0 0 0 0.5 1\n1 1 1 1 1 0\n", "f.xyzrgb", cloud, error, TextLayout::XyzColors))
-        << error;
+    ASSERT_TRUE(Reads(As(TextLayout::XyzColors), "0 0 0 0 0.5 1\n1 1 1 1 1 0\n", cloud));
     EXPECT_EQ(cloud.GetColorProperty("RGB")[0], tesk::Color3f(0.0f, 0.5f, 1.0f));
-    ASSERT_TRUE(ReadTextCloudFromMemory("0 0 0 0 0 1\n1 1 1 255 51 0\n", "b.xyzrgb", cloud, error, TextLayout::XyzColors))
-        << error;
+    ASSERT_TRUE(Reads(As(TextLayout::XyzColors), "0 0 0 0 0 1\n1 1 1 255 51 0\n", cloud));
     EXPECT_EQ(cloud.GetColorProperty("RGB")[0], tesk::Color3f(0.0f, 0.0f, 1.0f / 255.0f));
     EXPECT_EQ(cloud.GetColorProperty("RGB")[1], tesk::Color3f(1.0f, 0.2f, 0.0f));
-
-    testing_support::LogCapture log;
-    EXPECT_FALSE(ReadTextCloudFromMemory("1 2 3 4 5\n", "short.xyzn", cloud, error, TextLayout::XyzNormals));
-    EXPECT_EQ(error, "short.xyzn: line 1: expected at least 6 values (x y z nx ny nz), found 5");
 }
 
 TEST(TextCloudReader, DecimalCommasAreToldFromCommaSeparators)
 {
     tesk::PointCloud cloud;
-    std::string error;
     for (const std::string text : {"x;y;z;intensity\n1,5;2,25;3,0;7\n-4,5;1e3;0,125;8\n",
                                    "# from a spreadsheet\n1,5\t2,25\t3,0\t7\n-4,5\t1e3\t0,125\t8\n",
                                    "1,5 2,25 3,0 7\n-4,5 1e3 0,125 8\n"}) {
         SCOPED_TRACE(text);
-        ASSERT_TRUE(ReadTextCloudFromMemory(text, "comma.csv", cloud, error)) << error;
+        ASSERT_TRUE(Reads(Text, text, cloud));
         ASSERT_EQ(cloud.Size(), 2u);
         EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(1.5f, 2.25f, 3.0f));
         EXPECT_EQ(cloud.GetPositions()[1], glm::vec3(-4.5f, 1000.0f, 0.125f));
@@ -194,26 +166,19 @@ TEST(TextCloudReader, DecimalCommasAreToldFromCommaSeparators)
     }
 
     // Dot decimals separated by commas, and whole numbers separated by commas, stay as they were.
-    ASSERT_TRUE(ReadTextCloudFromMemory("1.5,2.25,3.0\n4,5,6\n", "dot.csv", cloud, error)) << error;
+    ASSERT_TRUE(Reads(Text, "1.5,2.25,3.0\n4,5,6\n", cloud));
     EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(1.5f, 2.25f, 3.0f));
     EXPECT_EQ(cloud.GetPositions()[1], glm::vec3(4.0f, 5.0f, 6.0f));
-    ASSERT_TRUE(ReadTextCloudFromMemory("1,2,3\n4,5,6\n", "int.csv", cloud, error)) << error;
+    ASSERT_TRUE(Reads(Text, "1,2,3\n4,5,6\n", cloud));
     EXPECT_EQ(cloud.GetPositions()[1], glm::vec3(4.0f, 5.0f, 6.0f));
-    ASSERT_TRUE(ReadTextCloudFromMemory("1.5, 2.5, 3.5\n", "spaced.csv", cloud, error)) << error;
+    ASSERT_TRUE(Reads(Text, "1.5, 2.5, 3.5\n", cloud));
     EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(1.5f, 2.5f, 3.5f));
-
-    testing_support::LogCapture log;
-    EXPECT_FALSE(ReadTextCloudFromMemory("1,5;2,5;3,5\n1,5;2.5;3,5\n", "mixed.csv", cloud, error));
-    EXPECT_EQ(error, "mixed.csv: line 2: expected 6 values, found 5") << "a '.' in the first lines means comma separators";
 }
 
 TEST(TextCloudReader, FarCoordinatesKeepTheirMillimetres)
 {
     tesk::PointCloud cloud;
-    std::string error;
-    ASSERT_TRUE(ReadTextCloudFromMemory("500123.4567 5400321.1234 12.5\n499000.001 5401999.999 -3\n", "far.xyz",
-                                        cloud, error))
-        << error;
+    ASSERT_TRUE(Reads(Text, "500123.4567 5400321.1234 12.5\n499000.001 5401999.999 -3\n", cloud));
     const glm::dvec3 offset = cloud.GetOriginOffset();
     EXPECT_EQ(offset, glm::dvec3(500000.0, 5400000.0, 0.0));
     const glm::vec3 p = cloud.GetPositions()[1];
@@ -221,6 +186,6 @@ TEST(TextCloudReader, FarCoordinatesKeepTheirMillimetres)
     EXPECT_NEAR(p.y + offset.y, 5401999.999, 1e-4);
     EXPECT_EQ(p.z, -3.0f);
 
-    ASSERT_TRUE(ReadTextCloudFromMemory("1 2 3\n", "near.xyz", cloud, error)) << error;
+    ASSERT_TRUE(Reads(Text, "1 2 3\n", cloud));
     EXPECT_FALSE(cloud.HasOriginOffset()) << "a new read starts without the last file's offset";
 }
