@@ -101,7 +101,7 @@ protected:
     }
 };
 
-TEST_F(GraphGlTest, RisingDataRisesAndWiderLinesCoverMore)
+TEST_F(GraphGlTest, RisingDataRisesWiderLinesCoverMoreAndMarkersFollowThePointSize)
 {
     std::vector<glm::vec2> rising;
     for (int i = 0; i <= 20; ++i)
@@ -126,14 +126,12 @@ TEST_F(GraphGlTest, RisingDataRisesAndWiderLinesCoverMore)
     // The frame (in the style's colour) is drawn around the plot.
     const Rgba frame = FromFloat(0.62f, 0.62f, 0.62f);
     EXPECT_GT(thin.Count([&](const Rgba& c) { return Near(c, frame, 6); }), 200);
-}
 
-TEST_F(GraphGlTest, MarkersFollowThePointSize)
-{
-    auto renderer = std::make_shared<GraphRenderer>(std::vector<glm::vec2>{{0, 0}, {1, 1}, {2, 0}});
-    EXPECT_EQ(Draw(renderer, MakeStyle(1, 0)).Count(IsMarker), 0);
-    const int small = Draw(renderer, MakeStyle(1, 4)).Count(IsMarker);
-    const int large = Draw(renderer, MakeStyle(1, 12)).Count(IsMarker);
+    // Markers follow the point size.
+    auto peaks = std::make_shared<GraphRenderer>(std::vector<glm::vec2>{{0, 0}, {1, 1}, {2, 0}});
+    EXPECT_EQ(Draw(peaks, MakeStyle(1, 0)).Count(IsMarker), 0);
+    const int small = Draw(peaks, MakeStyle(1, 4)).Count(IsMarker);
+    const int large = Draw(peaks, MakeStyle(1, 12)).Count(IsMarker);
     EXPECT_GT(small, 3 * 6);
     // Three round markers of diameter 12 cover about 3 * 113 pixels.
     EXPECT_GT(large, 3 * 90);

@@ -161,7 +161,7 @@ TEST_F(ImageGlTest, ChannelMasksHideChannelsAndAlphaAloneShowsGray)
     EXPECT_PRED3(Near, Draw(yellow, style).At(4, 4), kBlack, 3);
 }
 
-TEST_F(ImageGlTest, ColorTransformAppliesOnlyWhenEnabled)
+TEST_F(ImageGlTest, GrayAndFloatImagesDrawAndTheColorTransformAppliesOnlyWhenEnabled)
 {
     auto gray = std::make_shared<ImageRenderer>(tesk::Image(2, 2, 1, std::vector<std::uint8_t>(4, 64)));
     ImageStyle style = Sharp();
@@ -173,13 +173,10 @@ TEST_F(ImageGlTest, ColorTransformAppliesOnlyWhenEnabled)
     style.colorTransformEnabled = true;
     // 64/255 * 2 + 0.1 = 0.602; green scaled to nothing; blue pushed below 0 and clamped.
     EXPECT_PRED3(Near, Draw(gray, style).At(64, 64), (Rgba{154, 0, 0, 255}), 3);
-}
 
-TEST_F(ImageGlTest, GrayAndFloatImagesDraw)
-{
-    ImageStyle style = Sharp();
-    auto gray = std::make_shared<ImageRenderer>(tesk::Image(3, 3, 1, std::vector<std::uint8_t>(9, 200)));
-    EXPECT_PRED3(Near, Draw(gray, style).At(64, 64), (Rgba{200, 200, 200, 255}), 3);
+    style = Sharp();
+    auto light = std::make_shared<ImageRenderer>(tesk::Image(3, 3, 1, std::vector<std::uint8_t>(9, 200)));
+    EXPECT_PRED3(Near, Draw(light, style).At(64, 64), (Rgba{200, 200, 200, 255}), 3);
 
     // Gray + alpha with alpha hidden: the gray value, opaque.
     auto grayAlpha = std::make_shared<ImageRenderer>(tesk::Image(1, 1, 2, std::vector<std::uint8_t>{100, 0}));
@@ -224,8 +221,6 @@ TEST_F(ImageGlTest, KeepAspectLetterboxesAndUnfittedImagesKeepTheirSize)
     EXPECT_PRED3(Near, pixels.At(64, 85), kBackground, 3);
 
     style.keepAspectRatio = false;
-    EXPECT_EQ(Draw(wide, style).Count(isRed), kSize * kSize);
-
     style.fitToViewport = false;
     pixels = Draw(std::make_shared<ImageRenderer>(Filled(16, 8, 255, 0, 0, 255)), style);
     EXPECT_EQ(pixels.Count(isRed), 16 * 8);

@@ -84,7 +84,7 @@ protected:
     RenderContext context_ = MakeContext({0.0f, 0.0f, 5.0f});
 };
 
-TEST_F(LineFieldGlTest, HorizontalSegmentCrossesViewWithRequestedWidth)
+TEST_F(LineFieldGlTest, SegmentsCrossTheViewWithTheRequestedWidthAndAreCutAtTheNearPlane)
 {
     LineFieldRenderer renderer(std::vector<geom::LineSegment3>{{glm::vec3(-10.0f, 0.0f, 0.0f), glm::vec3(10.0f, 0.0f, 0.0f)}});
     const LineFieldStyle thin = StyleOf({1.0f, 0.0f, 0.0f}, 1.0f);
@@ -114,18 +114,15 @@ TEST_F(LineFieldGlTest, HorizontalSegmentCrossesViewWithRequestedWidth)
     const int doubled = RowsOf(Draw(renderer, thick), 64, kRed);
     EXPECT_GE(doubled, 17);
     EXPECT_LE(doubled, 19);
-}
 
-TEST_F(LineFieldGlTest, SegmentThroughTheCameraIsCutAtTheNearPlane)
-{
     // Runs below the camera from in front of it to far behind it. Projected without cutting,
     // the end behind the camera would flip to the top of the view.
-    LineFieldRenderer renderer(
+    LineFieldRenderer through(
         std::vector<geom::LineSegment3>{{glm::vec3(0.0f, -1.0f, 0.0f), glm::vec3(0.0f, -1.0f, 50.0f)}});
-    const Pixels pixels = Draw(renderer, StyleOf({1.0f, 0.0f, 0.0f}, 3.0f));
+    const Pixels cut = Draw(through, StyleOf({1.0f, 0.0f, 0.0f}, 3.0f));
     const auto isRed = [](const Rgba& c) { return gl_test_support::Near(c, kRed, 40); };
-    EXPECT_GT(pixels.Count(isRed, 0, 70, kSize, kSize), 20);
-    EXPECT_EQ(pixels.Count(isRed, 0, 0, kSize, 60), 0);
+    EXPECT_GT(cut.Count(isRed, 0, 70, kSize, kSize), 20);
+    EXPECT_EQ(cut.Count(isRed, 0, 0, kSize, 60), 0);
 }
 
 TEST_F(LineFieldGlTest, OnTopDrawsOverNearerContent)

@@ -126,20 +126,7 @@ TEST_F(MeshRendererGlTest, TexturedQuadShowsTheTextureUpright)
     EXPECT_FALSE(IsBackground(pixels.At(kSize / 2, kSize / 2))) << "still drawn";
 }
 
-TEST_F(MeshRendererGlTest, CustomColoursLandOnTheirVertices)
-{
-    auto renderer = std::make_shared<MeshRenderer>(MakeQuad());
-    const std::vector<tesk::Color3f> colors = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 1, 0}};
-    ASSERT_TRUE(renderer->SetCustomColors(colors));
-    const Pixels pixels = Render(renderer, UnlitStyle(ColorMode::PerPoint));
-
-    // Near each corner its own colour dominates (within 90 of it per channel).
-    const glm::vec3 corners[] = {{-0.9f, -0.9f, 0}, {0.9f, -0.9f, 0}, {0.9f, 0.9f, 0}, {-0.9f, 0.9f, 0}};
-    for (std::size_t i = 0; i < 4; ++i)
-        EXPECT_TRUE(Looks(At(pixels, corners[i]), FromFloat(colors[i].r, colors[i].g, colors[i].b), 85)) << i;
-}
-
-TEST_F(MeshRendererGlTest, CheckerNeedsUvs)
+TEST_F(MeshRendererGlTest, CheckerNeedsUvsAndCustomColoursLandOnTheirVertices)
 {
     const auto isLight = [](const Rgba& c) { return c.r > 190 && c.r == c.g && c.g == c.b; };
     const auto isDark = [](const Rgba& c) { return c.r < 100 && c.r == c.g && c.g == c.b; };
@@ -157,6 +144,17 @@ TEST_F(MeshRendererGlTest, CheckerNeedsUvs)
     const Pixels material = Render(plain, style);
     EXPECT_EQ(material.Count(isLight), 0);
     EXPECT_TRUE(Looks(material.At(kSize / 2, kSize / 2), FromFloat(0.2f, 0.6f, 0.2f)));
+
+    // Custom colours land on their vertices.
+    auto renderer = std::make_shared<MeshRenderer>(MakeQuad());
+    const std::vector<tesk::Color3f> colors = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 1, 0}};
+    ASSERT_TRUE(renderer->SetCustomColors(colors));
+    const Pixels pixels = Render(renderer, UnlitStyle(ColorMode::PerPoint));
+
+    // Near each corner its own colour dominates (within 90 of it per channel).
+    const glm::vec3 corners[] = {{-0.9f, -0.9f, 0}, {0.9f, -0.9f, 0}, {0.9f, 0.9f, 0}, {-0.9f, 0.9f, 0}};
+    for (std::size_t i = 0; i < 4; ++i)
+        EXPECT_TRUE(Looks(At(pixels, corners[i]), FromFloat(colors[i].r, colors[i].g, colors[i].b), 85)) << i;
 }
 
 TEST_F(MeshRendererGlTest, OutOfRangeFacesAreLeftOutAndTheRestDrawn)

@@ -155,7 +155,7 @@ TEST(PointPicking, TakesWhatTheDepthTestShows)
         EXPECT_EQ(Pick(grid, Pixel(grid[index]) + glm::vec2(0.1f, -0.1f)), index);
 }
 
-TEST(PointPicking, IgnoresPointsThatAreNotDrawn)
+TEST(PointPicking, IgnoresPointsThatAreNotDrawnAndFindsNothingWithoutPointsOrRoom)
 {
     const glm::vec3 shown(0.0f);
     const std::vector<glm::vec3> hidden{
@@ -173,10 +173,8 @@ TEST(PointPicking, IgnoresPointsThatAreNotDrawn)
         points[13] = shown;
         EXPECT_EQ(Pick(points, kCentre), 13u) << "with point " << i;
     }
-}
 
-TEST(PointPicking, FindsNothingWithoutPointsOrRoom)
-{
+    // Without points or room there is nothing to find.
     const std::vector<glm::vec3> points{{0.0f, 0.0f, 0.0f}};
     EXPECT_EQ(Pick({}, kCentre), std::nullopt);
     EXPECT_EQ(PickPoint(points, kClip, {300, 200, 300, 500}, kCentre, 5.0f), std::nullopt) << "no width";

@@ -291,14 +291,3 @@ TEST_F(GlTest, ShaderReloadHappensAtTheNextFrame)
     Render();
     EXPECT_TRUE(log.messages.empty()) << "the request is served once";
 }
-
-// The engine draws its window separators with this program, setting nothing but the colour at
-// uniform location 0; the lines themselves are checked on the real window by the e2e tier.
-TEST_F(GlTest, LineShaderTakesItsColourAtLocationZero)
-{
-    system_->GetPrograms().Add("LINE_SHADER", "core/lines.vert", "core/lines.frag");
-    plor::Program* lines = system_->GetPrograms().Get("LINE_SHADER");
-    ASSERT_NE(lines, nullptr);
-    ASSERT_TRUE(lines->Use());
-    EXPECT_EQ(lines->GetUniformLocation("uColor"), 0);
-}

@@ -97,7 +97,7 @@ TEST(SceneTest, RefusesMissingOrUnfitInstancesWithALoggedFailure)
     EXPECT_EQ(scene.AddInstance(std::make_shared<BoxRenderer>(), std::make_shared<Style>()), 1);
 }
 
-TEST(SceneTest, ClippingPlanesStayUsable)
+TEST(SceneTest, ClippingPlanesAndGridSettingsStayUsable)
 {
     Scene scene;
     scene.SetNearFar(0.0f, 10.0f);
@@ -119,6 +119,22 @@ TEST(SceneTest, ClippingPlanesStayUsable)
     EXPECT_FLOAT_EQ(scene.GetFar(), 50.0f);
 
     EXPECT_TRUE(IsFinite(scene.GetProjectionMatrix()));
+
+    // Grid settings reject nonsense.
+    testing_support::LogCapture log;
+    scene.SetGridMode(GridMode::ZX);
+    scene.SetGridMode(4);
+    EXPECT_EQ(scene.GetGridMode(), GridMode::None);
+    scene.SetGridMode(GridMode::XY);
+    scene.SetGridMode(-1);
+    EXPECT_EQ(scene.GetGridMode(), GridMode::None);
+
+    scene.SetGridUnits(0.25f);
+    scene.SetGridUnits(0.0f);
+    scene.SetGridUnits(-2.0f);
+    scene.SetGridUnits(std::numeric_limits<float>::infinity());
+    EXPECT_FLOAT_EQ(scene.GetGridUnits(), 0.25f);
+    EXPECT_EQ(log.messages.size(), 5u);
 }
 
 TEST(SceneTest, ProjectionFollowsTheViewportAspect)
@@ -179,25 +195,6 @@ TEST(SceneTest, BoundingBoxUsesTheStyleTransformAndSkipsHiddenContent)
     scene.AddInstance(std::make_shared<BoxRenderer>(geom::TAabb<3, float>({-90, -90, -90}, {-80, -80, -80})),
                       invisible);
     EXPECT_EQ(scene.ComputeBoundingBox(), box);
-}
-
-TEST(SceneTest, GridSettingsRejectNonsense)
-{
-    Scene scene;
-    testing_support::LogCapture log;
-    scene.SetGridMode(GridMode::ZX);
-    scene.SetGridMode(4);
-    EXPECT_EQ(scene.GetGridMode(), GridMode::None);
-    scene.SetGridMode(GridMode::XY);
-    scene.SetGridMode(-1);
-    EXPECT_EQ(scene.GetGridMode(), GridMode::None);
-
-    scene.SetGridUnits(0.25f);
-    scene.SetGridUnits(0.0f);
-    scene.SetGridUnits(-2.0f);
-    scene.SetGridUnits(std::numeric_limits<float>::infinity());
-    EXPECT_FLOAT_EQ(scene.GetGridUnits(), 0.25f);
-    EXPECT_EQ(log.messages.size(), 5u);
 }
 
 TEST(ProjectionParams, PerspectiveAndFieldsOfViewStayConsistent)

@@ -37,8 +37,8 @@ using namespace vexa::draw;
 
 namespace {
 
-// Per type: Edit sets every field to a value other than its default, Fields lists the fields
-// the block carries, Spoil plants a value the reader must refuse (false when there is none),
+// Per type: Fields lists the fields the block carries and Edits a value other than the
+// default for each, Spoil plants a value the reader must refuse (false when there is none),
 // kBytes is the block's size, which files written by earlier builds rely on (13: the visible
 // flag and colour that some blocks carry without the base block's version word).
 template <class T>
@@ -50,33 +50,30 @@ constexpr char kWrittenVersion = 1;
 template <>
 constexpr char kWrittenVersion<PointCloudStyle> = 2;
 
+using C = tesk::Color3f;
+
+/// `T` with every field its block carries set away from the default.
+template <class T>
+T Edited()
+{
+    T value;
+    Trait<T>::Fields(value) = Trait<T>::Edits();
+    return value;
+}
+
 template <>
 struct Trait<Material> {
     static constexpr std::size_t kBytes = 4 + 5 * 4 + 2;
-    static void Edit(Material& m)
-    {
-        m.color = {0.1f, 0.2f, 0.3f};
-        m.specular = 0.9f;
-        m.shininess = 200.0f;
-        m.metallic = true;
-        m.useLighting = false;
-    }
-    static auto Fields(const Material& m)
-    {
-        return std::tie(m.color, m.specular, m.shininess, m.metallic, m.useLighting);
-    }
+    static auto Fields(auto& m) { return std::tie(m.color, m.specular, m.shininess, m.metallic, m.useLighting); }
+    static auto Edits() { return std::tuple(C{0.1f, 0.2f, 0.3f}, 0.9f, 200.0f, true, false); }
     static bool Spoil(Material&) { return false; }
 };
 
 template <>
 struct Trait<Style> {
     static constexpr std::size_t kBytes = 4 + 1 + 3 * 4;
-    static void Edit(Style& s)
-    {
-        s.visible = false;
-        s.color = {0.25f, 0.5f, 0.75f};
-    }
-    static auto Fields(const Style& s) { return std::tie(s.visible, s.color); }
+    static auto Fields(auto& s) { return std::tie(s.visible, s.color); }
+    static auto Edits() { return std::tuple(false, C{0.25f, 0.5f, 0.75f}); }
     static bool Spoil(Style&) { return false; }
 };
 
@@ -84,27 +81,17 @@ template <>
 struct Trait<GeometryStyle> {
     static constexpr std::size_t kBytes =
         4 + 4 + 4 + 4 + 1 + 4 + 12 + 1 + 4 + 12 + 4 + 1 + Trait<Material>::kBytes + 13;
-    static void Edit(GeometryStyle& s)
-    {
-        s.renderMode = RenderMode::SolidAndWires;
-        s.normalsSource = NormalsSource::Flat;
-        s.pointSize = 7.5f;
-        s.cullBackFacing = true;
-        s.wireThickness = 2.25f;
-        s.wireColor = {0.9f, 0.1f, 0.2f};
-        s.showNormals = true;
-        s.normalLength = 0.4f;
-        s.normalColor = {0.3f, 0.4f, 0.5f};
-        s.colorMode = ColorMode::Checker;
-        s.useMatcap = true;
-        Trait<Material>::Edit(s.material);
-        Trait<Style>::Edit(s);
-    }
-    static auto Fields(const GeometryStyle& s)
+    static auto Fields(auto& s)
     {
         return std::tie(s.renderMode, s.normalsSource, s.pointSize, s.cullBackFacing, s.wireThickness,
                         s.wireColor, s.showNormals, s.normalLength, s.normalColor, s.colorMode, s.useMatcap,
                         s.material, s.visible, s.color);
+    }
+    static auto Edits()
+    {
+        return std::tuple(int{RenderMode::SolidAndWires}, int{NormalsSource::Flat}, 7.5f, true, 2.25f,
+                          C{0.9f, 0.1f, 0.2f}, true, 0.4f, C{0.3f, 0.4f, 0.5f}, int{ColorMode::Checker}, true,
+                          Edited<Material>(), false, C{0.25f, 0.5f, 0.75f});
     }
     // A render mode no GUI offers is refused rather than drawn as something arbitrary.
     static bool Spoil(GeometryStyle& s) { return s.renderMode = 9, true; }
@@ -113,23 +100,15 @@ struct Trait<GeometryStyle> {
 template <>
 struct Trait<PointCloudStyle> {
     static constexpr std::size_t kBytes = 4 + 4 + 1 + 4 + 1 + 1 + 4 + Trait<Material>::kBytes + 13 + 2;
-    static void Edit(PointCloudStyle& s)
-    {
-        s.shadeColors = true;
-        s.orientedDiscs = true;
-        s.pointSize = 7.0f;
-        s.cullBackFacing = true;
-        s.colorMode = ColorMode::Normals;
-        s.useNormals = false;
-        s.showNormals = true;
-        s.normalLength = 0.25f;
-        Trait<Material>::Edit(s.material);
-        Trait<Style>::Edit(s);
-    }
-    static auto Fields(const PointCloudStyle& s)
+    static auto Fields(auto& s)
     {
         return std::tie(s.pointSize, s.cullBackFacing, s.colorMode, s.useNormals, s.showNormals,
                         s.normalLength, s.material, s.visible, s.color, s.shadeColors, s.orientedDiscs);
+    }
+    static auto Edits()
+    {
+        return std::tuple(7.0f, true, int{ColorMode::Normals}, false, true, 0.25f, Edited<Material>(), false,
+                          C{0.25f, 0.5f, 0.75f}, true, true);
     }
     // Points have no UVs, so a texture colour mode cannot be drawn.
     static bool Spoil(PointCloudStyle& s) { return s.colorMode = ColorMode::Texture, true; }
@@ -138,21 +117,15 @@ struct Trait<PointCloudStyle> {
 template <>
 struct Trait<SkeletonStyle> {
     static constexpr std::size_t kBytes = 4 + 4 + 3 + 12 + 12 + 4 + 13;
-    static void Edit(SkeletonStyle& s)
-    {
-        s.renderMode = SkeletonRenderMode::Stickman;
-        s.showJoints = false;
-        s.enableLighting = false;
-        s.showBasis = true;
-        s.boneColor = {0.1f, 0.2f, 0.3f};
-        s.jointColor = {0.4f, 0.5f, 0.6f};
-        s.lineWidth = 3.5f;
-        Trait<Style>::Edit(s);
-    }
-    static auto Fields(const SkeletonStyle& s)
+    static auto Fields(auto& s)
     {
         return std::tie(s.renderMode, s.showJoints, s.enableLighting, s.showBasis, s.boneColor, s.jointColor,
                         s.lineWidth, s.visible, s.color);
+    }
+    static auto Edits()
+    {
+        return std::tuple(int{SkeletonRenderMode::Stickman}, false, false, true, C{0.1f, 0.2f, 0.3f},
+                          C{0.4f, 0.5f, 0.6f}, 3.5f, false, C{0.25f, 0.5f, 0.75f});
     }
     static bool Spoil(SkeletonStyle& s) { return s.renderMode = 3, true; }
 };
@@ -160,31 +133,17 @@ struct Trait<SkeletonStyle> {
 template <>
 struct Trait<ImageStyle> {
     static constexpr std::size_t kBytes = 4 + 10 + 8 * 4 + Trait<Style>::kBytes;
-    static void Edit(ImageStyle& s)
-    {
-        s.nearestFiltering = true;
-        s.fitToViewport = false;
-        s.keepAspectRatio = false;
-        s.mirrorX = true;
-        s.mirrorY = true;
-        s.showRed = s.showGreen = s.showBlue = s.showAlpha = false;
-        s.colorTransformEnabled = true;
-        s.redMultiplier = 2.5f;
-        s.redOffset = 0.125f;
-        s.greenMultiplier = 0.5f;
-        s.greenOffset = -0.5f;
-        s.blueMultiplier = 3.0f;
-        s.blueOffset = -0.25f;
-        s.alphaMultiplier = 0.75f;
-        s.alphaOffset = 0.5f;
-        Trait<Style>::Edit(s);
-    }
-    static auto Fields(const ImageStyle& s)
+    static auto Fields(auto& s)
     {
         return std::tie(s.nearestFiltering, s.fitToViewport, s.keepAspectRatio, s.mirrorX, s.mirrorY,
                         s.showRed, s.showGreen, s.showBlue, s.showAlpha, s.colorTransformEnabled,
                         s.redMultiplier, s.redOffset, s.greenMultiplier, s.greenOffset, s.blueMultiplier,
                         s.blueOffset, s.alphaMultiplier, s.alphaOffset, s.visible, s.color);
+    }
+    static auto Edits()
+    {
+        return std::tuple(true, false, false, true, true, false, false, false, false, true, 2.5f, 0.125f, 0.5f,
+                          -0.5f, 3.0f, -0.25f, 0.75f, 0.5f, false, C{0.25f, 0.5f, 0.75f});
     }
     static bool Spoil(ImageStyle& s)
     {
@@ -195,17 +154,10 @@ struct Trait<ImageStyle> {
 template <>
 struct Trait<GraphStyle> {
     static constexpr std::size_t kBytes = 4 + 4 + 4 + 12 + 12 + Trait<Style>::kBytes;
-    static void Edit(GraphStyle& s)
+    static auto Fields(auto& s) { return std::tie(s.lineWidth, s.pointSize, s.lineColor, s.pointColor, s.visible, s.color); }
+    static auto Edits()
     {
-        s.lineWidth = 5;
-        s.pointSize = 9;
-        s.lineColor = {0.1f, 0.2f, 0.3f};
-        s.pointColor = {0.4f, 0.5f, 0.6f};
-        Trait<Style>::Edit(s);
-    }
-    static auto Fields(const GraphStyle& s)
-    {
-        return std::tie(s.lineWidth, s.pointSize, s.lineColor, s.pointColor, s.visible, s.color);
+        return std::tuple(5, 9, C{0.1f, 0.2f, 0.3f}, C{0.4f, 0.5f, 0.6f}, false, C{0.25f, 0.5f, 0.75f});
     }
     static bool Spoil(GraphStyle& s) { return s.lineWidth = 0, true; }
 };
@@ -213,17 +165,8 @@ struct Trait<GraphStyle> {
 template <>
 struct Trait<LineFieldStyle> {
     static constexpr std::size_t kBytes = 4 + 4 + 3 + 12;
-    static void Edit(LineFieldStyle& s)
-    {
-        s.lineWidth = 4.0f;
-        s.onTop = true;
-        s.useSegmentColors = false;
-        Trait<Style>::Edit(s);
-    }
-    static auto Fields(const LineFieldStyle& s)
-    {
-        return std::tie(s.lineWidth, s.onTop, s.useSegmentColors, s.visible, s.color);
-    }
+    static auto Fields(auto& s) { return std::tie(s.lineWidth, s.onTop, s.useSegmentColors, s.visible, s.color); }
+    static auto Edits() { return std::tuple(4.0f, true, false, false, C{0.25f, 0.5f, 0.75f}); }
     static bool Spoil(LineFieldStyle& s) { return s.lineWidth = -1.0f, true; }
 };
 
@@ -264,8 +207,7 @@ TYPED_TEST(StyleStreamTest, EveryFieldRoundTrips)
 {
     using T = TypeParam;
     const T defaults;
-    T edited;
-    Trait<T>::Edit(edited);
+    const T edited = Edited<T>();
     ASSERT_EQ(CountEqualFields(edited, defaults), 0) << "the edit must change every field the block carries";
 
     const std::string bytes = Serialize(edited);
@@ -285,8 +227,7 @@ TYPED_TEST(StyleStreamTest, EveryFieldRoundTrips)
 TYPED_TEST(StyleStreamTest, DamagedBlocksChangeNothing)
 {
     using T = TypeParam;
-    T edited;
-    Trait<T>::Edit(edited);
+    const T edited = Edited<T>();
     const std::string bytes = Serialize(edited);
     const T defaults;
     const int fieldCount = static_cast<int>(std::tuple_size_v<decltype(Trait<T>::Fields(defaults))>);

@@ -108,7 +108,7 @@ protected:
     TextRenderer text_;
 };
 
-TEST_F(TextRendererGlTest, PrintedTextLiesInItsBox)
+TEST_F(TextRendererGlTest, PrintedTextLiesInItsBoxLinesStackAndAlignmentPlacesIt)
 {
     const float width = text_.MeasureWidth("Hello");
     text_.Print("Hello", 10.0f, 40.0f);
@@ -126,6 +126,37 @@ TEST_F(TextRendererGlTest, PrintedTextLiesInItsBox)
     // The next frame starts from an empty queue.
     EXPECT_EQ(Draw(&textScene_).Count(IsBright), 0);
     EXPECT_EQ(plor::GetLastGlError(), "");
+
+    // Lines are stacked at the line height: capitals start the same distance above each
+    // baseline, so the bands of bright rows are one line apart.
+    text_.Print("AH\nAH", 10.0f, 30.0f);
+    const Pixels lines = Draw(&textScene_);
+    std::vector<int> bands; // first row of each run of rows with bright pixels
+    bool inBand = false;
+    for (int y = 0; y < kSize; ++y) {
+        const bool bright = lines.Count(IsBright, 0, y, kSize, y + 1) > 0;
+        if (bright && !inBand)
+            bands.push_back(y);
+        inBand = bright;
+    }
+    ASSERT_EQ(bands.size(), 2u);
+    EXPECT_GE(bands[1] - bands[0], 16);
+    EXPECT_LE(bands[1] - bands[0], 26);
+    EXPECT_LT(bands[0], 30);
+
+    // Alignment places the text around the anchor.
+    const float rightWidth = text_.MeasureWidth("Right");
+    text_.SetAlignment(TextAlignment::Right);
+    text_.Print("Right", 100.0f, 40.0f);
+    auto [first, last] = BrightColumns(Draw(&textScene_));
+    ASSERT_GE(first, 0);
+    EXPECT_LE(last, 100);
+    EXPECT_NEAR(first, 100.0f - rightWidth, 3.0f);
+    text_.SetAlignment(TextAlignment::Center);
+    text_.Print("Middle", 64.0f, 40.0f);
+    std::tie(first, last) = BrightColumns(Draw(&textScene_));
+    ASSERT_GE(first, 0);
+    EXPECT_NEAR(0.5f * static_cast<float>(first + last), 64.0f, 3.0f);
 }
 
 TEST_F(TextRendererGlTest, GlyphsAddedWhileLayingOutKeepEarlierGlyphsIntact)
@@ -156,43 +187,6 @@ TEST_F(TextRendererGlTest, GlyphsAddedWhileLayingOutKeepEarlierGlyphsIntact)
         for (int x = 0; x < kSize; ++x)
             differing += gl_test_support::Near(alone.At(x, y), together.At(x, y), 8) ? 0 : 1;
     EXPECT_EQ(differing, 0);
-}
-
-TEST_F(TextRendererGlTest, AlignmentPlacesTextAroundTheAnchor)
-{
-    const float width = text_.MeasureWidth("Right");
-    text_.SetAlignment(TextAlignment::Right);
-    text_.Print("Right", 100.0f, 40.0f);
-    auto [first, last] = BrightColumns(Draw(&textScene_));
-    ASSERT_GE(first, 0);
-    EXPECT_LE(last, 100);
-    EXPECT_NEAR(first, 100.0f - width, 3.0f);
-
-    text_.SetAlignment(TextAlignment::Center);
-    text_.Print("Middle", 64.0f, 40.0f);
-    std::tie(first, last) = BrightColumns(Draw(&textScene_));
-    ASSERT_GE(first, 0);
-    EXPECT_NEAR(0.5f * static_cast<float>(first + last), 64.0f, 3.0f);
-}
-
-TEST_F(TextRendererGlTest, LinesAreStackedAtTheLineHeight)
-{
-    text_.Print("AH\nAH", 10.0f, 30.0f);
-    const Pixels pixels = Draw(&textScene_);
-
-    std::vector<int> bands; // first row of each run of rows with bright pixels
-    bool inBand = false;
-    for (int y = 0; y < kSize; ++y) {
-        const bool bright = pixels.Count(IsBright, 0, y, kSize, y + 1) > 0;
-        if (bright && !inBand)
-            bands.push_back(y);
-        inBand = bright;
-    }
-    ASSERT_EQ(bands.size(), 2u);
-    // Capitals start the same distance above each baseline, so the bands are one line apart.
-    EXPECT_GE(bands[1] - bands[0], 16);
-    EXPECT_LE(bands[1] - bands[0], 26);
-    EXPECT_LT(bands[0], 30);
 }
 
 TEST_F(TextRendererGlTest, TextsOfAnotherSceneStayQueued)

@@ -46,7 +46,7 @@ int CountChanges(VisualCamera& camera, int& calls)
 
 } // namespace
 
-TEST(VisualCamera, LookAtFacesTheTargetAndMatchesGlmLookAt)
+TEST(VisualCamera, LookAtFacesTheTargetMatchesGlmLookAtAndKeepsAUsableOrientationWhenDegenerate)
 {
     struct Case {
         glm::vec3 eye, target, up;
@@ -71,10 +71,7 @@ TEST(VisualCamera, LookAtFacesTheTargetAndMatchesGlmLookAt)
             EXPECT_TRUE(Near(glm::vec3(actual[col]), glm::vec3(expected[col]), 2e-5f)) << "column " << col;
         EXPECT_EQ(glm::row(actual, 3), glm::vec4(0, 0, 0, 1));
     }
-}
 
-TEST(VisualCamera, DegenerateLookAtKeepsAUsableOrientation)
-{
     testing_support::LogCapture log;
     // Up along the view: the smallest turn from -Z to -Y is a tilt down.
     VisualCamera down;
@@ -244,7 +241,7 @@ TEST(VisualCamera, NotifiesOncePerChangeAndNeverForNoOps)
     EXPECT_EQ(log.messages.size(), 5u);
 }
 
-TEST(VisualCamera, MutuallyCopyingCamerasStopAfterOneRoundEach)
+TEST(VisualCamera, MutuallyCopyingCamerasStopAfterOneRoundEachAndSubscriptionsMayChangeDuringARound)
 {
     VisualCamera a, b;
     int callsA = 0, callsB = 0;
@@ -281,10 +278,8 @@ TEST(VisualCamera, MutuallyCopyingCamerasStopAfterOneRoundEach)
     EXPECT_EQ(callsD, 1);
     EXPECT_EQ(c.GetPosition(), glm::vec3(2, 0, 5));
     EXPECT_EQ(c.GetRevision(), revision + 2);
-}
 
-TEST(VisualCamera, SubscriptionsMayChangeDuringARound)
-{
+    // Subscriptions may change during a round.
     testing_support::LogCapture log;
     VisualCamera camera;
     int first = 0, second = 0, third = 0, late = 0;

@@ -1,17 +1,21 @@
-// The engine's own GUI: the layout chooser, the notice, sidebar regeneration and the rules a
-// look gives each resource's panel, driven through a real engine and its window.
+// The engine's own GUI: the layout chooser, the notice, sidebar regeneration, the rules a look
+// gives each resource's panel and the camera animation panel, driven through a real engine and
+// its window.
 
 #include "core/Viewarea.h"
 #include "gui/GuiStylingPanel.h"
 #include "gui/Sidebar.h"
 #include "scene/GadgetManager.h"
 
+#include <vexa/Debugger.h>
+#include <vexa/modules/CameraAnimGadget.h>
 #include <vexa/draw/RenderSystem.h>
 #include <vexa/draw/Scene.h>
 
 #include <plor/Window.h>
 
 #include "EngineTestSupport.h"
+#include "LogCapture.h"
 
 #include <chrono>
 
@@ -21,6 +25,7 @@ using namespace engine_test;
 
 constexpr int kTab = 258;
 using EngineGui = EngineCase;
+using CameraAnimation = EngineCase;
 
 vexa::ResourceId Plain(const std::string& name)
 {
@@ -49,24 +54,8 @@ TEST_F(EngineGui, TabTogglesTheLayoutChooserOnlyWithShortcutsOn)
     EXPECT_TRUE(engine.IsLayoutChooserShown()) << "a held key does not toggle";
     EXPECT_EQ(hostKeys, 2);
 
-    // That it dims the whole window, tiles on top, is the viewer's case (e2e Shortcuts).
+    // What it shows (dimmed window, tiles on top) is the viewer's case (e2e Shortcuts).
     CEGUI::Window* chooser = engine.GetLayoutChooser();
-    EXPECT_TRUE(chooser->isAlwaysOnTop());
-    // Tile i sketches its i + 1 view areas.
-    const char* captions[] = {"Single View", "Dual Split", "B Split", "Quad Split"};
-    for (int i = 0; i < 4; ++i)
-    {
-        CEGUI::Window* tile = chooser->getChild("layout" + std::to_string(i));
-        EXPECT_EQ(tile->getID(), static_cast<CEGUI::uint>(i + 1));
-        EXPECT_EQ(tile->getChild("caption")->getText(), captions[i]);
-        std::size_t sketched = 0;
-        for (std::size_t c = 0; c < tile->getChildCount(); ++c)
-        {
-            const CEGUI::Window* child = tile->getChildAtIdx(c);
-            sketched += child->isPropertyPresent("Colour") && child->getProperty("Colour") == "55FFFFFF";
-        }
-        EXPECT_EQ(sketched, static_cast<std::size_t>(i + 1)) << captions[i];
-    }
 
     // A click beside the tiles closes it, and Tab brings it back.
     Fire(chooser, CEGUI::Window::EventMouseClick, CEGUI::Window::EventNamespace);
@@ -94,30 +83,7 @@ TEST_F(EngineGui, TabTogglesTheLayoutChooserOnlyWithShortcutsOn)
     EXPECT_FALSE(engine.GetOptions().IsDirty()) << "saved by the next step";
 }
 
-TEST_F(EngineGui, IconifiedWindowSkipsTheWholeStep)
-{
-    vexa::Engine engine;
-    ASSERT_TRUE(Start(engine, state));
-    engine.GetOptions().SetOptimizedRendering(false);
-    engine.Update();
-    const std::uint64_t frames = engine.GetRenderSystem()->GetFrameCount();
-
-    engine.OnWindowIconified(true);
-    engine.ShowNotice("still here", 1.0f);
-    const auto start = std::chrono::steady_clock::now();
-    for (int i = 0; i < 20; ++i)
-        engine.Update();
-    const auto elapsed = std::chrono::steady_clock::now() - start;
-    EXPECT_EQ(engine.GetRenderSystem()->GetFrameCount(), frames) << "nothing is drawn, even without optimised rendering";
-    EXPECT_FLOAT_EQ(engine.GetNoticeCountdown(), 1.0f) << "time does not run for the hidden window's widgets";
-    EXPECT_LT(elapsed, std::chrono::milliseconds(200)) << "an iconified step returns at once";
-
-    engine.OnWindowIconified(false);
-    engine.Update();
-    EXPECT_EQ(engine.GetRenderSystem()->GetFrameCount(), frames + 1);
-}
-
-TEST_F(EngineGui, NoticeFadesAndSidebarRegeneratesOnTheNextStep)
+TEST_F(EngineGui, NoticesFadeSidebarsRegenerateShiftClicksPickAndIconifiedStepsDoNothing)
 {
     vexa::Engine engine;
     ASSERT_TRUE(Start(engine, state));
@@ -149,6 +115,51 @@ TEST_F(EngineGui, NoticeFadesAndSidebarRegeneratesOnTheNextStep)
     ASSERT_NE(sidebar->GetResourcePanel(Plain("a")), nullptr);
     EXPECT_NE(sidebar->GetResourcePanel(Plain("a"))->GetWindow(), before);
     EXPECT_TRUE(sidebar->GetResourcePanel(Plain("a"))->IsCollapsed());
+
+    const plor::Modifiers shift = plor::Modifiers::FromBits(1);
+    vexa::draw::Scene& scene = *engine.GetViewareas()[0]->GetScene();
+    const glm::mat4 view = scene.GetCamera()->GetViewMatrix();
+
+    // A drag with Shift held: no pick, no camera motion.
+    engine.OnMouseMove(100.0f, 200.0f);
+    engine.OnMouseDown(plor::MouseButton::Left, shift);
+    engine.OnMouseMove(160.0f, 230.0f);
+    engine.OnMouseUp(plor::MouseButton::Left, shift);
+    EXPECT_EQ(engine.GetNoticeCountdown(), 0.0f);
+    EXPECT_EQ(scene.GetCamera()->GetViewMatrix(), view);
+
+    // A click (a pixel of jitter allowed) answers, even where nothing is.
+    engine.OnMouseMove(100.0f, 200.0f);
+    engine.OnMouseDown(plor::MouseButton::Left, shift);
+    engine.OnMouseMove(101.0f, 201.0f);
+    engine.OnMouseUp(plor::MouseButton::Left, shift);
+    EXPECT_GT(engine.GetNoticeCountdown(), 0.0f);
+    EXPECT_EQ(notice->getText(), "Nothing to pick under the pointer");
+
+    // A plain click is no pick.
+    engine.ShowNotice("other", 1.0f);
+    engine.OnMouseDown(plor::MouseButton::Left, {});
+    engine.OnMouseUp(plor::MouseButton::Left, {});
+    EXPECT_EQ(notice->getText(), "other");
+
+    // An iconified window skips the whole step.
+    engine.GetOptions().SetOptimizedRendering(false);
+    engine.Update();
+    const std::uint64_t frames = engine.GetRenderSystem()->GetFrameCount();
+
+    engine.OnWindowIconified(true);
+    engine.ShowNotice("still here", 1.0f);
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 20; ++i)
+        engine.Update();
+    const auto elapsed = std::chrono::steady_clock::now() - start;
+    EXPECT_EQ(engine.GetRenderSystem()->GetFrameCount(), frames) << "nothing is drawn, even without optimised rendering";
+    EXPECT_FLOAT_EQ(engine.GetNoticeCountdown(), 1.0f) << "time does not run for the hidden window's widgets";
+    EXPECT_LT(elapsed, std::chrono::milliseconds(200)) << "an iconified step returns at once";
+
+    engine.OnWindowIconified(false);
+    engine.Update();
+    EXPECT_EQ(engine.GetRenderSystem()->GetFrameCount(), frames + 1);
 }
 
 TEST_F(EngineGui, ResourceRulesOfTheLookShapeTheSidebar)
@@ -205,50 +216,64 @@ TEST_F(EngineGui, ResourceRulesOfTheLookShapeTheSidebar)
     EXPECT_FALSE(area.GetGadgetManager().HasGadget(Plain("fixed")));
 }
 
-TEST_F(EngineGui, ShiftClickPicksAndShiftDragDoesNothing)
-{
-    vexa::Engine engine;
-    ASSERT_TRUE(Start(engine, state));
-    engine.Update();
-    const plor::Modifiers shift = plor::Modifiers::FromBits(1);
-    vexa::draw::Scene& scene = *engine.GetViewareas()[0]->GetScene();
-    const glm::mat4 view = scene.GetCamera()->GetViewMatrix();
-
-    // A drag with Shift held: no pick, no camera motion.
-    engine.OnMouseMove(100.0f, 200.0f);
-    engine.OnMouseDown(plor::MouseButton::Left, shift);
-    engine.OnMouseMove(160.0f, 230.0f);
-    engine.OnMouseUp(plor::MouseButton::Left, shift);
-    EXPECT_EQ(engine.GetNoticeCountdown(), 0.0f);
-    EXPECT_EQ(scene.GetCamera()->GetViewMatrix(), view);
-
-    // A click (a pixel of jitter allowed) answers, even where nothing is.
-    engine.OnMouseMove(100.0f, 200.0f);
-    engine.OnMouseDown(plor::MouseButton::Left, shift);
-    engine.OnMouseMove(101.0f, 201.0f);
-    engine.OnMouseUp(plor::MouseButton::Left, shift);
-    EXPECT_GT(engine.GetNoticeCountdown(), 0.0f);
-    const CEGUI::Window* notice =
-        CEGUI::System::getSingleton().getDefaultGUIContext().getRootWindow()->getChild("vexa_notice");
-    EXPECT_EQ(notice->getText(), "Nothing to pick under the pointer");
-
-    // A plain click is no pick.
-    engine.ShowNotice("other", 1.0f);
-    engine.OnMouseDown(plor::MouseButton::Left, {});
-    engine.OnMouseUp(plor::MouseButton::Left, {});
-    EXPECT_EQ(notice->getText(), "other");
-}
-
 // With the key on (the default) the gear shows: the viewer's own case (e2e BuiltInPanels).
-TEST_F(EngineGui, OptionsEnabledFalseTakesTheGlobalOptionsFromEverySidebar)
+// The debugger is drawn in every view area whatever its rules, and has no panel to show.
+TEST_F(EngineGui, OptionsEnabledFalseTakesTheGlobalOptionsFromEverySidebarAndTheDebuggerIsInEveryArea)
 {
     vexa::Engine engine;
-    ASSERT_TRUE(Start(engine, state, WriteLook(R"({"vexa": {"version": "1.0", "options-enabled": false,
-        "views": [{"position": "0,0;0,0", "size": "0.5,0;1,0"}, {"position": "0.5,0;0,0", "size": "0.5,0;1,0"}]}})")));
+    ASSERT_TRUE(Start(engine, state, WriteLook(R"({"vexa": {"version": "1.0", "options-enabled": false, "views": [
+        {"position": "0,0;0,0", "size": "0.5,0;1,0", "units": [{"id": "PlainResource:only"}]},
+        {"position": "0.5,0;0,0", "size": "0.5,0;1,0"}]}})")));
+    const vexa::ResourceId debugger(vexa::Debugger::kBuiltInName, "Debugger");
     ASSERT_EQ(engine.GetViewareas().size(), 2u);
     for (const auto& area : engine.GetViewareas())
     {
         EXPECT_FALSE(area->GetChild("sidebar/toolbar/toggle_options")->isVisible());
         EXPECT_TRUE(area->GetChild("sidebar/toolbar")->isVisible()) << "the camera button stays";
+        EXPECT_TRUE(area->GetGadgetManager().HasGadget(debugger)) << "view area " << area->GetId();
+        EXPECT_EQ(area->GetSidebar()->GetResourcePanelCount(), 0u) << "the debugger has nothing to set";
     }
+}
+
+// Each sidebar's camera button adds and removes the camera animation panel in that view area
+// only, and a look can take the button away.
+TEST_F(CameraAnimation, TheVideoButtonTogglesThePanelInItsOwnViewArea)
+{
+    vexa::Engine engine;
+    ASSERT_TRUE(Start(engine, state, WriteLook(R"({"vexa": {"version": "1.0", "views": [
+        {"position": "0,0;0,0", "size": "0.5,0;1,0"},
+        {"position": "0.5,0;0,0", "size": "0.5,0;1,0", "enable-camera-animator": false}]}})")));
+    const auto animation = engine.GetBuiltInResource(vexa::Engine::kCameraAnimationResource);
+    ASSERT_NE(animation, nullptr);
+    const vexa::ResourceId id = animation->GetId();
+    EXPECT_EQ(id.type, "CameraAnimResource");
+    // Not a listed resource: it would get a gadget in every view area.
+    for (const auto& resource : engine.GetResources())
+        EXPECT_NE(resource->GetId(), id);
+
+    vexa::Viewarea& left = *engine.GetViewareas()[0];
+    vexa::Viewarea& right = *engine.GetViewareas()[1];
+    EXPECT_FALSE(left.GetGadgetManager().HasGadget(id)) << "the panel is hidden until asked for";
+    CEGUI::Window* button = left.GetChild("sidebar/toolbar/toggle_video");
+    ASSERT_NE(button, nullptr);
+    Click(button);
+    ASSERT_TRUE(left.GetGadgetManager().HasGadget(id));
+    EXPECT_NE(dynamic_cast<vexa::modules::CameraAnimGadget*>(left.GetGadgetManager().GetGadget(id).get()), nullptr);
+    EXPECT_NE(left.GetSidebar()->GetResourcePanel(id), nullptr);
+    EXPECT_FALSE(right.GetGadgetManager().HasGadget(id));
+    engine.Update();
+
+    // A host clearing its resources leaves the panel alone.
+    engine.RemoveAllResources();
+    EXPECT_TRUE(left.GetGadgetManager().HasGadget(id));
+
+    Click(button);
+    EXPECT_FALSE(left.GetGadgetManager().HasGadget(id));
+    EXPECT_EQ(left.GetSidebar()->GetResourcePanel(id), nullptr);
+
+    // Where the look switches the animator off there is no button, and no panel to toggle.
+    EXPECT_FALSE(right.GetChild("sidebar/toolbar/toggle_video")->isVisible());
+    testing_support::LogCapture log;
+    right.GetSidebar()->ToggleVideo();
+    EXPECT_FALSE(right.GetGadgetManager().HasGadget(id));
 }

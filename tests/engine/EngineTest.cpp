@@ -9,6 +9,7 @@
 #include <vexa/draw/Scene.h>
 
 #include <plor/Window.h>
+#include <tesk/Image.h>
 
 #include "EngineTestSupport.h"
 #include "LogCapture.h"
@@ -26,6 +27,7 @@ namespace {
 
 using VexaLifecycle = engine_test::EngineCase;
 using Engine = engine_test::EngineCase;
+using VexaDebug = engine_test::EngineCase;
 
 } // namespace
 
@@ -101,6 +103,33 @@ TEST(VexaBeforeInitialize, GuardedFunctionsDoNothingAndAStartWithoutAssetsFails)
     log.messages.clear();
     EXPECT_FALSE(vexa::Initialize());
     EXPECT_FALSE(log.Contains("Cannot initialize system again, it was initialized already.", "vexa::Initialize"));
+    vexa::Terminate();
+}
+
+// The box drawn for its lifetime, seen in a screenshot, is the install check's host's case
+// (tests/install/host); here: the message's place and an emptied list. That every view area
+// has it is EngineGui's case; the missing debugger before Initialize is checked with the other
+// calls made too early (above).
+TEST_F(VexaDebug, MessageSitsTopLeftAndEmptyingTheListRemovesTheDebugger)
+{
+    ASSERT_TRUE(StartLibrary());
+    vexa::Debug().LogMessage("debugging", 5.0f);
+    vexa::Update();
+    const fs::path file = state / "message.png";
+    ASSERT_TRUE(vexa::SaveScreenshot(file.string()));
+    tesk::Image shown;
+    ASSERT_TRUE(shown.LoadPng(file.string()));
+    // Bright amber glyphs in the top-left corner, clear of the sidebar on the right.
+    int amber = 0;
+    for (std::uint32_t y = 0; y < 60; ++y)
+        for (std::uint32_t x = 0; x < 200; ++x)
+            amber += shown.At(x, y, 0) > 0.8f && shown.At(x, y, 1) > 0.6f && shown.At(x, y, 2) < 0.5f;
+    EXPECT_GT(amber, 20) << "no message at the top left";
+
+    // The debugger is listed like every resource: emptying the list removes it too.
+    vexa::RemoveAllResources();
+    testing_support::LogCapture quiet;
+    EXPECT_THROW(vexa::Debug(), std::runtime_error) << "the debugger was removed with the others";
     vexa::Terminate();
 }
 
@@ -192,26 +221,6 @@ TEST_F(Engine, IdleStepsDrawNothingAndEachChangeOrDragDrawsTheNextStep)
     // The first start had no options.bin yet: the GPU check (if it warned) used a box.
     EXPECT_TRUE(fs::exists(state / "options.bin"));
     vexa::Terminate();
-}
-
-TEST_F(Engine, WindowFileWithZeroHeightIsIgnored)
-{
-    {
-        std::ofstream file(state / "window.bin", std::ios::binary);
-        const std::uint32_t version = vexa::WindowManager::kFormatVersion;
-        const std::int32_t placement[4] = {10, 20, 900, 0};
-        const std::uint8_t flags[4] = {0, 0, 0, 0};
-        file.write(reinterpret_cast<const char*>(&version), sizeof version);
-        file.write(reinterpret_cast<const char*>(placement), sizeof placement);
-        file.write(reinterpret_cast<const char*>(flags), sizeof flags);
-    }
-    testing_support::LogCapture log;
-    vexa::Engine engine;
-    ASSERT_TRUE(engine_test::Start(engine, state));
-    // The built-in look's size stands.
-    EXPECT_EQ(engine.GetWindowManager().GetWindowParams().width, 640);
-    EXPECT_EQ(engine.GetWindowManager().GetWindowParams().height, 480);
-    EXPECT_EQ(engine.GetWindow()->GetWindowSize().y, 480);
 }
 
 TEST_F(Engine, EveryFailedLookIsReportedAndOnlyAReadLookPlacesTheWindow)
@@ -352,12 +361,28 @@ TEST_F(Engine, HostGadgetsMayReachTheirViewAreaOnTheWayOutAndChangeGadgetsFromAH
     EXPECT_EQ(log, (std::vector<std::string>{"terminate c with camera"}));
 }
 
-TEST_F(Engine, GadgetsHearTheSizeOfTheCanvasTheyAreDrawnIn)
+TEST_F(Engine, WindowFileWithZeroHeightIsIgnoredAndGadgetsHearTheCanvasSize)
 {
-    std::vector<std::string> log;
+    {
+        std::ofstream file(state / "window.bin", std::ios::binary);
+        const std::uint32_t version = vexa::WindowManager::kFormatVersion;
+        const std::int32_t placement[4] = {10, 20, 900, 0};
+        const std::uint8_t flags[4] = {0, 0, 0, 0};
+        file.write(reinterpret_cast<const char*>(&version), sizeof version);
+        file.write(reinterpret_cast<const char*>(placement), sizeof placement);
+        file.write(reinterpret_cast<const char*>(flags), sizeof flags);
+    }
+    testing_support::LogCapture log;
     vexa::Engine engine;
     ASSERT_TRUE(engine_test::Start(engine, state));
-    auto resource = std::make_shared<HostResource>("sized", log);
+    // The built-in look's size stands.
+    EXPECT_EQ(engine.GetWindowManager().GetWindowParams().width, 640);
+    EXPECT_EQ(engine.GetWindowManager().GetWindowParams().height, 480);
+    EXPECT_EQ(engine.GetWindow()->GetWindowSize().y, 480);
+
+    // Gadgets hear the size of the canvas they are drawn in.
+    std::vector<std::string> calls;
+    auto resource = std::make_shared<HostResource>("sized", calls);
     engine.AddResource(resource);
     const glm::ivec2 window = engine.GetWindow()->GetFramebufferSize();
     vexa::Viewarea& area = *engine.GetViewareas()[0];

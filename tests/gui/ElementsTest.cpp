@@ -48,7 +48,7 @@ TEST_F(ElementsTest, CheckboxWritesItsLinkBeforeCallingTheCallbacksInOrder)
     EXPECT_EQ(calls.size(), 4u);
 }
 
-TEST_F(ElementsTest, ConditionsReadTheFlagAtEveryTest)
+TEST_F(ElementsTest, ConditionsReadTheFlagAtEveryTestAndButtonsAndLabelsForwardToTheirWidgets)
 {
     GuiGenerator gen(panel_);
     gui::Button* button = gen.AddButton("Run");
@@ -80,22 +80,17 @@ TEST_F(ElementsTest, ConditionsReadTheFlagAtEveryTest)
     EXPECT_TRUE(button->TestCondition());
     button->SetConditionFunc({});
     EXPECT_TRUE(button->TestCondition());
-}
 
-TEST_F(ElementsTest, ButtonAndLabelForwardToTheirWidgets)
-{
-    GuiGenerator gen(panel_);
     gui::Label* label = gen.AddLabel("Points: 0");
     EXPECT_EQ(label->Set("Points: 1 024 – done")->Get(), "Points: 1 024 – done");
     EXPECT_EQ(std::string(label->GetWidget()->getText().c_str()), "Points: 1 024 – done");
 
-    gui::Button* button = gen.AddButton("Go");
-    button->SetCaption("Run");
-    EXPECT_EQ(button->GetWidget()->getText(), "Run");
+    button->SetCaption("Go");
+    EXPECT_EQ(button->GetWidget()->getText(), "Go");
     // A click reaching the button's callbacks: every panel's buttons (GlobalOptionsPanelTest).
 }
 
-TEST_F(ElementsTest, SpinnersForwardRangesAndTruncateWholeNumbers)
+TEST_F(ElementsTest, SpinnersForwardRangesAndTruncateWholeNumbersAndSlidingFloatAddsItsOwnMinimum)
 {
     GuiGenerator gen(panel_);
     int count = 3;
@@ -120,11 +115,8 @@ TEST_F(ElementsTest, SpinnersForwardRangesAndTruncateWholeNumbers)
     EXPECT_EQ(glm::vec3(real->GetMin(), real->GetMax(), real->GetStep()), glm::vec3(0.5f, 4.0f, 0.25f));
     real->GetWidget()->setCurrentValue(2.75);
     EXPECT_EQ(glm::vec2(scale, real->Get()), glm::vec2(2.75f));
-}
 
-TEST_F(ElementsTest, SlidingFloatAddsItsOwnMinimumToTheSlider)
-{
-    GuiGenerator gen(panel_);
+    // A sliding float adds its own minimum to the slider, which runs from 0.
     gui::SlidingFloat* slider = gen.AddSlidingFloat("Opacity");
     ASSERT_NE(slider, nullptr);
     float value = 0.0f;

@@ -101,22 +101,6 @@ TEST_F(GlobalOptionsPanelTest, RowsComeInOrderWithTheirCaptionsAndStartFromTheOp
     EXPECT_GT(panel_->GetExpandedHeight(), 7 * 20.0f);
 }
 
-TEST_F(GlobalOptionsPanelTest, SensitivitySliderMapsOntoPointTwoToOnePointEight)
-{
-    services_.options.SetStoredSensitivity(vexa::GeneralOptions::ToStoredSensitivity(1.0f));
-    services_.options.SetDirty(false);
-    Build();
-    EXPECT_NEAR(Slider()->getCurrentValue(), 0.5f, 1e-6f);
-
-    Slider()->setCurrentValue(Slider()->getMaxValue()); // dragged to the right end
-    EXPECT_NEAR(services_.sensitivity, 1.8f, 1e-6f);
-    EXPECT_NEAR(services_.options.GetSensitivity(), 1.8f, 1e-6f);
-    EXPECT_TRUE(services_.options.IsDirty());
-
-    Slider()->setCurrentValue(0.0f);
-    EXPECT_NEAR(services_.sensitivity, 0.2f, 1e-6f);
-}
-
 TEST_F(GlobalOptionsPanelTest, WhiteBackgroundTogglesBetweenWhiteAndTheStoredColour)
 {
     Build();
@@ -137,9 +121,21 @@ TEST_F(GlobalOptionsPanelTest, WhiteBackgroundTogglesBetweenWhiteAndTheStoredCol
     EXPECT_FALSE(services_.options.IsDirty());
 }
 
-TEST_F(GlobalOptionsPanelTest, SwitchesAntiAliasingAndButtonsReachTheEngine)
+TEST_F(GlobalOptionsPanelTest, SensitivityMapsOntoPointTwoToOnePointEightAndTheOtherControlsReachTheEngine)
 {
+    services_.options.SetStoredSensitivity(vexa::GeneralOptions::ToStoredSensitivity(1.0f));
+    services_.options.SetDirty(false);
     Build();
+    EXPECT_NEAR(Slider()->getCurrentValue(), 0.5f, 1e-6f);
+
+    Slider()->setCurrentValue(Slider()->getMaxValue()); // dragged to the right end
+    EXPECT_NEAR(services_.sensitivity, 1.8f, 1e-6f);
+    EXPECT_NEAR(services_.options.GetSensitivity(), 1.8f, 1e-6f);
+    EXPECT_TRUE(services_.options.IsDirty());
+    Slider()->setCurrentValue(0.0f);
+    EXPECT_NEAR(services_.sensitivity, 0.2f, 1e-6f);
+
+    services_.options.SetDirty(false);
     services_.antiAliasing.clear();
     gui_test::Choose(AntiAliasing(), 5);
     ASSERT_FALSE(services_.antiAliasing.empty());

@@ -32,7 +32,7 @@ float Height(const CEGUI::Window* window)
     return window->getSize().d_height.d_offset;
 }
 
-TEST(ArrayPanel, StacksChildrenWithPaddingAndSpacingAfterEveryChild)
+TEST(ArrayPanel, StacksChildrenWithPaddingAndSpacingAfterEveryChildAndKeepsCreatorsX)
 {
     ScopedWindow holder(ArrayPanel::WidgetTypeName);
     auto* panel = holder.As<ArrayPanel>();
@@ -52,6 +52,13 @@ TEST(ArrayPanel, StacksChildrenWithPaddingAndSpacingAfterEveryChild)
     EXPECT_EQ(panel->GetContentHeight(), 72.0f);
     EXPECT_EQ(first->getPosition().d_x, CEGUI::UDim(0.0f, 10.0f));
     EXPECT_EQ(first->getSize().d_width, CEGUI::UDim(1.0f, -20.0f)) << "widths are the creator's";
+    // A row the creator placed keeps its x; the others follow the padding.
+    third->setXPosition(CEGUI::UDim(0.5f, 3.0f));
+    panel->SetPadding(4.0f);
+    EXPECT_EQ(first->getPosition().d_x, CEGUI::UDim(0.0f, 4.0f));
+    EXPECT_EQ(third->getPosition().d_x, CEGUI::UDim(0.5f, 3.0f));
+    EXPECT_EQ(Y(third), 4.0f + 20.0f + 2.0f + 2.0f);
+    panel->SetPadding(10.0f);
 
     // Showing the collapsed row pushes the rows below it down at once.
     hidden->setHeight(CEGUI::UDim(0.0f, 15.0f));
@@ -64,22 +71,6 @@ TEST(ArrayPanel, StacksChildrenWithPaddingAndSpacingAfterEveryChild)
     EXPECT_EQ(Y(hidden), 10.0f);
     EXPECT_EQ(Y(third), 27.0f);
     EXPECT_EQ(Height(panel), 65.0f);
-}
-
-TEST(ArrayPanel, KeepsCreatorsXAndMovesItsOwnWithThePadding)
-{
-    ScopedWindow holder(ArrayPanel::WidgetTypeName);
-    auto* panel = holder.As<ArrayPanel>();
-    panel->SetPadding(10.0f);
-    CEGUI::Window* row = AddRow(panel, 20.0f);
-    CEGUI::Window* placed = AddRow(panel, 20.0f);
-    placed->setXPosition(CEGUI::UDim(0.5f, 3.0f));
-    panel->UpdateLayout();
-
-    panel->SetPadding(4.0f);
-    EXPECT_EQ(row->getPosition().d_x, CEGUI::UDim(0.0f, 4.0f));
-    EXPECT_EQ(placed->getPosition().d_x, CEGUI::UDim(0.5f, 3.0f));
-    EXPECT_EQ(Y(placed), 4.0f + 20.0f);
 }
 
 TEST(ArrayPanel, NestedPanelGrowsItsParent)

@@ -1,11 +1,11 @@
 #include "../common/LogCapture.h"
+#include "TempFolder.h"
 
 #include <tesk/Image.h>
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -13,24 +13,7 @@
 using tesk::Image;
 using tesk::PixelFormat;
 
-namespace {
-
-class TempDir {
-public:
-    TempDir()
-        : path_(std::filesystem::temp_directory_path() /
-                ("tesk-image-test-" + std::to_string(reinterpret_cast<std::uintptr_t>(this))))
-    {
-        std::filesystem::create_directories(path_);
-    }
-    ~TempDir() { std::filesystem::remove_all(path_); }
-    std::string File(const std::string& name) const { return (path_ / name).string(); }
-
-private:
-    std::filesystem::path path_;
-};
-
-} // namespace
+using TempDir = testing_support::TempFolder;
 
 TEST(Image, PngRoundTripKeepsEveryChannelCount)
 {
@@ -41,7 +24,7 @@ TEST(Image, PngRoundTripKeepsEveryChannelCount)
         for (std::size_t i = 0; i < pixels.size(); ++i)
             pixels[i] = static_cast<std::uint8_t>(i * 37 + channels);
         const Image original(3, 2, channels, pixels);
-        const std::string file = dir.File("rt" + std::to_string(channels) + ".png");
+        const std::string file = dir.PathOf("rt" + std::to_string(channels) + ".png");
         ASSERT_TRUE(original.SavePng(file));
 
         Image loaded;
@@ -57,8 +40,8 @@ TEST(Image, PngRoundTripKeepsEveryChannelCount)
 
     // Floats are clamped to 0..1 and rounded on the way to bytes.
     const Image floats(2, 1, 1, std::vector<float>{-0.5f, 0.5f});
-    ASSERT_TRUE(floats.SavePng(dir.File("f.png")));
-    const Image back = Image::FromPng(dir.File("f.png"));
+    ASSERT_TRUE(floats.SavePng(dir.PathOf("f.png")));
+    const Image back = Image::FromPng(dir.PathOf("f.png"));
     EXPECT_FLOAT_EQ(back.At(0, 0, 0), 0.0f);
     EXPECT_FLOAT_EQ(back.At(1, 0, 0), 128.0f / 255.0f);
 }
@@ -69,7 +52,7 @@ TEST(Image, UnreadableFilesAreLoggedAndChangeNothing)
     Image image(1, 1, 3, std::vector<std::uint8_t>{1, 2, 3});
     testing_support::LogCapture log;
 
-    const std::string missing = dir.File("missing.png");
+    const std::string missing = dir.PathOf("missing.png");
     EXPECT_FALSE(image.LoadPng(missing));
     ASSERT_EQ(log.messages.size(), 1u);
     EXPECT_EQ(log.messages[0].label, "tesk::Image::LoadPng");
@@ -77,12 +60,12 @@ TEST(Image, UnreadableFilesAreLoggedAndChangeNothing)
     EXPECT_EQ(image.GetWidth(), 1u);
     EXPECT_EQ(image.At(0, 0, 2), 3.0f / 255.0f);
 
-    const std::string garbage = dir.File("garbage.png");
+    const std::string garbage = dir.PathOf("garbage.png");
     std::ofstream(garbage) << "not an image";
     EXPECT_TRUE(Image::FromPng(garbage).IsEmpty());
     EXPECT_EQ(log.messages.size(), 2u);
 
-    EXPECT_FALSE(image.SavePng(dir.File("no/such/dir/out.png")));
+    EXPECT_FALSE(image.SavePng(dir.PathOf("no/such/dir/out.png")));
     EXPECT_EQ(log.messages.size(), 3u);
 }
 
@@ -98,7 +81,7 @@ TEST(Image, ZeroSizeImagesAreEmptyButSafeAndBuffersMustMatchTheirShape)
     EXPECT_TRUE(log.messages.empty());
 
     EXPECT_EQ(image.At(0, 0, 0), 0.0f);
-    EXPECT_FALSE(image.SavePng(dir.File("empty.png")));
+    EXPECT_FALSE(image.SavePng(dir.PathOf("empty.png")));
     EXPECT_TRUE(image.ToUInt8().IsEmpty());
     EXPECT_TRUE(Image(0, 0, 4, std::vector<std::uint8_t>{}).IsEmpty());
     EXPECT_EQ(log.messages.size(), 2u);

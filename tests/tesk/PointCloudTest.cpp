@@ -175,15 +175,3 @@ TEST(PointCloud, BoundingBoxSkipsNonFinitePoints)
     const PointCloud allBad(std::vector<glm::vec3>(2, glm::vec3(notANumber, 0, 0)));
     EXPECT_TRUE(allBad.ComputeBoundingBox().IsEmpty());
 }
-
-TEST(PointCloud, SpaceIsOptional)
-{
-    PointCloud cloud = ThreePoints();
-    EXPECT_FALSE(cloud.GetSpace().has_value());
-    cloud.SetSpace(runa::SpaceDefinition::TeskCamera);
-    const PointCloud copy = cloud; // the copy takes the space along
-    cloud.ClearSpace();
-    EXPECT_FALSE(cloud.HasSpace());
-    ASSERT_TRUE(copy.HasSpace());
-    EXPECT_EQ(*copy.GetSpace(), runa::SpaceDefinition::TeskCamera);
-}

@@ -361,10 +361,9 @@ TEST_F(CameraTest, StreamRoundTripAndBrokenRecords)
     Camera untouched(&otherScene);
     untouched.Reset();
     testing_support::LogCapture log;
-    std::istringstream cut(bytes.substr(0, 50));
-    std::istringstream empty("");
-    for (std::istream* broken : {static_cast<std::istream*>(&cut), static_cast<std::istream*>(&empty)}) {
-        EXPECT_FALSE(untouched.ReadFromStream(*broken));
+    for (const std::string& record : {bytes.substr(0, 50), std::string()}) {
+        std::istringstream broken(record);
+        EXPECT_FALSE(untouched.ReadFromStream(broken));
         EXPECT_FALSE(log.messages.empty());
         EXPECT_EQ(untouched.GetPosition(), glm::vec3(2.0f)); // not even the view stored before the cut
         EXPECT_EQ(untouched.GetTarget(), glm::vec3(0.0f));
