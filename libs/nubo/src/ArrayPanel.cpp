@@ -1,5 +1,6 @@
 #include <nubo/ArrayPanel.h>
 
+#include <nubo/Buttons.h>
 #include <nubo/Combobox.h>
 #include <nubo/Spinner.h>
 
@@ -194,6 +195,10 @@ void RegisterWindowTypes()
         CEGUI::WindowFactoryManager::addFactory<CEGUI::TplWindowFactory<Combobox>>();
     if (!factories.isFactoryPresent(Spinner::WidgetTypeName))
         CEGUI::WindowFactoryManager::addFactory<CEGUI::TplWindowFactory<Spinner>>();
+    if (!factories.isFactoryPresent(PushButton::WidgetTypeName))
+        CEGUI::WindowFactoryManager::addFactory<CEGUI::TplWindowFactory<PushButton>>();
+    if (!factories.isFactoryPresent(ToggleButton::WidgetTypeName))
+        CEGUI::WindowFactoryManager::addFactory<CEGUI::TplWindowFactory<ToggleButton>>();
 }
 
 } // namespace nubo

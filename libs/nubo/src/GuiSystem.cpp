@@ -59,7 +59,7 @@ class RlogLogger : public CEGUI::Logger {
 public:
     void logEvent(const CEGUI::String& message, CEGUI::LoggingLevel level) override
     {
-        if (IsLocaleNotice(message))
+        if (IsLocaleNotice(message) || IsBacktrace(message))
             return;
         if (level == CEGUI::Errors)
             rlog::Warn(message.c_str(), "CEGUI");
@@ -69,6 +69,22 @@ public:
     void setLogFilename(const CEGUI::String&, bool) override {}
 
 private:
+    /// CEGUI follows every exception with a stack dump, a line per frame, at error level.
+    /// The exception's own line says what went wrong; the frames only bury it.
+    bool IsBacktrace(const CEGUI::String& message)
+    {
+        static const CEGUI::String start = "========== Start of Backtrace";
+        static const CEGUI::String end = "==========  End of Backtrace";
+        if (message.compare(0, start.length(), start) == 0)
+            inBacktrace_ = true;
+        else if (message.compare(0, end.length(), end) == 0)
+        {
+            inBacktrace_ = false;
+            return true;
+        }
+        return inBacktrace_;
+    }
+
     /// CEGUI complains, again and again, whenever LC_ALL is not "C", although it only parses
     /// numbers. The window system sets LC_CTYPE, so the complaint is noise unless LC_NUMERIC
     /// really differs, and then it is worth hearing once.
@@ -85,6 +101,7 @@ private:
     }
 
     bool localeReported_ = false;
+    bool inBacktrace_ = false;
 };
 
 /// Edit box validation (spinners restrict their text with it) over std::regex: this CEGUI
