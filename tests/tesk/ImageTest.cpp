@@ -67,6 +67,14 @@ TEST(Image, UnreadableFilesAreLoggedAndChangeNothing)
 
     EXPECT_FALSE(image.SavePng(dir.PathOf("no/such/dir/out.png")));
     EXPECT_EQ(log.messages.size(), 3u);
+
+    // The general loader names the file and its own function, and reads what LoadPng reads.
+    EXPECT_TRUE(Image::FromFile(garbage).IsEmpty());
+    ASSERT_EQ(log.messages.size(), 4u);
+    EXPECT_EQ(log.messages[3].label, "tesk::Image::Load");
+    EXPECT_NE(log.messages[3].message.find(garbage), std::string::npos);
+    ASSERT_TRUE(image.SavePng(dir.PathOf("kept.png")));
+    EXPECT_EQ(Image::FromFile(dir.PathOf("kept.png")), image);
 }
 
 TEST(Image, ZeroSizeImagesAreEmptyButSafeAndBuffersMustMatchTheirShape)

@@ -64,11 +64,17 @@ void RangeOf(double low, double high, double& rangeLow, double& rangeHigh)
     rangeHigh = low + half;
 }
 
-std::string FormatValue(float value)
+/// Tick marks reach this far into the plot from the frame, in window pixels.
+constexpr float kTickLength = 5.0f;
+/// Ticks are refused when they would come closer than this share of the wanted spacing.
+constexpr double kMinSpacingShare = 0.6;
+/// Grid lines in this share of the frame colour: present, but behind the data.
+constexpr float kGridShade = 0.55f;
+
+/// The exponent k of a step m * 10^k (m = 1, 2 or 5).
+int StepExponent(double step)
 {
-    char text[32];
-    std::snprintf(text, sizeof(text), "%.4g", static_cast<double>(value));
-    return text;
+    return static_cast<int>(std::floor(std::log10(step) + 1e-9));
 }
 
 float Sanitised(float scale)
@@ -114,7 +120,11 @@ void GraphRenderer::SetPoints(std::span<const glm::vec2> points)
     Gpu& gpu = *gpu_;
     runs_.clear();
     pointCount_ = 0;
-    axisVertexCount_ = 0;
+    gridVertexCount_ = frameVertexCount_ = axisVertexCount_ = 0;
+    laidOutFor_ = glm::vec2(-1.0f);
+    xTicks_ = yTicks_ = AxisTicks{};
+    xLabels_.clear();
+    yLabels_.clear();
 
     glm::vec2 low(std::numeric_limits<float>::max());
     glm::vec2 high(std::numeric_limits<float>::lowest());
@@ -125,10 +135,6 @@ void GraphRenderer::SetPoints(std::span<const glm::vec2> points)
         high = glm::max(high, p);
         ++pointCount_;
     }
-    if (pointCount_ != points.size())
-        rlog::Warn("Skipped " + std::to_string(points.size() - pointCount_) + " of " + std::to_string(points.size()) +
-                       " points with a non-finite coordinate; the line breaks there",
-                   "vexa::draw::GraphRenderer::SetPoints");
 
     if (pointCount_ == 0) {
         gpu.points.Release();
@@ -136,10 +142,6 @@ void GraphRenderer::SetPoints(std::span<const glm::vec2> points)
         dataMin_ = dataMax_ = glm::vec2(0.0f);
         rangeMin_ = glm::dvec2(0.0);
         rangeMax_ = glm::dvec2(1.0);
-        xMinLabel_.clear();
-        xMaxLabel_.clear();
-        yMinLabel_.clear();
-        yMaxLabel_.clear();
         return;
     }
 
@@ -175,28 +177,110 @@ void GraphRenderer::SetPoints(std::span<const glm::vec2> points)
 
     gpu.points.SetBuffer(0, std::move(bytes), {plor::Attribute{0, 2, plor::DataType::Float}});
     gpu.points.SetVertexCount(pointCount_);
-
-    xMinLabel_ = FormatValue(dataMin_.x);
-    xMaxLabel_ = FormatValue(dataMax_.x);
-    yMinLabel_ = FormatValue(dataMin_.y);
-    yMaxLabel_ = FormatValue(dataMax_.y);
-    BuildDecoration();
+    // Ticks, labels and decoration follow at the first Render, which knows the plot's size.
 }
 
-void GraphRenderer::BuildDecoration()
+GraphRenderer::AxisTicks GraphRenderer::ChooseTicks(double low, double high, float pixels, float spacing)
 {
-    std::vector<glm::vec2> segments = {{0.0f, 0.0f}, {1.0f, 0.0f}, {1.0f, 0.0f}, {1.0f, 1.0f},
-                                       {1.0f, 1.0f}, {0.0f, 1.0f}, {0.0f, 1.0f}, {0.0f, 0.0f}};
+    const double span = high - low;
+    if (!std::isfinite(low) || !std::isfinite(high) || !(span > 0.0) || !std::isfinite(span) || !(pixels > 0.0f) ||
+        !(spacing > 0.0f))
+        return {};
+    const double wanted = std::clamp(std::floor(static_cast<double>(pixels) / spacing), 2.0, double(kMaxTicks));
+    const int exponent = static_cast<int>(std::floor(std::log10(span / wanted)));
+
+    AxisTicks best;
+    double bestScore = std::numeric_limits<double>::max();
+    // The nice steps around span / wanted; the largest one is the fallback on a cramped axis.
+    for (int k = exponent - 1; k <= exponent + 1; ++k)
+        for (double mantissa : {1.0, 2.0, 5.0}) {
+            const double step = mantissa * std::pow(10.0, k);
+            // A step lost in the values' precision cannot place distinct ticks.
+            if (!(step > 0.0) || low + step == low || high - step == high)
+                continue;
+            const double firstIndex = std::ceil(low / step - 1e-9);
+            const double lastIndex = std::floor(high / step + 1e-9);
+            const double count = lastIndex - firstIndex + 1.0;
+            if (count < 1.0 || count > kMaxTicks)
+                continue;
+            const double stepPixels = step / span * pixels;
+            // Too close for their labels counts against a step as much as a missing tick.
+            const double crowding = stepPixels < kMinSpacingShare * spacing ? kMaxTicks : 0.0;
+            const double score = std::abs(count - wanted) + crowding;
+            // Ties go to the larger step (visited later): fewer, roomier labels.
+            if (score <= bestScore) {
+                bestScore = score;
+                best = {firstIndex * step, step, static_cast<int>(count)};
+            }
+        }
+    return best;
+}
+
+std::string GraphRenderer::FormatTick(double value, const AxisTicks& ticks)
+{
+    if (ticks.count <= 0 || !(ticks.step > 0.0) || !std::isfinite(value))
+        return {};
+    // Multiples of the step that land on zero may carry a sign or a rounding residue.
+    if (std::abs(value) < ticks.step * 1e-6)
+        return "0";
+    const int stepExponent = StepExponent(ticks.step);
+    const double largest = std::max(std::abs(ticks.first), std::abs(ticks.At(ticks.count - 1)));
+    char text[48];
+    if (largest >= 1e6 || stepExponent < -4) {
+        const auto valueExponent = static_cast<int>(std::floor(std::log10(std::abs(value)) + 1e-9));
+        const int digits = std::clamp(valueExponent - stepExponent, 0, 16);
+        std::snprintf(text, sizeof(text), "%.*e", digits, value);
+    } else {
+        std::snprintf(text, sizeof(text), "%.*f", std::max(0, -stepExponent), value);
+    }
+    return text;
+}
+
+void GraphRenderer::LayOutTicks(const glm::vec2& plotSize)
+{
+    laidOutFor_ = plotSize;
+    xTicks_ = ChooseTicks(rangeMin_.x, rangeMax_.x, plotSize.x, kTickSpacingX);
+    yTicks_ = ChooseTicks(rangeMin_.y, rangeMax_.y, plotSize.y, kTickSpacingY);
+    // Assigned in place: the strings keep their buffers across resizes.
+    xLabels_.resize(static_cast<std::size_t>(xTicks_.count));
+    for (int i = 0; i < xTicks_.count; ++i)
+        xLabels_[static_cast<std::size_t>(i)] = FormatTick(xTicks_.At(i), xTicks_);
+    yLabels_.resize(static_cast<std::size_t>(yTicks_.count));
+    for (int i = 0; i < yTicks_.count; ++i)
+        yLabels_[static_cast<std::size_t>(i)] = FormatTick(yTicks_.At(i), yTicks_);
+    BuildDecoration(plotSize);
+}
+
+void GraphRenderer::BuildDecoration(const glm::vec2& plotSize)
+{
+    const glm::dvec2 span = rangeMax_ - rangeMin_;
+    auto u = [&](double x) { return static_cast<float>((x - rangeMin_.x) / span.x); };
+    auto v = [&](double y) { return static_cast<float>((y - rangeMin_.y) / span.y); };
+    std::vector<glm::vec2> segments;
+    segments.reserve(static_cast<std::size_t>(4 * (xTicks_.count + yTicks_.count) + 12));
+
+    for (int i = 0; i < xTicks_.count; ++i)
+        segments.insert(segments.end(), {{u(xTicks_.At(i)), 0.0f}, {u(xTicks_.At(i)), 1.0f}});
+    for (int i = 0; i < yTicks_.count; ++i)
+        segments.insert(segments.end(), {{0.0f, v(yTicks_.At(i))}, {1.0f, v(yTicks_.At(i))}});
+    gridVertexCount_ = segments.size();
+
+    segments.insert(segments.end(), {{0.0f, 0.0f}, {1.0f, 0.0f}, {1.0f, 0.0f}, {1.0f, 1.0f},
+                                     {1.0f, 1.0f}, {0.0f, 1.0f}, {0.0f, 1.0f}, {0.0f, 0.0f}});
+    // Tick marks stand inside the frame, where they cannot run into the labels under it.
+    const glm::vec2 mark = kTickLength / glm::max(plotSize, glm::vec2(1.0f));
+    for (int i = 0; i < xTicks_.count; ++i)
+        segments.insert(segments.end(), {{u(xTicks_.At(i)), 0.0f}, {u(xTicks_.At(i)), mark.y}});
+    for (int i = 0; i < yTicks_.count; ++i)
+        segments.insert(segments.end(), {{0.0f, v(yTicks_.At(i))}, {mark.x, v(yTicks_.At(i))}});
+    frameVertexCount_ = segments.size() - gridVertexCount_;
+
     // Zero axes only where zero lies strictly inside a range; on the frame they add nothing.
-    if (rangeMin_.y < 0.0 && rangeMax_.y > 0.0) {
-        const auto y = static_cast<float>(-rangeMin_.y / (rangeMax_.y - rangeMin_.y));
-        segments.insert(segments.end(), {{0.0f, y}, {1.0f, y}});
-    }
-    if (rangeMin_.x < 0.0 && rangeMax_.x > 0.0) {
-        const auto x = static_cast<float>(-rangeMin_.x / (rangeMax_.x - rangeMin_.x));
-        segments.insert(segments.end(), {{x, 0.0f}, {x, 1.0f}});
-    }
-    axisVertexCount_ = segments.size() - 8;
+    if (rangeMin_.y < 0.0 && rangeMax_.y > 0.0)
+        segments.insert(segments.end(), {{0.0f, v(0.0)}, {1.0f, v(0.0)}});
+    if (rangeMin_.x < 0.0 && rangeMax_.x > 0.0)
+        segments.insert(segments.end(), {{u(0.0), 0.0f}, {u(0.0), 1.0f}});
+    axisVertexCount_ = segments.size() - gridVertexCount_ - frameVertexCount_;
     gpu_->decoration.SetBuffer(0, plor::AsBytes(segments), {plor::Attribute{0, 2, plor::DataType::Float}});
     gpu_->decoration.SetVertexCount(segments.size());
 }
@@ -224,6 +308,10 @@ void GraphRenderer::Render(const RenderContext& context, const Style& style)
     const bool decorated = plot.z - plot.x >= kMinPlotSize * scale && plot.w - plot.y >= kMinPlotSize * scale;
     if (!decorated)
         plot = glm::vec4(0.0f, 0.0f, view.x, view.y);
+    // Whole window pixels, so that a fractional scale does not lay the ticks out every frame.
+    const glm::vec2 plotSize = glm::round(glm::vec2(plot.z - plot.x, plot.w - plot.y) / scale);
+    if (decorated && plotSize != laidOutFor_)
+        LayOutTicks(plotSize);
 
     glm::mat4 plotToClip(1.0f);
     plotToClip[0][0] = 2.0f * (plot.z - plot.x) / view.x;
@@ -253,11 +341,16 @@ void GraphRenderer::Render(const RenderContext& context, const Style& style)
         if (decorated) {
             const tesk::Color3f& frame = graphStyle->color;
             glUniform1f(gpu.locLineWidth, std::max(1.0f, std::round(scale)));
+            if (gridVertexCount_ > 0) {
+                glUniform3f(gpu.locLineColor, frame.r * kGridShade, frame.g * kGridShade, frame.b * kGridShade);
+                gpu.decoration.Draw(plor::PrimitiveType::Lines, 0, gridVertexCount_);
+            }
             glUniform3f(gpu.locLineColor, frame.r, frame.g, frame.b);
-            gpu.decoration.Draw(plor::PrimitiveType::Lines, 0, 8);
+            gpu.decoration.Draw(plor::PrimitiveType::Lines, gridVertexCount_, frameVertexCount_);
             if (axisVertexCount_ > 0) {
                 glUniform3f(gpu.locLineColor, frame.r * 0.7f, frame.g * 0.7f, frame.b * 0.7f);
-                gpu.decoration.Draw(plor::PrimitiveType::Lines, 8, axisVertexCount_);
+                gpu.decoration.Draw(plor::PrimitiveType::Lines, gridVertexCount_ + frameVertexCount_,
+                                    axisVertexCount_);
             }
         }
 
@@ -307,10 +400,10 @@ void GraphRenderer::PrintLabels(const RenderContext& context, const GraphStyle& 
     const float right = plot.z;
     const float top = height - plot.w;
     const float bottom = height - plot.y;
-    auto xAt = [&](float value) {
+    auto xAt = [&](double value) {
         return left + static_cast<float>((value - rangeMin_.x) / (rangeMax_.x - rangeMin_.x)) * (right - left);
     };
-    auto yAt = [&](float value) {
+    auto yAt = [&](double value) {
         return bottom - static_cast<float>((value - rangeMin_.y) / (rangeMax_.y - rangeMin_.y)) * (bottom - top);
     };
 
@@ -323,18 +416,18 @@ void GraphRenderer::PrintLabels(const RenderContext& context, const GraphStyle& 
     text.SetScene(context.scene);
     text.SetColor(style.color);
     text.SetSize(kLabelSize);
+    // x labels centred under their ticks; y labels inside the frame, just over their grid
+    // line, where they need no room beside the plot.
+    text.SetAlignment(TextAlignment::Center);
     const float xBaseline = bottom + kLabelSize + 1.0f;
+    for (std::size_t i = 0; i < xLabels_.size(); ++i)
+        text.Print(xLabels_[i], xAt(xTicks_.At(static_cast<int>(i))), xBaseline);
     text.SetAlignment(TextAlignment::Left);
-    text.Print(xMinLabel_, xAt(dataMin_.x), xBaseline);
-    if (dataMax_.x != dataMin_.x) {
-        text.SetAlignment(TextAlignment::Right);
-        text.Print(xMaxLabel_, xAt(dataMax_.x), xBaseline);
+    for (std::size_t i = 0; i < yLabels_.size(); ++i) {
+        const float baseline = yAt(yTicks_.At(static_cast<int>(i))) - 2.0f;
+        if (baseline - kLabelSize >= top)
+            text.Print(yLabels_[i], left + kTickLength + 2.0f, baseline);
     }
-    // The y labels sit inside the frame: just under the maximum and just over the minimum.
-    text.SetAlignment(TextAlignment::Left);
-    text.Print(yMaxLabel_, left + 4.0f, yAt(dataMax_.y) + kLabelSize + 2.0f);
-    if (dataMax_.y != dataMin_.y && bottom - top >= 3.0f * kLabelSize)
-        text.Print(yMinLabel_, left + 4.0f, yAt(dataMin_.y) - 3.0f);
 
     text.SetScene(previousScene);
     text.SetAlignment(previousAlignment);
@@ -352,7 +445,8 @@ void GraphRenderer::ReleaseGpuResources()
     gpu_->pointProgramId = 0;
     runs_.clear();
     pointCount_ = 0;
-    axisVertexCount_ = 0;
+    gridVertexCount_ = frameVertexCount_ = axisVertexCount_ = 0;
+    laidOutFor_ = glm::vec2(-1.0f);
 }
 
 } // namespace vexa::draw

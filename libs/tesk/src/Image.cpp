@@ -251,7 +251,25 @@ Image Image::ToFloat32() const
 
 bool Image::LoadPng(const std::string& path)
 {
-    const char* label = "tesk::Image::LoadPng";
+    return LoadFile(path, "tesk::Image::LoadPng");
+}
+
+bool Image::Load(const std::string& path)
+{
+    return LoadFile(path, "tesk::Image::Load");
+}
+
+Image Image::FromFile(const std::string& path)
+{
+    Image image;
+    image.Load(path);
+    return image;
+}
+
+// The decoder recognises the format by the file's contents, not by its name: a JPEG saved
+// as ".png" loads as well.
+bool Image::LoadFile(const std::string& path, const char* label)
+{
     int width = 0;
     int height = 0;
     int channels = 0;

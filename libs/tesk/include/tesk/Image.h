@@ -78,6 +78,10 @@ public:
     bool LoadPng(const std::string& path);
     /// An empty image when the file cannot be read (logged).
     static Image FromPng(const std::string& path);
+    /// As LoadPng for any file the decoder knows by its contents: PNG, JPEG, BMP, TGA, ...
+    bool Load(const std::string& path);
+    /// An empty image when the file cannot be read (logged with its name).
+    static Image FromFile(const std::string& path);
     /// Writes an 8-bit PNG (float images are converted as by ToUInt8). False (logged) for an
     /// empty image or when the file cannot be written.
     bool SavePng(const std::string& path) const;
@@ -87,6 +91,7 @@ public:
 private:
     static bool CheckShape(std::uint32_t width, std::uint32_t height, int channels, std::size_t given,
                            const char* label);
+    bool LoadFile(const std::string& path, const char* label);
     void Store(std::uint32_t width, std::uint32_t height, int channels, std::vector<std::uint8_t>&& pixels);
     void Store(std::uint32_t width, std::uint32_t height, int channels, std::vector<float>&& pixels);
 

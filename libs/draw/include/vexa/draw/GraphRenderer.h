@@ -14,13 +14,37 @@ namespace vexa::draw {
 
 /// A 2D line graph of points, scaled to fill its view (screen pass): the polyline through the
 /// points in their order, optional round markers, a frame, the zero axes when they fall inside
-/// the range, and min / max labels of both axes.
+/// the range, and on both axes ticks at round values with faint grid lines and labels.
 ///
 /// Each axis spans the data's min..max plus 5% on both sides; a constant series gets a
 /// range of one unit centred on its value. Points with a non-finite coordinate are left out
-/// (logged) and break the line where they were, like missing samples.
+/// and break the line where they were: that is how a host marks missing samples, so a live
+/// graph with gaps does not fill the log.
 class GraphRenderer : public Renderer {
 public:
+    /// The ticks of one axis: `count` values first, first + step, ... inside the shown range.
+    struct AxisTicks {
+        double first = 0.0;
+        double step = 0.0;
+        int count = 0;
+
+        double At(int index) const { return first + step * index; }
+        bool operator==(const AxisTicks&) const = default;
+    };
+    /// Most ticks on one axis.
+    static constexpr int kMaxTicks = 7;
+    /// Window pixels wanted between neighbouring ticks of the x and y axes (x labels are wider).
+    static constexpr float kTickSpacingX = 80.0f;
+    static constexpr float kTickSpacingY = 50.0f;
+
+    /// Ticks for an axis showing low..high over `pixels` window pixels: a step of 1, 2 or 5
+    /// times a power of ten giving about pixels / spacing ticks (2 to kMaxTicks), each at a
+    /// whole multiple of the step. None for an empty or non-finite range or no pixels.
+    static AxisTicks ChooseTicks(double low, double high, float pixels, float spacing);
+    /// `value` (one of `ticks`) with just the digits the step needs ("0.25", "-3", "1500");
+    /// axes reaching 1e6 or with steps below 1e-4 use exponents ("1e+06", "2.5e-05").
+    static std::string FormatTick(double value, const AxisTicks& ticks);
+
     GraphRenderer();
     explicit GraphRenderer(std::span<const glm::vec2> points);
     ~GraphRenderer() override;
@@ -53,23 +77,31 @@ private:
         std::uint32_t first;
         std::uint32_t count;
     };
-    void BuildDecoration();
+    /// Ticks, labels and decoration for a plot of `plotSize` window pixels.
+    void LayOutTicks(const glm::vec2& plotSize);
+    void BuildDecoration(const glm::vec2& plotSize);
     void PrintLabels(const RenderContext& context, const GraphStyle& style, const glm::vec4& plot) const;
 
     std::unique_ptr<Gpu> gpu_;
     std::vector<Run> runs_;
     std::size_t pointCount_ = 0;
-    /// Frame segments come first in the decoration array, then up to two zero axes.
+    /// The decoration array holds the grid lines, then the frame with its tick marks, then up
+    /// to two zero axes.
+    std::size_t gridVertexCount_ = 0;
+    std::size_t frameVertexCount_ = 0;
     std::size_t axisVertexCount_ = 0;
     glm::vec2 dataMin_{0.0f};
     glm::vec2 dataMax_{0.0f};
     glm::dvec2 rangeMin_{0.0};
     glm::dvec2 rangeMax_{1.0};
-    /// Formatted once per data set so that drawing them allocates nothing.
-    std::string xMinLabel_;
-    std::string xMaxLabel_;
-    std::string yMinLabel_;
-    std::string yMaxLabel_;
+    /// The plot size (window pixels) the ticks were laid out for; negative when the data
+    /// changed since.
+    glm::vec2 laidOutFor_{-1.0f};
+    AxisTicks xTicks_;
+    AxisTicks yTicks_;
+    /// Formatted when the data or the plot size changes, so that drawing them allocates nothing.
+    std::vector<std::string> xLabels_;
+    std::vector<std::string> yLabels_;
 };
 
 } // namespace vexa::draw
