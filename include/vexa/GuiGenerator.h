@@ -42,6 +42,11 @@ public:
     gui::Droplist* AddDroplist(const std::string& label);
     gui::CheckboxList* AddCheckboxList();
     gui::Separator* AddSeparator();
+    /// A row holding `window`, which the caller keeps owning: dropping the panel only takes
+    /// the window out of it. The row is as tall as the window's absolute height, or, for a
+    /// window sized relative to its parent, as tall as its children reach. Null (logged) for
+    /// a null window.
+    gui::HostedWindow* AddWindow(CEGUI::Window* window);
 
     /// Opens a group: the following rows go into it until PanelEnd. Groups do not nest:
     /// while one is open this returns null and adds nothing.

@@ -25,12 +25,20 @@
 #include <vexa/modules/ColoringData.h>
 #include <vexa/modules/GeometryGadget.h>
 #include <vexa/modules/GeometryResource.h>
+#include <vexa/modules/GraphGadget.h>
+#include <vexa/modules/GraphResource.h>
+#include <vexa/modules/GuiGadget.h>
+#include <vexa/modules/GuiResource.h>
+#include <vexa/modules/ImageResource.h>
 #include <vexa/modules/MeshGadget.h>
 #include <vexa/modules/MeshResource.h>
 #include <vexa/modules/PointCloudGadget.h>
 #include <vexa/modules/PointCloudResource.h>
 #include <vexa/modules/ScanGadget.h>
 #include <vexa/modules/ScanResource.h>
+#include <vexa/modules/SkeletonGadget.h>
+#include <vexa/modules/SkeletonResource.h>
+#include <vexa/modules/TextureGadget.h>
 
 #include <runa/BasisDefinition.h>
 #include <runa/BinaryStream.h>

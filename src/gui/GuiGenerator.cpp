@@ -16,6 +16,7 @@
 
 #include <runa/rlog.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,26 @@ constexpr float kSeparatorHeight = 15.0f;
 constexpr float kComboboxHeight = 50.0f;
 /// A checkbox's caption only needs half the row; the extra pixels cover its box.
 constexpr float kCheckboxExtraWidth = 15.0f;
+
+/// How tall a row must be to show `window`: its absolute height where it has one, else as far
+/// down as its absolutely placed children reach.
+float HostedHeight(const CEGUI::Window& window)
+{
+    constexpr float kFallbackHeight = 120.0f;
+    const CEGUI::UDim height = window.getHeight();
+    const float top = window.getYPosition().d_scale == 0.0f ? window.getYPosition().d_offset : 0.0f;
+    if (height.d_scale == 0.0f && height.d_offset > 0.0f)
+        return top + height.d_offset;
+    float bottom = 0.0f;
+    for (std::size_t i = 0; i < window.getChildCount(); ++i) {
+        const CEGUI::Window* child = window.getChildAtIdx(i);
+        const CEGUI::UDim y = child->getYPosition();
+        const CEGUI::UDim h = child->getHeight();
+        if (y.d_scale == 0.0f && h.d_scale == 0.0f)
+            bottom = std::max(bottom, y.d_offset + h.d_offset);
+    }
+    return top + (bottom > 0.0f ? bottom + kSpacing : kFallbackHeight);
+}
 
 template <typename W>
 W* As(CEGUI::Window* window, const char* typeName)
@@ -285,6 +306,24 @@ gui::Separator* GuiGenerator::AddSeparator()
     return impl_->Guarded<gui::Separator>("vexa::GuiGenerator::AddSeparator", [&] {
         ElementSlot* slot = impl_->CreateRow("DarkVexa/SeparatorHor", kSeparatorHeight);
         return impl_->Finish<gui::Separator>(slot, slot->control, false);
+    });
+}
+
+gui::HostedWindow* GuiGenerator::AddWindow(CEGUI::Window* window)
+{
+    if (window == nullptr) {
+        rlog::Warn("No window given, no row added", "vexa::GuiGenerator::AddWindow");
+        return nullptr;
+    }
+    return impl_->Guarded<gui::HostedWindow>("vexa::GuiGenerator::AddWindow", [&] {
+        ElementSlot* slot = impl_->CreateRow("DefaultWindow", HostedHeight(*window));
+        // The caller owns the window: when the panel goes, CEGUI only takes it out of the row.
+        window->setDestroyedByParent(false);
+        slot->control->addChild(window);
+        auto element = std::make_shared<gui::HostedWindow>(slot->control, window);
+        gui::HostedWindow* raw = element.get();
+        slot->element = std::move(element);
+        return raw;
     });
 }
 

@@ -7,6 +7,7 @@
 #include <vexa/gui/CheckboxList.h>
 #include <vexa/gui/Droplist.h>
 #include <vexa/gui/Element.h>
+#include <vexa/gui/HostedWindow.h>
 #include <vexa/gui/Label.h>
 #include <vexa/gui/LinkedElement.h>
 #include <vexa/gui/NumericFloat.h>
