@@ -1,5 +1,6 @@
-// vexa-viewer: opens point cloud and mesh files (PLY, OBJ, STL, OFF, PCD, XYZ-like text) or a
-// demo scene in the viewer window. Files dropped on the window are opened too.
+// vexa-viewer: opens point cloud and mesh files (PLY, OBJ, STL, OFF, PCD, XYZ-like text),
+// PNG and JPEG images or a demo scene in the viewer window. Files dropped on the window are
+// opened too.
 
 #include "DemoScene.h"
 #include "ModelFile.h"
@@ -8,9 +9,12 @@
 
 #include <glm/common.hpp>
 
+#include <algorithm>
+#include <cctype>
 #include <chrono>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <span>
 #include <cstdlib>
 #include <filesystem>
@@ -30,7 +34,8 @@ constexpr const char* kUsage = R"(Usage: vexa-viewer [options] [FILE...]
 Opens point clouds and meshes in the viewer window: PLY (ASCII or binary, with or without
 faces), OBJ (with its MTL materials and textures), STL (ASCII or binary), OFF, PCD (ascii,
 binary or binary_compressed) and text clouds (.xyz .xyzn .xyzrgb .pts .txt .csv .asc:
-x y z [r g b] [values...]). Drop more files on the window to open them too.
+x y z [r g b] [values...]), and images (.png .jpg .jpeg), each fitted to the view with its
+own panel (filtering, mirroring, channels). Drop more files on the window to open them too.
 
 Options:
   --demo             show the built-in demo scene
@@ -141,12 +146,23 @@ std::string FindAssets(const std::string& requested)
     return {};
 }
 
+/// Whether `path` names a PNG or JPEG file, by its extension in any case.
+bool IsImageFile(const std::string& path)
+{
+    std::string extension = fs::path(path).extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return extension == ".png" || extension == ".jpg" || extension == ".jpeg";
+}
+
 class FileOpener {
 public:
-    /// Opens `path` as a mesh resource (a file with faces) or a point cloud resource; false
-    /// (and a message on stderr) when it cannot.
+    /// Opens `path` as an image resource (PNG, JPEG), a mesh resource (a file with faces) or a
+    /// point cloud resource; false (and a message on stderr) when it cannot.
     bool Open(const std::string& path)
     {
+        if (IsImageFile(path))
+            return OpenImage(path);
         tesk::Mesh model;
         std::string error;
         if (!vexa::viewer::ReadModelFile(path, model, error))
@@ -154,7 +170,7 @@ public:
             std::cerr << "vexa-viewer: " << error << "\n";
             return false;
         }
-        const std::string name = UniqueName(path);
+        const std::string name = UniqueName("Files/" + fs::path(path).filename().string());
         const std::size_t count = model.VertexCount();
         // Everything opened so far is in view, every point of it: a resource's own focus
         // aims at its centre and a typical spread, which cuts off a tall or lopsided one.
@@ -191,6 +207,21 @@ public:
     }
 
 private:
+    bool OpenImage(const std::string& path)
+    {
+        tesk::Image image;
+        // The loader logs the decoder's reason with the file's name.
+        if (!image.Load(path))
+        {
+            std::cerr << "vexa-viewer: " << path << " is not a readable image\n";
+            return false;
+        }
+        const std::uint32_t width = image.GetWidth(), height = image.GetHeight();
+        vexa::modules::AddImage(UniqueName(fs::path(path).filename().string()), std::move(image));
+        std::cout << "vexa-viewer: opened " << path << " (" << width << " x " << height << " pixels)\n";
+        return true;
+    }
+
     /// Takes the finite points into the box; false while the box is still empty.
     bool Grow(std::span<const glm::vec3> points)
     {
@@ -204,9 +235,9 @@ private:
         return minimum_.x <= maximum_.x;
     }
 
-    std::string UniqueName(const std::string& path)
+    /// `base`, or `base` (2), (3), ... when a resource of this viewer already has that name.
+    std::string UniqueName(const std::string& base)
     {
-        const std::string base = "Files/" + fs::path(path).filename().string();
         std::string name = base;
         for (int n = 2; names_.count(name) != 0; ++n)
             name = base + " (" + std::to_string(n) + ")";
@@ -257,8 +288,12 @@ int main(int argc, char** argv)
     }
 
     FileOpener opener;
+    std::unique_ptr<vexa::viewer::DemoScene> demo;
     if (options.demo)
-        vexa::viewer::ShowDemoScene();
+    {
+        demo = std::make_unique<vexa::viewer::DemoScene>();
+        demo->Show();
+    }
     for (const std::string& file : options.files)
         opener.Open(file);
 
@@ -274,6 +309,8 @@ int main(int argc, char** argv)
     for (long frame = 0; vexa::IsOpen() && (frames < 0 || frame < frames); ++frame)
     {
         vexa::Update();
+        if (demo)
+            demo->Step();
         for (const std::string& path : dropped)
             opener.Open(path);
         dropped.clear();
