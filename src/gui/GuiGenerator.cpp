@@ -8,6 +8,7 @@
 #include <nubo/Placement.h>
 
 #include <CEGUI/Exceptions.h>
+#include <CEGUI/Font.h>
 #include <CEGUI/WindowManager.h>
 #include <CEGUI/widgets/PushButton.h>
 #include <CEGUI/widgets/Slider.h>
@@ -35,6 +36,8 @@ constexpr float kSeparatorHeight = 15.0f;
 constexpr float kComboboxHeight = 50.0f;
 /// A checkbox's caption only needs half the row; the extra pixels cover its box.
 constexpr float kCheckboxExtraWidth = 15.0f;
+/// Where the checkbox look starts its caption, right of the box.
+constexpr float kCheckboxCaptionLeft = 22.0f;
 
 /// How tall a row must be to show `window`: its absolute height where it has one, else as far
 /// down as its absolutely placed children reach.
@@ -241,7 +244,15 @@ gui::Checkbox* GuiGenerator::AddCheckbox(const std::string& caption)
         ElementSlot* slot = impl_->CreateRow("DarkVexa/Checkbox", kControlHeight);
         auto* checkbox = As<CEGUI::ToggleButton>(slot->control, "toggle button");
         checkbox->setText(gui::ToCeguiText(caption));
-        nubo::SetSize(checkbox, 0.5f, kCheckboxExtraWidth, 0.0f, kControlHeight);
+        // Half the row keeps a click beside a short caption from toggling; a longer caption
+        // gets what it needs, or it would be cut off.
+        const CEGUI::Font* font = checkbox->getFont();
+        const float needed =
+            font != nullptr ? kCheckboxCaptionLeft + font->getTextExtent(checkbox->getText()) + 4.0f * kSpacing : 0.0f;
+        if (needed > 0.5f * slot->row->getPixelSize().d_width + kCheckboxExtraWidth)
+            nubo::SetSize(checkbox, 0.0f, needed, 0.0f, kControlHeight);
+        else
+            nubo::SetSize(checkbox, 0.5f, kCheckboxExtraWidth, 0.0f, kControlHeight);
         return impl_->Finish<gui::Checkbox>(slot, checkbox);
     });
 }

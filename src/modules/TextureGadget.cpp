@@ -10,7 +10,6 @@
 
 #include <runa/BinaryStream.h>
 
-#include <CEGUI/widgets/ToggleButton.h>
 
 #include <cstdint>
 #include <utility>
@@ -44,9 +43,13 @@ void TextureGadget::Initialize()
         AddRenderer(image_->GetObjectPtr(), style_, 0);
 }
 
+bool TextureGadget::IsColorTransformEnabled() const
+{
+    return style_->colorTransformEnabled;
+}
+
 void TextureGadget::SetColorTransformEnabled(bool enabled)
 {
-    colorTransform_ = enabled;
     style_->colorTransformEnabled = enabled;
     DrawOnNextUpdate();
 }
@@ -90,16 +93,10 @@ void TextureGadget::AddGuiChannels(GuiGenerator& generator)
 void TextureGadget::AddGuiColorTransformation(GuiGenerator& generator)
 {
     if (gui::Checkbox* enabled = generator.AddCheckbox("Color Transformation"))
-    {
-        // The generator sizes checkboxes for short captions; this one would be cut off.
-        enabled->GetWidget()->setWidth(CEGUI::UDim(1.0f, 0.0f));
-        enabled->SetLink(&colorTransform_)->Subscribe([this](const gui::Checkbox* changed) {
-            SetColorTransformEnabled(changed->Get());
-        });
-    }
+        enabled->SetLink(&style_->colorTransformEnabled);
     gui::Panel* panel = generator.PanelBegin();
     if (panel != nullptr)
-        panel->SetConditionBool(&colorTransform_, BoolFunc::IfTrue);
+        panel->SetConditionBool(&style_->colorTransformEnabled, BoolFunc::IfTrue);
     draw::ImageStyle& style = *style_;
     const std::pair<const char*, float*> factors[] = {
         {"Red Multiplier", &style.redMultiplier},     {"Red Offset", &style.redOffset},
@@ -125,8 +122,7 @@ bool TextureGadget::ReadFromStream(std::istream& stream)
     if (!runa::BinaryReader(stream, "vexa::modules::TextureGadget::ReadFromStream").Read(flag))
         return false;
     *style_ = style;
-    colorTransform_ = flag != 0;
-    style_->colorTransformEnabled = colorTransform_;
+    style_->colorTransformEnabled = flag != 0;
     return true;
 }
 
@@ -135,7 +131,7 @@ void TextureGadget::WriteToStream(std::ostream& stream) const
     Gadget::WriteToStream(stream);
     WriteStyleRecord(stream, *style_);
     WriteStateVersion(stream, kFieldsVersion);
-    runa::BinaryWriter(stream).Write(static_cast<std::uint8_t>(colorTransform_ ? 1 : 0));
+    runa::BinaryWriter(stream).Write(static_cast<std::uint8_t>(style_->colorTransformEnabled ? 1 : 0));
 }
 
 } // namespace vexa::modules

@@ -27,9 +27,9 @@ public:
     void GenerateGui(GuiGenerator& generator) override;
 
     const std::shared_ptr<draw::ImageStyle>& GetStyle() const { return style_; }
-    /// Whether the multipliers and offsets apply (and their fields are shown).
-    bool IsColorTransformEnabled() const { return colorTransform_; }
-    /// Sets the flag and the style's switch with it.
+    /// Whether the multipliers and offsets apply (and their fields are shown). The flag the
+    /// state record keeps is the style's own switch: the panel and the renderer share it.
+    bool IsColorTransformEnabled() const;
     void SetColorTransformEnabled(bool enabled);
 
 protected:
@@ -42,9 +42,6 @@ private:
 
     const ImageResource* image_;
     std::shared_ptr<draw::ImageStyle> style_;
-    // The checkbox links here, not to the style: the flag is the gadget's own record, and
-    // the style follows it so that the renderer needs no knowledge of the panel.
-    bool colorTransform_ = false;
 };
 
 } // namespace vexa::modules
