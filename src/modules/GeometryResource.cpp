@@ -1,6 +1,7 @@
 #include <vexa/modules/GeometryResource.h>
 
-#include <vexa/Lifecycle.h>
+#include "modules/AddNew.h"
+
 #include <vexa/modules/GeometryGadget.h>
 
 #include <vexa/draw/GeometryRenderer.h>
@@ -29,9 +30,7 @@ std::shared_ptr<Gadget> GeometryResource::CreateGadget()
 
 std::shared_ptr<GeometryResource> AddGeometry(const std::string& name, draw::GeometryName geometry)
 {
-    auto resource = std::make_shared<GeometryResource>(name, geometry);
-    AddResource(resource);
-    return resource;
+    return AddNew<GeometryResource>(name, geometry);
 }
 
 } // namespace vexa::modules

@@ -1,6 +1,7 @@
 #include <vexa/modules/ImageResource.h>
 
-#include <vexa/Lifecycle.h>
+#include "modules/AddNew.h"
+
 #include <vexa/modules/TextureGadget.h>
 
 #include <vexa/draw/ImageRenderer.h>
@@ -28,16 +29,12 @@ std::shared_ptr<Gadget> ImageResource::CreateGadget()
 
 std::shared_ptr<ImageResource> AddImage(const std::string& name, const tesk::Image& image)
 {
-    auto resource = std::make_shared<ImageResource>(name, image);
-    AddResource(resource);
-    return resource;
+    return AddNew<ImageResource>(name, image);
 }
 
 std::shared_ptr<ImageResource> AddImage(const std::string& name, tesk::Image&& image)
 {
-    auto resource = std::make_shared<ImageResource>(name, std::move(image));
-    AddResource(resource);
-    return resource;
+    return AddNew<ImageResource>(name, std::move(image));
 }
 
 } // namespace vexa::modules

@@ -1,6 +1,7 @@
 #include <vexa/modules/MeshResource.h>
 
-#include <vexa/Lifecycle.h>
+#include "modules/AddNew.h"
+
 #include <vexa/modules/MeshGadget.h>
 
 #include <vexa/draw/MeshRenderer.h>
@@ -55,9 +56,7 @@ void MeshResource::StoreNeededData(const tesk::Mesh& mesh)
 
 std::shared_ptr<MeshResource> AddMesh(const std::string& name, const tesk::Mesh& mesh)
 {
-    auto resource = std::make_shared<MeshResource>(name, mesh);
-    AddResource(resource);
-    return resource;
+    return AddNew<MeshResource>(name, mesh);
 }
 
 } // namespace vexa::modules

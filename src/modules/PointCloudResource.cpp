@@ -1,6 +1,7 @@
 #include <vexa/modules/PointCloudResource.h>
 
-#include <vexa/Lifecycle.h>
+#include "modules/AddNew.h"
+
 #include <vexa/modules/PointCloudGadget.h>
 
 #include <vexa/draw/PointCloudRenderer.h>
@@ -88,9 +89,7 @@ void PointCloudResource::StoreData(const tesk::PointCloud& cloud)
 
 std::shared_ptr<PointCloudResource> AddPointCloud(const std::string& name, const tesk::PointCloud& cloud)
 {
-    auto resource = std::make_shared<PointCloudResource>(name, cloud);
-    AddResource(resource);
-    return resource;
+    return AddNew<PointCloudResource>(name, cloud);
 }
 
 } // namespace vexa::modules

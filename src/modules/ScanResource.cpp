@@ -1,6 +1,7 @@
 #include <vexa/modules/ScanResource.h>
 
-#include <vexa/Lifecycle.h>
+#include "modules/AddNew.h"
+
 #include <vexa/modules/ScanGadget.h>
 
 namespace vexa::modules {
@@ -23,9 +24,7 @@ std::shared_ptr<Gadget> ScanResource::CreateGadget()
 
 std::shared_ptr<ScanResource> AddScan(const std::string& name, const tesk::Scan& scan)
 {
-    auto resource = std::make_shared<ScanResource>(name, scan);
-    AddResource(resource);
-    return resource;
+    return AddNew<ScanResource>(name, scan);
 }
 
 } // namespace vexa::modules

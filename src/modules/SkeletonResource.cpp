@@ -1,6 +1,7 @@
 #include <vexa/modules/SkeletonResource.h>
 
-#include <vexa/Lifecycle.h>
+#include "modules/AddNew.h"
+
 #include <vexa/modules/SkeletonGadget.h>
 
 #include <runa/rlog.h>
@@ -57,17 +58,13 @@ bool SkeletonResource::SetPose(const tesk::SkeletonPose& pose)
 
 std::shared_ptr<SkeletonResource> AddSkeleton(const std::string& name, const tesk::Skeleton& skeleton)
 {
-    auto resource = std::make_shared<SkeletonResource>(name, skeleton);
-    AddResource(resource);
-    return resource;
+    return AddNew<SkeletonResource>(name, skeleton);
 }
 
 std::shared_ptr<SkeletonResource> AddSkeleton(const std::string& name, const tesk::Skeleton& skeleton,
                                               const tesk::SkeletonAction& action)
 {
-    auto resource = std::make_shared<SkeletonResource>(name, skeleton, action);
-    AddResource(resource);
-    return resource;
+    return AddNew<SkeletonResource>(name, skeleton, action);
 }
 
 } // namespace vexa::modules
