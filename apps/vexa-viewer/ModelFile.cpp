@@ -7,11 +7,11 @@
 #include "PlyReader.h"
 #include "StlReader.h"
 #include "TextCloudReader.h"
+#include "TextScan.h"
 
 #include <runa/rlog.h>
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 
 namespace vexa::viewer {
@@ -33,9 +33,7 @@ constexpr Entry Entries[] = {
 
 Kind KindOf(const std::string& path)
 {
-    std::string extension = std::filesystem::path(path).extension().string();
-    for (char& c : extension)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    const std::string extension = LowerExtension(path);
     for (const Entry& entry : Entries)
         if (entry.extension == extension)
             return entry.kind;

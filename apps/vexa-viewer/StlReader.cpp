@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cctype>
 #include <cstdint>
 #include <cstring>
 #include <vector>
@@ -142,14 +141,6 @@ bool ReadBinary(std::string_view bytes, tesk::Mesh& mesh, std::string& message)
     result.SetFaces(std::move(faces));
     mesh = std::move(result);
     return true;
-}
-
-std::string Lower(std::string_view text)
-{
-    std::string lower(text);
-    for (char& c : lower)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return lower;
 }
 
 bool ReadAscii(std::string_view text, tesk::Mesh& mesh, std::string& message)

@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <filesystem>
 #include <new>
 #include <optional>
@@ -43,14 +42,6 @@ bool IsIntegerText(std::string_view token)
     if (!token.empty() && token.front() == '+')
         token.remove_prefix(1);
     return !token.empty() && std::all_of(token.begin(), token.end(), [](char c) { return c >= '0' && c <= '9'; });
-}
-
-std::string Lower(std::string_view text)
-{
-    std::string lower(text);
-    for (char& c : lower)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return lower;
 }
 
 std::string At(std::size_t line)
@@ -526,7 +517,7 @@ private:
 
 TextLayout TextLayoutForPath(const std::string& path)
 {
-    const std::string extension = Lower(std::filesystem::path(path).extension().string());
+    const std::string extension = LowerExtension(path);
     if (extension == ".pts")
         return TextLayout::Pts;
     if (extension == ".xyzn")

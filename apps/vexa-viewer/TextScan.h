@@ -3,7 +3,9 @@
 // header and body and by the plain-text cloud reader. Nothing here allocates per line:
 // lines and tokens are views into the file buffer.
 
+#include <cctype>
 #include <charconv>
+#include <filesystem>
 #include <cstddef>
 #include <limits>
 #include <string>
@@ -12,6 +14,21 @@
 #include <vector>
 
 namespace vexa::viewer {
+
+/// `text` in lower case (ASCII letters only: keywords and file extensions).
+inline std::string Lower(std::string_view text)
+{
+    std::string lower(text);
+    for (char& c : lower)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return lower;
+}
+
+/// The extension of `path` with its dot, in lower case: how the viewer tells file kinds apart.
+inline std::string LowerExtension(const std::string& path)
+{
+    return Lower(std::filesystem::path(path).extension().string());
+}
 
 /// Walks the lines of a buffer, counting them from 1. A line excludes its '\n' and a '\r'
 /// before it, so files with Windows line endings read the same.

@@ -4,13 +4,13 @@
 
 #include "DemoScene.h"
 #include "ModelFile.h"
+#include "TextScan.h"
 
 #include <vexa/vexa.h>
 
 #include <glm/common.hpp>
 
 #include <algorithm>
-#include <cctype>
 #include <chrono>
 #include <cmath>
 #include <limits>
@@ -149,9 +149,7 @@ std::string FindAssets(const std::string& requested)
 /// Whether `path` names a PNG or JPEG file, by its extension in any case.
 bool IsImageFile(const std::string& path)
 {
-    std::string extension = fs::path(path).extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const std::string extension = vexa::viewer::LowerExtension(path);
     return extension == ".png" || extension == ".jpg" || extension == ".jpeg";
 }
 
