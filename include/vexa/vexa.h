@@ -39,6 +39,7 @@
 #include <vexa/modules/SkeletonGadget.h>
 #include <vexa/modules/SkeletonResource.h>
 #include <vexa/modules/TextureGadget.h>
+#include <vexa/modules/VertexAttributes.h>
 
 #include <runa/BasisDefinition.h>
 #include <runa/BinaryStream.h>

@@ -19,16 +19,6 @@ std::shared_ptr<Gadget> MeshResource::CreateGadget()
     return std::make_shared<MeshGadget>(this);
 }
 
-std::string MeshResource::GetSpaceId() const
-{
-    return space_ ? space_->name : std::string("N/A");
-}
-
-void MeshResource::SetPreferredColorSource(int source, int option, int colorMap)
-{
-    preference_ = {source, option, colorMap};
-}
-
 glm::vec3 MeshResource::CalculateCenterOfMass(const tesk::Mesh& mesh)
 {
     const std::span<const glm::vec3> positions = mesh.GetVertices().GetPositions();
@@ -49,9 +39,7 @@ void MeshResource::StoreNeededData(const tesk::Mesh& mesh)
     uvMappingAvailable_ = vertices.HasUVs();
     centerOfMass_ = CalculateCenterOfMass(mesh);
     cameraPos_ = centerOfMass_ + glm::vec3(1.0f);
-    space_ = vertices.GetSpace();
-    originOffset_ = vertices.GetOriginOffset();
-    coloring_.Store(vertices, vertices.Size());
+    StoreAttributes(vertices);
 }
 
 std::shared_ptr<MeshResource> AddMesh(const std::string& name, const tesk::Mesh& mesh)

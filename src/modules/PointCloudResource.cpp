@@ -29,16 +29,6 @@ std::shared_ptr<Gadget> PointCloudResource::CreateGadget()
     return std::make_shared<PointCloudGadget>(this);
 }
 
-std::string PointCloudResource::GetSpaceId() const
-{
-    return space_ ? space_->name : std::string("N/A");
-}
-
-void PointCloudResource::SetPreferredColorSource(int source, int option, int colorMap)
-{
-    preference_ = {source, option, colorMap};
-}
-
 std::size_t PointCloudResource::SampleStep(std::size_t pointCount)
 {
     return pointCount >= 1000 ? pointCount / 1000 : 1;
@@ -49,7 +39,6 @@ void PointCloudResource::StoreData(const tesk::PointCloud& cloud)
     renderer_ = std::make_shared<draw::PointCloudRenderer>(cloud);
     pointCount_ = static_cast<std::uint32_t>(cloud.Size());
     hasNormals_ = cloud.HasNormals();
-    space_ = cloud.GetSpace();
 
     // A sample of about a thousand points is plenty to frame the camera and costs nothing
     // next to the copies below. The divisor is count / step (not the number of samples, which
@@ -83,8 +72,7 @@ void PointCloudResource::StoreData(const tesk::PointCloud& cloud)
     }
     approxRadius_ = samples > 0 ? static_cast<float>(std::sqrt(squares / static_cast<double>(samples))) : 0.0f;
 
-    originOffset_ = cloud.GetOriginOffset();
-    coloring_.Store(cloud, count);
+    StoreAttributes(cloud);
 }
 
 std::shared_ptr<PointCloudResource> AddPointCloud(const std::string& name, const tesk::PointCloud& cloud)

@@ -5,8 +5,7 @@
 
 #include <vexa/Export.h>
 #include <vexa/Resource.h>
-#include <vexa/modules/ColoringChoice.h>
-#include <vexa/modules/ColoringData.h>
+#include <vexa/modules/VertexAttributes.h>
 
 #include <tesk/MaterialModel.h>
 #include <tesk/Mesh.h>
@@ -34,9 +33,8 @@ namespace vexa::modules {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 #endif
-class VEXA_API MeshResource : public Resource {
+class VEXA_API MeshResource : public Resource, public VertexAttributes {
 public:
-    using DataRecord = ColoringData::DataRecord;
 
     /// Shows `mesh` under `name`; resource type "MeshResource".
     MeshResource(const std::string& name, const tesk::Mesh& mesh);
@@ -53,30 +51,6 @@ public:
     const glm::vec3& GetCenterOfMass() const { return centerOfMass_; }
     /// Where focusing puts the eye: the centre plus (1, 1, 1).
     const glm::vec3& GetCameraPos() const { return cameraPos_; }
-
-    bool IsColoringAvailable() const { return coloring_.IsColoringAvailable(); }
-    bool IsFDataAvailable() const { return coloring_.HasFloatData(); }
-    const std::vector<std::string>& GetColoringNames() const { return coloring_.GetColoringNames(); }
-    const std::vector<std::string>& GetFDataNames() const { return coloring_.GetFDataNames(); }
-    /// Throws std::out_of_range past the end.
-    const std::vector<tesk::Color3f>& GetColoringOption(std::size_t index) const
-    {
-        return coloring_.GetColoringOption(index);
-    }
-    /// Throws std::out_of_range past the end.
-    const DataRecord& GetFDataOption(std::size_t index) const { return coloring_.GetFDataOption(index); }
-    const ColoringData& GetColoringData() const { return coloring_; }
-
-    const std::optional<runa::SpaceDefinition>& GetSpace() const { return space_; }
-    /// The space's name, "N/A" without one.
-    std::string GetSpaceId() const;
-    /// What was subtracted from the file's coordinates (tesk::PointCloud::GetOriginOffset).
-    const glm::dvec3& GetOriginOffset() const { return originOffset_; }
-
-    /// How a view area's gadget starts colouring this mesh (a MeshGadget::ColorSource and the
-    /// colour set or data index it uses); the gadget keeps no colouring in its state file.
-    void SetPreferredColorSource(int source, int option = 0, int colorMap = 5);
-    const ColoringPreference& GetColoringPreference() const { return preference_; }
 
     /// The sum of vertices 0, 10, 20, ... divided by (vertex count / 10) in whole numbers:
     /// cheap for any size, and as coarse as intended; fewer than ten vertices divide by zero
@@ -95,10 +69,6 @@ private:
     bool uvMappingAvailable_ = false;
     glm::vec3 centerOfMass_{0.0f};
     glm::vec3 cameraPos_{1.0f};
-    std::optional<runa::SpaceDefinition> space_;
-    glm::dvec3 originOffset_{0.0};
-    ColoringData coloring_;
-    ColoringPreference preference_;
 };
 #if defined(__GNUC__)
 #pragma GCC diagnostic pop

@@ -5,8 +5,7 @@
 
 #include <vexa/Export.h>
 #include <vexa/Resource.h>
-#include <vexa/modules/ColoringChoice.h>
-#include <vexa/modules/ColoringData.h>
+#include <vexa/modules/VertexAttributes.h>
 
 #include <tesk/Color.h>
 #include <tesk/PointCloud.h>
@@ -34,10 +33,8 @@ namespace vexa::modules {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 #endif
-class VEXA_API PointCloudResource : public Resource {
+class VEXA_API PointCloudResource : public Resource, public VertexAttributes {
 public:
-    /// One float property of the cloud with its range (see ColoringData).
-    using DataRecord = ColoringData::DataRecord;
 #if defined(__GNUC__)
 #pragma GCC diagnostic pop
 #endif
@@ -52,31 +49,6 @@ public:
     /// Root-mean-square distance of (a sample of) the points from their centre of mass.
     float GetApproxRadius() const { return approxRadius_; }
     bool HasNormals() const { return hasNormals_; }
-    bool HasFloatData() const { return coloring_.HasFloatData(); }
-    bool IsColoringAvailable() const { return coloring_.IsColoringAvailable(); }
-    const std::vector<std::string>& GetColoringNames() const { return coloring_.GetColoringNames(); }
-    const std::vector<std::string>& GetFDataNames() const { return coloring_.GetFDataNames(); }
-    /// Throws std::out_of_range past the end.
-    const std::vector<tesk::Color3f>& GetColoringOption(std::size_t index) const
-    {
-        return coloring_.GetColoringOption(index);
-    }
-    /// Throws std::out_of_range past the end.
-    const DataRecord& GetFDataOption(std::size_t index) const { return coloring_.GetFDataOption(index); }
-    const ColoringData& GetColoringData() const { return coloring_; }
-    /// What was subtracted from the file's coordinates (tesk::PointCloud::GetOriginOffset).
-    const glm::dvec3& GetOriginOffset() const { return originOffset_; }
-    const std::optional<runa::SpaceDefinition>& GetSpace() const { return space_; }
-    /// The space's name, "N/A" without one.
-    std::string GetSpaceId() const;
-
-    /// How a view area that has no saved point cloud settings yet starts colouring this cloud
-    /// (a PointCloudGadget::ColorSource and the colour set or data index it uses). Without a
-    /// preference, and as soon as the user has chosen in that view area, the saved choice rules.
-    /// `colorMap` is the tesk::ColorMap a data mapping starts with.
-    void SetPreferredColorSource(int source, int option = 0, int colorMap = 5);
-    const ColoringPreference& GetColoringPreference() const { return preference_; }
-
     /// The sampling the centre and radius use: every point below 1000 points, else every
     /// (count / 1000)-th.
     static std::size_t SampleStep(std::size_t pointCount);
@@ -91,13 +63,9 @@ protected:
 private:
     std::shared_ptr<draw::PointCloudRenderer> renderer_;
     std::uint32_t pointCount_ = 0;
-    std::optional<runa::SpaceDefinition> space_;
     bool hasNormals_ = false;
     glm::vec3 centerOfMass_{0.0f};
     float approxRadius_ = 0.0f;
-    glm::dvec3 originOffset_{0.0};
-    ColoringData coloring_;
-    ColoringPreference preference_;
 };
 
 /// Makes a resource of `cloud` under `name` and, when the library is running, shows it (or
