@@ -352,7 +352,6 @@ DemoScene::~DemoScene() = default;
 void DemoScene::Show()
 {
     using modules::PointCloudGadget;
-    // First, so that its panel heads the sidebar.
     controls_ = std::make_shared<modules::GuiResource>("Demo/Controls");
     if (controls_->Setup(kControlsLayout))
     {

@@ -183,7 +183,16 @@ void Sidebar::Place(GuiStylingPanel& panel)
     }
     else
     {
-        column->moveChildToPosition(panel.GetWindow(), column->getChildCount() - 1);
+        // Below the selected panel the others keep their resources' order, wherever in that
+        // order a new one comes.
+        CEGUI::Window* next = nullptr;
+        for (auto it = panels_.upper_bound(panel.GetResourceId()); it != panels_.end() && next == nullptr; ++it)
+            if (!it->second->IsHighlighted() && column->isChild(it->second->GetWindow()))
+                next = it->second->GetWindow();
+        if (next != nullptr)
+            column->moveChildToPosition(panel.GetWindow(), column->getPositionOfChild(next));
+        else
+            column->moveChildToPosition(panel.GetWindow(), column->getChildCount() - 1);
     }
     column->layout();
 }

@@ -144,7 +144,8 @@ protected:
 
     void AddBoth()
     {
-        for (const auto& resource : {a_, b_})
+        // The later resource first: panels stand in id order whatever order they come in.
+        for (const auto& resource : {b_, a_})
             vexa::GetNotifications().Notify(vexa::kResourceAdded, &resource->id);
     }
 
