@@ -30,7 +30,13 @@
 #include <CEGUI/XMLParser.h>
 #include <CEGUI/falagard/WidgetLookManager.h>
 #include <CEGUI/widgets/Editbox.h>
+#include <CEGUI/widgets/ItemListBase.h>
+#include <CEGUI/widgets/Listbox.h>
 #include <CEGUI/widgets/MultiLineEditbox.h>
+#include <CEGUI/widgets/ScrollablePane.h>
+#include <CEGUI/widgets/Scrollbar.h>
+#include <CEGUI/widgets/Slider.h>
+#include <CEGUI/widgets/Spinner.h>
 
 #include <array>
 #include <clocale>
@@ -461,6 +467,8 @@ bool GuiSystem::InjectMouseWheel(float delta)
     // Both count one unit per notch.
     return Guarded("nubo::GuiSystem::InjectMouseWheel", [&] {
         const bool captured = CapturedBeforehand();
+        if (!captured && ScrollPaneUnderMouse(delta))
+            return true;
         return UsedByGui(state_->context->injectMouseWheelChange(delta), captured);
     });
 }
@@ -523,6 +531,28 @@ bool GuiSystem::InjectChar(unsigned int codepoint)
         return false;
     return Guarded("nubo::GuiSystem::InjectChar",
                    [&] { return state_->context->injectChar(static_cast<CEGUI::String::value_type>(codepoint)); });
+}
+
+bool GuiSystem::ScrollPaneUnderMouse(float delta)
+{
+    // CEGUI hands the wheel to the innermost window under the pointer, and a label or a panel
+    // header drops it: over a column of panels the wheel did nothing. Widgets that use the
+    // wheel themselves keep it; otherwise the nearest scrollable pane around the pointer
+    // scrolls, as it does in any other toolkit.
+    for (CEGUI::Window* w = state_->context->getWindowContainingMouse(); w != nullptr; w = w->getParent()) {
+        if (dynamic_cast<CEGUI::Slider*>(w) || dynamic_cast<CEGUI::Spinner*>(w) || dynamic_cast<CEGUI::Scrollbar*>(w) ||
+            dynamic_cast<CEGUI::Listbox*>(w) || dynamic_cast<CEGUI::ItemListBase*>(w) ||
+            dynamic_cast<CEGUI::MultiLineEditbox*>(w))
+            return false;
+        if (auto* pane = dynamic_cast<CEGUI::ScrollablePane*>(w)) {
+            CEGUI::Scrollbar* bar = pane->getVertScrollbar();
+            if (bar->getDocumentSize() <= bar->getPageSize())
+                return false;
+            bar->setScrollPosition(bar->getScrollPosition() - bar->getStepSize() * delta);
+            return true;
+        }
+    }
+    return false;
 }
 
 bool GuiSystem::CapturedBeforehand() const

@@ -83,6 +83,9 @@ private:
     struct State;
     bool CapturedBeforehand() const;
     bool UsedByGui(bool handled, bool captured) const;
+    /// Scrolls the scrollable pane around the pointer by `delta` notches unless a widget that
+    /// uses the wheel is in between; whether it did.
+    bool ScrollPaneUnderMouse(float delta);
 
     std::unique_ptr<State> state_;
 };
