@@ -15,10 +15,16 @@ TEST(Wheel, ScrollsThePaneUnderThePointerUnlessAWidgetUsesIt)
     auto* pane = static_cast<CEGUI::ScrollablePane*>(window.get());
     pane->setArea(CEGUI::UVector2(CEGUI::UDim(0, 100), CEGUI::UDim(0, 100)),
                   CEGUI::USize(CEGUI::UDim(0, 200), CEGUI::UDim(0, 200)));
-    CEGUI::Window* label = CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/Label");
-    label->setArea(CEGUI::UVector2(CEGUI::UDim(0, 0), CEGUI::UDim(0, 0)), CEGUI::USize(CEGUI::UDim(0, 180), CEGUI::UDim(0, 900)));
-    pane->addChild(label);
-    CEGUI::Window* slider = CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/Slider");
+    // A panel as the sidebar holds them: a plain window around a label, both taller than the
+    // pane.
+    CEGUI::WindowManager& windows = CEGUI::WindowManager::getSingleton();
+    CEGUI::Window* panel = windows.createWindow("DefaultWindow");
+    panel->setArea(CEGUI::UVector2(CEGUI::UDim(0, 0), CEGUI::UDim(0, 0)), CEGUI::USize(CEGUI::UDim(0, 180), CEGUI::UDim(0, 900)));
+    pane->addChild(panel);
+    CEGUI::Window* label = windows.createWindow("DarkVexa/Label");
+    label->setArea(CEGUI::UVector2(CEGUI::UDim(0, 0), CEGUI::UDim(0, 0)), CEGUI::USize(CEGUI::UDim(1, 0), CEGUI::UDim(1, 0)));
+    panel->addChild(label);
+    CEGUI::Window* slider = windows.createWindow("DarkVexa/Slider");
     slider->setArea(CEGUI::UVector2(CEGUI::UDim(0, 0), CEGUI::UDim(0, 0)), CEGUI::USize(CEGUI::UDim(0, 180), CEGUI::UDim(0, 20)));
     label->addChild(slider);
     CEGUI::Scrollbar* bar = pane->getVertScrollbar();
