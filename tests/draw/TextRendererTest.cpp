@@ -125,7 +125,6 @@ TEST_F(TextRendererGlTest, PrintedTextLiesInItsBoxLinesStackAndAlignmentPlacesIt
 
     // The next frame starts from an empty queue.
     EXPECT_EQ(Draw(&textScene_).Count(IsBright), 0);
-    EXPECT_EQ(plor::GetLastGlError(), "");
 
     // Lines are stacked at the line height: capitals start the same distance above each
     // baseline, so the bands of bright rows are one line apart.
