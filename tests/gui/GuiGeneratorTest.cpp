@@ -7,15 +7,12 @@
 #include <nubo/ArrayPanel.h>
 #include <nubo/Combobox.h>
 
-#include <CEGUI/WindowManager.h>
-#include <CEGUI/widgets/PushButton.h>
-#include <CEGUI/widgets/Slider.h>
-#include <CEGUI/widgets/Spinner.h>
-#include <CEGUI/widgets/ToggleButton.h>
+#include <CEGUI/CEGUI.h>
 
 #include <glm/glm.hpp>
 
 #include <iterator>
+#include <tuple>
 #include <utility>
 
 using namespace vexa;
@@ -23,11 +20,6 @@ using gui_test::Height;
 using gui_test::PanelTest;
 
 namespace {
-
-CEGUI::USize PixelSize(float relativeWidth, float pixelsWidth, float pixelsHeight)
-{
-    return CEGUI::USize(CEGUI::UDim(relativeWidth, pixelsWidth), CEGUI::UDim(0.0f, pixelsHeight));
-}
 
 float Top(const CEGUI::Window* window)
 {
@@ -52,60 +44,44 @@ using GuiGeneratorTest = PanelTest;
 
 } // namespace
 
-TEST_F(GuiGeneratorTest, RowsAreNamedNumberedAndSizedByKind)
+TEST_F(GuiGeneratorTest, RowsAreNumberedAndHoldTheWidgetOfTheirKindWithItsCaption)
 {
     GuiGenerator gen(panel_);
     auto* root = dynamic_cast<nubo::ArrayPanel*>(panel_);
     ASSERT_NE(root, nullptr);
     EXPECT_FALSE(root->IsAutoUpdateLayoutEnabled()) << "the layout waits until all rows are built";
-    // Padding (10 px) and spacing (2 px), of the panel and of a group, show in the row
-    // positions of the hiding cases below.
 
-    // Every kind: its widget type, row height and text, on the widget or (labelled) beside it.
-    struct Kind {
-        std::pair<unsigned int, CEGUI::Window*> element; // id and widget
-        const char* type;
-        float rowHeight;
-        const char* text;
-        bool labelled;
-    };
-    const auto of = [](auto* element) {
-        return element == nullptr ? std::pair<unsigned int, CEGUI::Window*>(~0u, nullptr)
-                                  : std::pair<unsigned int, CEGUI::Window*>(element->GetId(), element->GetWidget());
-    };
-    const Kind kinds[] = {
-        {of(gen.AddLabel("Hello")), "DarkVexa/Label", 20.0f, "Hello", false},
-        {of(gen.AddButton("Reset view")), "DarkVexa/PushButton", 26.0f, "Reset view", false},
-        {of(gen.AddCheckbox("Show axes")), "DarkVexa/Checkbox", 26.0f, "Show axes", false},
-        {of(gen.AddNumericFloat("Point size")), "DarkVexa/Spinner", 26.0f, "Point size", true},
-        {of(gen.AddDroplist("Color map")), "DarkVexa/Combobox", 26.0f, "Color map", true},
-        {of(gen.AddSeparator()), "DarkVexa/SeparatorHor", 15.0f, nullptr, false},
-        {of(gen.AddCheckboxList()), "DarkVexa/ArrayPanel", 0.0f, nullptr, false},
-        {of(gen.AddSlidingInt("Size")), "DarkVexa/Slider", 26.0f, "Size", true},
-        {of(gen.AddSlidingFloat("Alpha")), "DarkVexa/Slider", 26.0f, "Alpha", true},
-        {of(gen.AddNumericInt("Count")), "DarkVexa/Spinner", 26.0f, "Count", true},
+    // Every kind: its widget type and caption, on the widget or (labelled) beside it.
+    using Made = std::pair<unsigned int, CEGUI::Window*>;
+    const auto of = [](auto* e) { return e == nullptr ? Made(~0u, nullptr) : Made(e->GetId(), e->GetWidget()); };
+    const std::tuple<Made, const char*, const char*, bool> kinds[] = {
+        {of(gen.AddLabel("Hello")), "DarkVexa/Label", "Hello", false},
+        {of(gen.AddButton("Reset view")), "DarkVexa/PushButton", "Reset view", false},
+        {of(gen.AddCheckbox("Show axes")), "DarkVexa/Checkbox", "Show axes", false},
+        {of(gen.AddNumericFloat("Point size")), "DarkVexa/Spinner", "Point size", true},
+        {of(gen.AddDroplist("Color map")), "DarkVexa/Combobox", "Color map", true},
+        {of(gen.AddSeparator()), "DarkVexa/SeparatorHor", nullptr, false},
+        {of(gen.AddCheckboxList()), "DarkVexa/ArrayPanel", nullptr, false},
+        {of(gen.AddSlidingInt("Size")), "DarkVexa/Slider", "Size", true},
+        {of(gen.AddSlidingFloat("Alpha")), "DarkVexa/Slider", "Alpha", true},
+        {of(gen.AddNumericInt("Count")), "DarkVexa/Spinner", "Count", true},
     };
     ASSERT_EQ(panel_->getChildCount(), std::size(kinds));
-    const auto control = [&](unsigned int n) { return panel_->getChild("generated_element_" + std::to_string(n) + "/dynamic_control"); };
-    for (unsigned int n = 0; n < std::size(kinds); ++n) {
-        const Kind& kind = kinds[n];
-        SCOPED_TRACE(kind.type);
-        ASSERT_NE(kind.element.second, nullptr);
-        EXPECT_EQ(kind.element.first, n);
-        CEGUI::Window* row = panel_->getChild("generated_element_" + std::to_string(n));
-        EXPECT_EQ(row->getType(), "DefaultWindow");
+    for (unsigned int n = 0; n < std::size(kinds); ++n)
+    {
+        const auto& [made, type, text, labelled] = kinds[n];
+        SCOPED_TRACE(type);
+        ASSERT_NE(made.second, nullptr);
+        EXPECT_EQ(made.first, n);
+        CEGUI::Window* row = gui_test::Row(panel_, static_cast<int>(n));
         EXPECT_EQ(row->getID(), n);
-        EXPECT_TRUE(row->isMouseInputPropagationEnabled());
-        EXPECT_EQ(row->getSize(), PixelSize(1.0f, -20.0f, kind.rowHeight));
-        EXPECT_EQ(kind.element.second->getType(), kind.type);
+        EXPECT_EQ(made.second->getType(), type);
         // The drop list sits in a holder so that its open list can hang below the row.
-        EXPECT_EQ(n == 4 ? control(n)->getChild("combo_element") : control(n), kind.element.second);
-        if (kind.labelled) {
-            CEGUI::Window* label = row->getChild("dynamic_label");
-            EXPECT_EQ(label->getText(), kind.text);
-            EXPECT_EQ(label->getType(), "DarkVexa/Label");
-        } else if (kind.text != nullptr) {
-            EXPECT_EQ(kind.element.second->getText(), kind.text);
+        CEGUI::Window* control = row->getChild("dynamic_control");
+        EXPECT_EQ(n == 4 ? control->getChild("combo_element") : control, made.second);
+        if (text != nullptr)
+        {
+            EXPECT_EQ((labelled ? row->getChild("dynamic_label") : made.second)->getText(), text);
         }
     }
 }
@@ -140,52 +116,35 @@ TEST_F(GuiGeneratorTest, GroupsContinueTheNumberingAndDoNotNest)
 
 TEST_F(GuiGeneratorTest, HiddenRowsCollapseButKeepTheirSpacingAndGroupsShrinkWithThem)
 {
-    {
-        GuiGenerator gen(panel_);
-        bool expert = true;
-        gen.AddButton("Always");
-        gen.AddCheckbox("Simple mode only")->SetConditionBool(&expert, BoolFunc::IfFalse);
-        gen.AddSeparator();
-        CEGUI::Window* rows[] = {panel_->getChild("generated_element_0"), panel_->getChild("generated_element_1"),
-                                 panel_->getChild("generated_element_2")};
+    // Panel and group: 10 px padding, 2 px after every row; buttons 26 px, labels 20 px.
+    GuiGenerator gen(panel_);
+    bool expert = true, showSecond = true;
+    gen.AddButton("Always");
+    gen.AddCheckbox("Simple mode only")->SetConditionBool(&expert, BoolFunc::IfFalse);
+    gui::Panel* group = gen.PanelBegin();
+    gen.AddButton("First");
+    gen.AddButton("Second")->SetConditionBool(&showSecond, BoolFunc::IfTrue);
+    gen.PanelEnd();
+    gen.AddLabel("Below");
+    const auto row = [&](int n) { return gui_test::Row(panel_, n); };
 
-        gen.TestElementConditions();
-        EXPECT_EQ(glm::vec3(Height(rows[0]), Height(rows[1]), Height(rows[2])), glm::vec3(26.0f, 0.0f, 15.0f));
-        // A collapsed row still takes its 2 px of spacing.
-        EXPECT_EQ(glm::vec3(Top(rows[0]), Top(rows[1]), Top(rows[2])), glm::vec3(10.0f, 38.0f, 40.0f));
-        EXPECT_FLOAT_EQ(Height(panel_), 10.0f + 28.0f + 2.0f + 17.0f + 10.0f);
+    gen.TestElementConditions();
+    EXPECT_EQ(glm::vec2(Height(row(1)), Top(row(2))), glm::vec2(0.0f, 10.0f + 28.0f + 2.0f));
+    EXPECT_FLOAT_EQ(Height(row(2)), 10.0f + 28.0f + 28.0f + 10.0f);
+    EXPECT_FLOAT_EQ(Top(row(5)), 40.0f + 76.0f + 2.0f);
 
-        expert = false;
-        gen.TestElementConditions();
-        EXPECT_FLOAT_EQ(Height(rows[1]), 26.0f);
-        EXPECT_FLOAT_EQ(Top(rows[2]), 66.0f);
-    }
+    expert = showSecond = false;
+    gen.TestElementConditions();
+    EXPECT_EQ(glm::vec2(Height(row(1)), Top(row(2))), glm::vec2(26.0f, 66.0f));
+    EXPECT_FLOAT_EQ(Height(row(2)), 10.0f + 28.0f + 2.0f + 10.0f);
+    EXPECT_FLOAT_EQ(Top(row(5)), 66.0f + 50.0f + 2.0f);
 
-    // A group shrinks with its hidden rows and, hidden itself, hides them all.
-    Renew();
-    GuiGenerator groups(panel_);
-    bool showSecond = true;
-    gui::Panel* group = groups.PanelBegin();
-    groups.AddButton("First");
-    groups.AddButton("Second")->SetConditionBool(&showSecond, BoolFunc::IfTrue);
-    groups.PanelEnd();
-    groups.AddLabel("Below");
-    CEGUI::Window* groupRow = panel_->getChild("generated_element_0");
-    CEGUI::Window* below = panel_->getChild("generated_element_3");
-
-    groups.TestElementConditions();
-    EXPECT_FLOAT_EQ(Height(groupRow), 10.0f + 28.0f + 28.0f + 10.0f);
-    EXPECT_FLOAT_EQ(Top(below), 10.0f + 76.0f + 2.0f);
-
-    showSecond = false;
-    groups.TestElementConditions();
-    EXPECT_FLOAT_EQ(Height(groupRow), 10.0f + 28.0f + 2.0f + 10.0f);
-    EXPECT_FLOAT_EQ(Top(below), 10.0f + 50.0f + 2.0f);
-
+    // A hidden group hides all its rows.
     group->SetConditionFunc([] { return false; });
-    groups.TestElementConditions();
-    EXPECT_FLOAT_EQ(Height(groupRow), 0.0f);
-    EXPECT_FLOAT_EQ(Top(below), 12.0f);
+    gen.TestElementConditions();
+    EXPECT_FLOAT_EQ(Height(row(2)), 0.0f);
+    EXPECT_FLOAT_EQ(Top(row(5)), 66.0f + 2.0f);
+    EXPECT_FLOAT_EQ(Height(panel_), 10.0f + 28.0f + 28.0f + 2.0f + 22.0f + 10.0f);
 }
 
 TEST_F(GuiGeneratorTest, ResourceGeneratorReportsChangesAndRetestsOnceAutoTestIsOn)
@@ -204,7 +163,6 @@ TEST_F(GuiGeneratorTest, ResourceGeneratorReportsChangesAndRetestsOnceAutoTestIs
         gui::Checkbox* toggle = build(gen);
         gen.SetAutoTestConditionsEnabled(true);
         toggle->GetWidget()->setSelected(true);
-        EXPECT_TRUE(details);
         EXPECT_TRUE(observer.ids.empty());
         EXPECT_FLOAT_EQ(Height(panel_->getChild("generated_element_1")), 0.0f);
     }
@@ -218,14 +176,11 @@ TEST_F(GuiGeneratorTest, ResourceGeneratorReportsChangesAndRetestsOnceAutoTestIs
     ASSERT_FLOAT_EQ(Height(detailRow), 0.0f);
 
     toggle->GetWidget()->setSelected(true);
-    EXPECT_TRUE(details);
     EXPECT_TRUE(observer.ids.empty()) << "auto-testing is still off";
     EXPECT_FLOAT_EQ(Height(detailRow), 0.0f);
 
     gen.SetAutoTestConditionsEnabled(true);
-    auto* root = dynamic_cast<nubo::ArrayPanel*>(panel_);
-    ASSERT_NE(root, nullptr);
-    EXPECT_TRUE(root->IsAutoUpdateLayoutEnabled());
+    EXPECT_TRUE(static_cast<nubo::ArrayPanel*>(panel_)->IsAutoUpdateLayoutEnabled());
     toggle->GetWidget()->setSelected(false);
     toggle->GetWidget()->setSelected(true);
     ASSERT_EQ(observer.ids.size(), 2u);

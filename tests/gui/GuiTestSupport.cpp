@@ -2,13 +2,7 @@
 
 #include <nubo/GuiSystem.h>
 
-#include <CEGUI/GUIContext.h>
-#include <CEGUI/widgets/ComboDropList.h>
-#include <CEGUI/widgets/Combobox.h>
-#include <CEGUI/widgets/ListboxItem.h>
-#include <CEGUI/widgets/PushButton.h>
-#include <CEGUI/System.h>
-#include <CEGUI/WindowManager.h>
+#include <CEGUI/CEGUI.h>
 
 #include <memory>
 
@@ -41,6 +35,11 @@ CEGUI::Window* Root()
 
 void Fire(CEGUI::Window* window, const CEGUI::String& event, const CEGUI::String& eventNamespace)
 {
+    if (window == nullptr)
+    {
+        ADD_FAILURE() << "no window to fire " << event.c_str() << " on";
+        return;
+    }
     CEGUI::WindowEventArgs args(window);
     window->fireEvent(event, args, eventNamespace);
 }
@@ -108,8 +107,22 @@ CEGUI::Window* FindRow(const CEGUI::Window* panel, const std::string& caption)
     return nullptr;
 }
 
+bool Shown(const CEGUI::Window* panel, const std::string& caption)
+{
+    const CEGUI::Window* row = FindRow(panel, caption);
+    for (const CEGUI::Window* w = row; w != nullptr && w != panel; w = w->getParent())
+        if (!w->isVisible() || Height(w) <= 0.0f)
+            return false;
+    return row != nullptr;
+}
+
 void Choose(CEGUI::Combobox* combobox, std::size_t index)
 {
+    if (combobox == nullptr)
+    {
+        ADD_FAILURE() << "no drop list to choose from";
+        return;
+    }
     CEGUI::ComboDropList* list = combobox->getDropList();
     list->setItemSelectState(index, true);
     Fire(list, CEGUI::ComboDropList::EventListSelectionAccepted, CEGUI::ComboDropList::EventNamespace);

@@ -50,6 +50,19 @@ std::string Joined(const CEGUI::Window* panel);
 /// The row captioned `caption` (its label, else its control's text); null if there is none.
 CEGUI::Window* FindRow(const CEGUI::Window* panel, const std::string& caption);
 
+/// The child `name` of the row captioned `caption`; fails the test and gives null without that row.
+template <class T = CEGUI::Window>
+T* Control(const CEGUI::Window* panel, const std::string& caption, const CEGUI::String& name = "dynamic_control")
+{
+    CEGUI::Window* row = FindRow(panel, caption);
+    EXPECT_NE(row, nullptr) << "no row \"" << caption << "\"";
+    return row == nullptr ? nullptr : static_cast<T*>(row->getChildRecursive(name));
+}
+
+/// The row captioned `caption` is there, and neither it nor a group it sits in is hidden or
+/// collapsed.
+bool Shown(const CEGUI::Window* panel, const std::string& caption);
+
 /// The resource's gadget, initialised outside any view area: adding its renderer fails there,
 /// which is expected and kept out of the log.
 template <class GadgetType>

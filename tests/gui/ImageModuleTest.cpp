@@ -1,17 +1,24 @@
 #include <vexa/GuiGenerator.h>
+#include <vexa/modules/GraphGadget.h>
+#include <vexa/modules/GraphResource.h>
 #include <vexa/modules/ImageResource.h>
 #include <vexa/modules/TextureGadget.h>
 
 #include <vexa/draw/ImageRenderer.h>
 #include <vexa/draw/ImageStyle.h>
+#include <vexa/draw/GraphRenderer.h>
+#include <vexa/draw/GraphStyle.h>
 
 #include <runa/BinaryStream.h>
+
+#include "core/Notifications.h"
 
 #include "FakeEngine.h"
 #include "GuiTestSupport.h"
 
 #include <CEGUI/CEGUI.h>
 
+#include <algorithm>
 #include <fstream>
 
 namespace {
@@ -40,25 +47,12 @@ protected:
         generator_->SetAutoTestConditionsEnabled(true);
         generator_->TestElementConditions();
     }
-    /// How many of the eight factor rows are shown (at a height).
     int ShownFactors() const
     {
-        int shown = 0;
-        for (const char* caption : kFactorRows)
-        {
-            bool visible = true;
-            for (CEGUI::Window* w = gui_test::FindRow(panel_, caption); w != panel_; w = w->getParent())
-                visible = visible && w->isVisible() && gui_test::Height(w) > 0.0f;
-            shown += visible ? 1 : 0;
-        }
-        return shown;
+        return static_cast<int>(std::count_if(std::begin(kFactorRows), std::end(kFactorRows),
+                                              [&](const char* row) { return gui_test::Shown(panel_, row); }));
     }
-    /// The checkbox of row `caption`, or of item `item` of the channel list.
-    CEGUI::ToggleButton* Box(const std::string& caption)
-    {
-        return static_cast<CEGUI::ToggleButton*>(
-            gui_test::FindRow(panel_, caption)->getChildRecursive("dynamic_control"));
-    }
+    CEGUI::ToggleButton* Box(const std::string& caption) { return gui_test::Control<CEGUI::ToggleButton>(panel_, caption); }
     CEGUI::ToggleButton* Channel(int item)
     {
         return static_cast<CEGUI::ToggleButton*>(
@@ -74,7 +68,6 @@ protected:
 
 TEST_F(ImageModuleTest, TheResourceSharesOneRendererAndTakesPixelsOver)
 {
-    EXPECT_EQ(resource_->GetId().ToString(), "ImageResource:pic");
     auto first = Make();
     EXPECT_NE(first->GetStyle(), Make()->GetStyle()) << "a style per view area";
     // Ending one view area's gadget must leave the image for the others.
@@ -99,8 +92,6 @@ TEST_F(ImageModuleTest, RowsComeInOrderAndTheChannelListDrivesTheStyle)
     EXPECT_EQ(gui_test::Texts(panel_), expected);
 
     vexa::draw::ImageStyle& style = *gadget->GetStyle();
-    Box("Mirror X")->setSelected(true);
-    EXPECT_TRUE(style.mirrorX);
     EXPECT_TRUE(Channel(3)->isSelected());
     Channel(1)->setSelected(false);
     Channel(3)->setSelected(false);
@@ -121,17 +112,12 @@ TEST_F(ImageModuleTest, ColorTransformationShowsItsFieldsAndSurvivesTheStateStre
     Box("Color Transformation")->setSelected(true);
     EXPECT_TRUE(gadget->GetStyle()->colorTransformEnabled);
     EXPECT_EQ(ShownFactors(), 8);
-    auto* offset = static_cast<CEGUI::Spinner*>(
-        gui_test::FindRow(panel_, "Blue Offset")->getChildRecursive("dynamic_control"));
-    EXPECT_FLOAT_EQ(static_cast<float>(offset->getMinimumValue()), -1000.0f);
-    EXPECT_FLOAT_EQ(static_cast<float>(offset->getMaximumValue()), 1000.0f);
-    offset->setCurrentValue(0.5);
+    gui_test::Control<CEGUI::Spinner>(panel_, "Blue Offset")->setCurrentValue(0.5);
     EXPECT_FLOAT_EQ(gadget->GetStyle()->blueOffset, 0.5f);
 
     // Written on the change, read by a new gadget of the same view area.
     auto restarted = Make();
     EXPECT_TRUE(restarted->IsColorTransformEnabled());
-    EXPECT_TRUE(restarted->GetStyle()->colorTransformEnabled);
     EXPECT_FLOAT_EQ(restarted->GetStyle()->blueOffset, 0.5f);
 
     Panel(*restarted);
@@ -165,6 +151,75 @@ TEST_F(ImageModuleTest, ColorTransformationShowsItsFieldsAndSurvivesTheStateStre
         EXPECT_EQ(loaded->IsColorTransformEnabled(), c.accepted) << c.styleWord << " " << c.fieldsWord;
         EXPECT_EQ(loaded->GetStyle()->mirrorY, c.accepted) << c.styleWord << " " << c.fieldsWord;
     }
+}
+
+using vexa::modules::GraphGadget;
+using vexa::modules::GraphResource;
+
+// Counts the view areas' rebuild requests for one resource.
+struct ResetCounter {
+    explicit ResetCounter(vexa::ResourceId id)
+    {
+        vexa::GetNotifications().Subscribe(this, vexa::kResourceGadgetsReset, [this, id](const void* data) {
+            count += *static_cast<const vexa::ResourceId*>(data) == id ? 1 : 0;
+        });
+    }
+    ~ResetCounter() { vexa::GetNotifications().Unsubscribe(this); }
+    int count = 0;
+};
+
+TEST(GraphResource, SetDataCountsXInFloatsReplacesThePointsAndRebuildsTheGadgets)
+{
+    testing_support::FakeEngine engine;
+    auto graph = std::make_shared<GraphResource>("series");
+    EXPECT_TRUE(graph->GetPoints().empty());
+    ResetCounter resets(graph->GetId());
+    engine.Register(graph);
+    graph->SetData(std::vector<float>{3.0f, 5.0f});
+    EXPECT_EQ(graph->GetPoints(), (std::vector<glm::vec2>{{0.0f, 3.0f}, {1.0f, 5.0f}}));
+    EXPECT_EQ(resets.count, 1);
+
+    // A gadget keeps the points it was built from; the rebuild brings the new ones.
+    auto gadget = gui_test::InitializedGadget<GraphGadget>(*graph);
+    ASSERT_TRUE(gadget->GetRenderer());
+    EXPECT_EQ(gadget->GetRenderer()->GetPointCount(), 2u);
+    const std::vector<glm::vec2> given = {{-1.0f, 2.0f}, {4.0f, -8.0f}, {9.0f, 0.5f}};
+    graph->SetData(given);
+    EXPECT_EQ(graph->GetPoints(), given);
+    EXPECT_EQ(gadget->GetRenderer()->GetPointCount(), 2u);
+    EXPECT_EQ(gui_test::InitializedGadget<GraphGadget>(*graph)->GetRenderer()->GetDataMin(), glm::vec2(-1.0f, -8.0f));
+    EXPECT_EQ(resets.count, 2);
+
+    graph->SetData(std::vector<float>{});
+    EXPECT_TRUE(graph->GetPoints().empty());
+    EXPECT_EQ(resets.count, 3);
+    EXPECT_EQ(gui_test::InitializedGadget<GraphGadget>(*graph)->GetRenderer()->GetPointCount(), 0u);
+
+    // Past 2^24 a float counter stands still; the converted index 16777218 would not.
+    std::vector<float> many(16777219, 1.0f);
+    graph->SetData(many);
+    EXPECT_EQ(graph->GetPoints().back().x, 16777216.0f);
+}
+
+using GraphPanelTest = gui_test::PanelTest;
+
+TEST_F(GraphPanelTest, OffersLineWidthAndPointSizeAndKeepsThemInTheStateFile)
+{
+    testing_support::FakeEngine engine;
+    auto graph = std::make_shared<GraphResource>("series");
+    auto gadget = gui_test::InitializedGadget<GraphGadget>(*graph);
+    {
+        vexa::GuiGenerator generator(graph->GetId(), panel_);
+        gadget->GenerateGui(generator);
+        generator.SetAutoTestConditionsEnabled(true);
+        EXPECT_EQ(gui_test::Texts(panel_), (std::vector<std::string>{"Line width", "Point size"}));
+        // A user change writes the state file at once.
+        gui_test::Control<CEGUI::Spinner>(panel_, "Point size")->setCurrentValue(6.0);
+        EXPECT_EQ(gadget->GetStyle()->pointSize, 6);
+    }
+    auto again = gui_test::InitializedGadget<GraphGadget>(*graph);
+    EXPECT_EQ(again->GetStyle()->pointSize, 6);
+    EXPECT_EQ(again->GetStyle()->lineWidth, vexa::draw::GraphStyle().lineWidth);
 }
 
 } // namespace

@@ -53,7 +53,7 @@ protected:
     {
         return gui_test::InitializedGadget<SkeletonGadget>(*resource);
     }
-    bool Shown(const std::string& row) const { return gui_test::Height(gui_test::FindRow(panel_, row)) > 0.0f; }
+    bool Shown(const std::string& row) const { return gui_test::Shown(panel_, row); }
 
     testing_support::FakeEngine engine_;
 };
@@ -109,8 +109,7 @@ TEST_F(SkeletonModuleTest, PanelOffersTheActionChoicesOnlyWithAnAction)
     // "Action Manual" shows the slider at the time playing reached, and that pose; "Rest
     // Pose" applies at once.
     gadget->Update(0.5f);
-    CEGUI::Window* row = gui_test::FindRow(panel_, "Posing Options");
-    auto* posing = static_cast<CEGUI::Combobox*>(row->getChildRecursive("combo_element"));
+    auto* posing = gui_test::Control<CEGUI::Combobox>(panel_, "Posing Options", "combo_element");
     gui_test::Choose(posing, 1);
     EXPECT_EQ(gadget->GetPosingOption(), SkeletonGadget::ActionManual);
     EXPECT_TRUE(Shown("Animation Time"));
