@@ -64,23 +64,16 @@ TEST_F(EngineGui, TabTogglesTheLayoutChooserOnlyWithShortcutsOn)
     ASSERT_TRUE(engine.IsLayoutChooserShown());
 
     // Choosing "B Split" rebuilds three view areas, numbered by position (their gadgets' state
-    // files are named so), and closes the chooser.
+    // files are named so), and closes the chooser. That the choice is stored: EngineState.
     engine.AddResource(std::make_shared<PlainResource>("shown"));
     Click(chooser->getChild("layout2"));
     EXPECT_FALSE(engine.IsLayoutChooserShown());
     ASSERT_EQ(engine.GetViewareas().size(), 3u);
     for (unsigned int i = 0; i < 3; ++i)
         EXPECT_EQ(engine.GetViewareas()[i]->GetId(), i);
-    EXPECT_EQ(engine.GetOptions().GetViewLayout(), 3);
-    EXPECT_TRUE(engine.GetOptions().IsDirty());
     for (const auto& area : engine.GetViewareas())
         EXPECT_TRUE(area->GetGadgetManager().HasGadget(Plain("shown"))) << "the new areas show the listed resources";
-    // The right column is split in two: the lower area starts halfway down the window.
-    const glm::ivec2 size = engine.GetWindow()->GetFramebufferSize();
-    EXPECT_TRUE(engine.GetViewareas()[2]->Contains(0.75f * static_cast<float>(size.x), 0.75f * static_cast<float>(size.y)));
-    EXPECT_FALSE(engine.GetViewareas()[2]->Contains(0.25f * static_cast<float>(size.x), 0.75f * static_cast<float>(size.y)));
-    engine.Update();
-    EXPECT_FALSE(engine.GetOptions().IsDirty()) << "saved by the next step";
+    // Where each layout's areas lie is the viewer's case (e2e Shortcuts).
 }
 
 TEST_F(EngineGui, NoticesFadeSidebarsRegenerateShiftClicksPickAndIconifiedStepsDoNothing)
@@ -117,16 +110,12 @@ TEST_F(EngineGui, NoticesFadeSidebarsRegenerateShiftClicksPickAndIconifiedStepsD
     EXPECT_TRUE(sidebar->GetResourcePanel(Plain("a"))->IsCollapsed());
 
     const plor::Modifiers shift = plor::Modifiers::FromBits(1);
-    vexa::draw::Scene& scene = *engine.GetViewareas()[0]->GetScene();
-    const glm::mat4 view = scene.GetCamera()->GetViewMatrix();
-
-    // A drag with Shift held: no pick, no camera motion.
+    // A drag with Shift held is no pick (that it does not turn the camera: e2e CameraGestures).
     engine.OnMouseMove(100.0f, 200.0f);
     engine.OnMouseDown(plor::MouseButton::Left, shift);
     engine.OnMouseMove(160.0f, 230.0f);
     engine.OnMouseUp(plor::MouseButton::Left, shift);
     EXPECT_EQ(engine.GetNoticeCountdown(), 0.0f);
-    EXPECT_EQ(scene.GetCamera()->GetViewMatrix(), view);
 
     // A click (a pixel of jitter allowed) answers, even where nothing is.
     engine.OnMouseMove(100.0f, 200.0f);
@@ -246,7 +235,6 @@ TEST_F(CameraAnimation, TheVideoButtonTogglesThePanelInItsOwnViewArea)
     const auto animation = engine.GetBuiltInResource(vexa::Engine::kCameraAnimationResource);
     ASSERT_NE(animation, nullptr);
     const vexa::ResourceId id = animation->GetId();
-    EXPECT_EQ(id.type, "CameraAnimResource");
     // Not a listed resource: it would get a gadget in every view area.
     for (const auto& resource : engine.GetResources())
         EXPECT_NE(resource->GetId(), id);
@@ -271,8 +259,8 @@ TEST_F(CameraAnimation, TheVideoButtonTogglesThePanelInItsOwnViewArea)
     EXPECT_FALSE(left.GetGadgetManager().HasGadget(id));
     EXPECT_EQ(left.GetSidebar()->GetResourcePanel(id), nullptr);
 
-    // Where the look switches the animator off there is no button, and no panel to toggle.
-    EXPECT_FALSE(right.GetChild("sidebar/toolbar/toggle_video")->isVisible());
+    // Where the look switches the animator off (the button is hidden: ViewareaTest) there is no
+    // panel to toggle.
     testing_support::LogCapture log;
     right.GetSidebar()->ToggleVideo();
     EXPECT_FALSE(right.GetGadgetManager().HasGadget(id));

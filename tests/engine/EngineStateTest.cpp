@@ -53,8 +53,6 @@ using EngineState = EngineCase;
 
 TEST_F(EngineState, ViewareaStateSurvivesARestart)
 {
-    const glm::vec3 target(1.0f, 0.5f, -2.0f);
-    const glm::vec3 position(4.0f, 3.0f, 6.0f);
     const glm::vec3 finalTarget(-1.0f, 0.0f, 0.5f);
     const glm::vec3 finalPosition(-3.0f, 2.0f, 5.0f);
     glm::vec3 up;
@@ -65,8 +63,7 @@ TEST_F(EngineState, ViewareaStateSurvivesARestart)
         vexa::Viewarea& area = *engine.GetViewareas()[0];
         engine.Update();
         // Only the camera moves: the view change alone must reach the file.
-        area.GetCamera()->SetPose(vexa::Camera::Pose(target, position, glm::vec3(0.0f, 1.0f, 0.0f)));
-        up = area.GetCamera()->GetUp();
+        area.GetCamera()->SetPose(vexa::Camera::Pose({1.0f, 0.5f, -2.0f}, {4.0f, 3.0f, 6.0f}, {0.0f, 1.0f, 0.0f}));
         ASSERT_TRUE(UpdateUntil(engine, [&] { return fs::exists(state / "viewareas.bin"); }));
         EXPECT_FALSE(engine.GetViewareaSettings().IsDirty());
 

@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -50,15 +51,12 @@ struct MessageBoxes {
     MessageBoxes& operator=(const MessageBoxes&) = delete;
     bool Has(const std::string& caption, const std::string& text) const
     {
-        for (const auto& [c, t] : shown)
-            if (c == caption && t == text)
-                return true;
-        return false;
+        return std::find(shown.begin(), shown.end(), std::pair(caption, text)) != shown.end();
     }
 };
 
-/// Every test runs in a process of its own (one CTest case each), which the process-wide
-/// initialised flag relies on; the directory is fresh per test so no state file carries over.
+/// Every test runs in a process of its own (one CTest case each): the process-wide initialised
+/// flag relies on it.
 inline fs::path FreshDirectory(const std::string& name)
 {
     const fs::path directory = fs::temp_directory_path() / ("vexa-engine-" + name + "-" + std::to_string(::getpid()));
@@ -67,15 +65,11 @@ inline fs::path FreshDirectory(const std::string& name)
     return directory;
 }
 
-inline bool HasDisplay()
+/// Points the engine at `assets` (the source tree's by default) and at `state`, then starts it.
+inline bool Start(vexa::Engine& engine, const fs::path& state, const std::string& lookFile = "",
+                  const std::string& assets = VEXA_SOURCE_ASSET_DIR)
 {
-    return std::getenv("DISPLAY") != nullptr;
-}
-
-/// Points the engine at the source tree's assets and at `state`, then starts it.
-inline bool Start(vexa::Engine& engine, const fs::path& state, const std::string& lookFile = "")
-{
-    engine.SetAssetDirectory(VEXA_SOURCE_ASSET_DIR);
+    engine.SetAssetDirectory(assets);
     engine.SetIntermediateDirectory(state.string());
     return engine.Initialize(lookFile);
 }
@@ -86,7 +80,7 @@ class EngineCase : public testing::Test {
 protected:
     void SetUp() override
     {
-        if (!HasDisplay())
+        if (std::getenv("DISPLAY") == nullptr)
             GTEST_SKIP() << "needs a display";
         state = FreshDirectory(testing::UnitTest::GetInstance()->current_test_info()->name());
     }

@@ -30,18 +30,15 @@ TEST_F(GeometryModuleGl, MatcapLightsFromWhereThePictureIsBright)
     fs::create_directories(assets / "matcaps");
     fs::create_directory_symlink(fs::path(VEXA_SOURCE_ASSET_DIR) / "shaders", assets / "shaders");
     fs::create_directory_symlink(fs::path(VEXA_SOURCE_ASSET_DIR) / "resources", assets / "resources");
-    std::vector<std::uint8_t> pixels(64 * 64 * 3, 0);
-    for (std::size_t i = 0; i < pixels.size() / 2; ++i)
-        pixels[i] = 255;
+    std::vector<std::uint8_t> pixels(64 * 64 * 3 / 2, 255); // the top half white
+    pixels.resize(64 * 64 * 3, 0);
     tesk::Image picture;
     ASSERT_TRUE(picture.SetPixels(64, 64, 3, std::span<const std::uint8_t>(pixels)));
     for (const char* name : {"a", "b", "c", "d", "e", "f"})
         ASSERT_TRUE(picture.SavePng((assets / "matcaps" / (std::string(name) + ".png")).string()));
 
     vexa::Engine engine;
-    engine.SetAssetDirectory(assets.string());
-    engine.SetIntermediateDirectory(state.string());
-    ASSERT_TRUE(engine.Initialize(""));
+    ASSERT_TRUE(Start(engine, state, "", assets.string()));
     vexa::Viewarea& area = *engine.GetViewareas().front();
     area.SetSidebarVisible(false);
     area.SetAxesVisible(false);

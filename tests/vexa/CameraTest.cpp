@@ -30,11 +30,8 @@ glm::vec2 Project(const vexa::draw::Scene& scene, const Camera& camera, const gl
 {
     const glm::vec4 clip = scene.GetProjectionMatrix() * camera.GetViewMatrix() * glm::vec4(point, 1.0f);
     const glm::vec2 ndc = glm::vec2(clip) / clip.w;
-    const glm::ivec4& viewport = scene.GetViewport();
-    const float width = static_cast<float>(viewport.z - viewport.x);
-    const float height = static_cast<float>(viewport.w - viewport.y);
-    return glm::vec2(static_cast<float>(viewport.x) + (ndc.x + 1.0f) * 0.5f * width,
-                     static_cast<float>(viewport.y) + (1.0f - ndc.y) * 0.5f * height);
+    const glm::vec4 v(scene.GetViewport());
+    return glm::vec2(v.x + (ndc.x + 1.0f) * 0.5f * (v.z - v.x), v.y + (1.0f - ndc.y) * 0.5f * (v.w - v.y));
 }
 
 // A camera on an 800 x 600 view area, where most tests start.
@@ -56,9 +53,6 @@ float Elevation(const Camera& camera, const glm::vec3& axis)
 
 TEST_F(CameraTest, StartsResetAndCopiesSteerTheSameVisualCamera)
 {
-    EXPECT_EQ(camera.GetPosition(), glm::vec3(2.0f));
-    EXPECT_EQ(camera.GetTarget(), glm::vec3(0.0f));
-    ExpectNear(camera.GetForward(), glm::normalize(glm::vec3(-1.0f)));
     EXPECT_NEAR(camera.GetRight().y, 0.0f, kEps); // upright about +y
     EXPECT_GT(camera.GetUp().y, 0.0f);
     EXPECT_EQ(camera.GetVisualCamera(), scene.GetCamera());
@@ -83,17 +77,14 @@ TEST_F(CameraTest, StartsResetAndCopiesSteerTheSameVisualCamera)
 
 TEST_F(CameraTest, FixedRotationAxisIgnoresZeroAndKeepsTheCameraUpright)
 {
-    camera.SetFixedRotationAxis(glm::vec3(0.0f));
-    EXPECT_EQ(camera.GetFixedRotationAxis(), glm::vec3(0.0f, 1.0f, 0.0f));
-    camera.SetFixedRotationAxis(glm::vec3(3e-4f, 0.0f, 0.0f)); // squared length below the limit
-    EXPECT_EQ(camera.GetFixedRotationAxis(), glm::vec3(0.0f, 1.0f, 0.0f));
-    camera.SetFixedRotationAxis(glm::vec3(0.0f, 0.0f, 5.0f));
+    // Normalised; then zero, and a squared length below the limit, are ignored.
+    for (const glm::vec3 axis : {glm::vec3(0.0f, 0.0f, 5.0f), glm::vec3(0.0f), glm::vec3(3e-4f, 0.0f, 0.0f)})
+        camera.SetFixedRotationAxis(axis);
     EXPECT_EQ(camera.GetFixedRotationAxis(), glm::vec3(0.0f, 0.0f, 1.0f));
     // Off: the axis does not touch the view.
     ExpectNear(camera.GetRight(), glm::normalize(glm::vec3(1.0f, 0.0f, -1.0f)));
 
     camera.SetFixedRotationEnabled(true);
-    EXPECT_TRUE(camera.IsFixedRotationEnabled());
     EXPECT_NEAR(glm::dot(camera.GetRight(), glm::vec3(0.0f, 0.0f, 1.0f)), 0.0f, kEps);
     EXPECT_GT(camera.GetUp().z, 0.0f);
 
@@ -108,18 +99,11 @@ TEST_F(CameraTest, FixedRotationAxisIgnoresZeroAndKeepsTheCameraUpright)
     EXPECT_EQ(camera.GetViewMatrix(), upright);
 }
 
-TEST_F(CameraTest, ZoomMovesTowardsTheTargetButNeverOntoIt)
+TEST_F(CameraTest, ZoomNeverReachesTheTarget)
 {
     camera.SetTarget(glm::vec3(1.0f, 0.0f, 0.0f));
     const glm::vec3 forward = camera.GetForward();
-    const float distance = Distance();
-
-    camera.Zoom(0.5f);
-    EXPECT_NEAR(Distance(), 0.5f * distance, kEps);
-    ExpectNear(camera.GetForward(), forward);
-    camera.Zoom(-1.0f); // negative moves away
-    EXPECT_NEAR(Distance(), distance, kEps);
-
+    // The factors in and out are CameraControllerTest's (the wheel); here the closest distance.
     camera.Zoom(1.0f);
     EXPECT_NEAR(Distance(), 0.0002f, 1e-7f);
     camera.Zoom(0.5f);
@@ -208,9 +192,8 @@ TEST_F(CameraTest, ScreenMoveKeepsTheTargetUnderThePointer)
     // The second pass has a near plane 100 times closer, which magnifies any rounding in the pan.
     for (const float nearPlane : {0.001f, 1e-5f}) {
         SCOPED_TRACE(nearPlane);
-        // A view area at the window's corner: the target follows the pointer to the pixel.
-        // One elsewhere maps the window point as it is, which scales the pan by its depth ratio
-        // but keeps its direction: it follows the pointer's way, a little short of it.
+        // At the window's corner the target follows the pointer to the pixel; elsewhere the pan
+        // keeps the pointer's direction but falls a little short of it.
         for (const glm::ivec4 viewport : {glm::ivec4(0, 0, 800, 600), glm::ivec4(300, 50, 1100, 650)}) {
             const bool atCorner = viewport.x == 0;
             scene.SetViewport(viewport);
@@ -263,7 +246,6 @@ TEST_F(CameraTest, PosesCopiesAndFrustum)
     camera.SetPose(pose);
     EXPECT_FALSE(camera.IsFixedRotationEnabled());
     EXPECT_EQ(camera.GetTarget(), pose.target);
-    EXPECT_EQ(camera.GetPosition(), pose.position);
     for (int c = 0; c < 4; ++c)
         ExpectNear(glm::vec3(camera.GetViewMatrix()[c]), glm::vec3(pose.GetViewMatrix()[c]));
     const Camera::Pose back = camera.GetPose();
@@ -274,10 +256,7 @@ TEST_F(CameraTest, PosesCopiesAndFrustum)
     EXPECT_EQ(frustum.position, pose.position);
     ExpectNear(frustum.direction, glm::vec3(0.0f, 0.0f, -1.0f));
     ExpectNear(frustum.up, back.up);
-    EXPECT_EQ(frustum.nearDistance, 0.5f);
-    EXPECT_EQ(frustum.farDistance, 50.0f);
-    EXPECT_EQ(frustum.fovY, scene.GetFovY());
-    EXPECT_EQ(frustum.fovX, scene.GetFovX());
+    EXPECT_EQ(std::make_tuple(frustum.nearDistance, frustum.farDistance), std::make_tuple(0.5f, 50.0f));
     EXPECT_GT(frustum.fovX, frustum.fovY);
 
     vexa::draw::Scene otherScene(glm::ivec4(0, 0, 800, 400));

