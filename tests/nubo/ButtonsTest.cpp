@@ -15,8 +15,7 @@ TEST(Buttons, EveryPressOfAQuickSeriesCounts)
     {
         nubo_test::ScopedWindow window(type);
         top += 100.0f;
-        window->setArea(CEGUI::UVector2(CEGUI::UDim(0, 200), CEGUI::UDim(0, top)),
-                        CEGUI::USize(CEGUI::UDim(0, 120), CEGUI::UDim(0, 24)));
+        nubo_test::Place(window.get(), 200, top, 120, 24);
         int clicks = 0;
         window->subscribeEvent(CEGUI::PushButton::EventClicked, [&clicks](const CEGUI::EventArgs&) {
             ++clicks;

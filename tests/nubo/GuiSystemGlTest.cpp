@@ -72,8 +72,7 @@ TEST_F(GuiSystemGl, DrawsAButtonOverTheFramebuffer)
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR)) << "start-up leaves no GL error behind";
 
     CEGUI::Window* button = CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/PushButton");
-    button->setArea(CEGUI::UVector2(CEGUI::UDim(0, 20), CEGUI::UDim(0, 20)),
-                    CEGUI::USize(CEGUI::UDim(0, 160), CEGUI::UDim(0, 40)));
+    nubo_test::Place(button, 20, 20, 160, 40);
     button->setText("Hello");
     gui_.GetRoot()->addChild(button);
 

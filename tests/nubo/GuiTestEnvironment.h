@@ -45,15 +45,11 @@ private:
     CEGUI::Window* window_;
 };
 
-/// A window of `type` with absolute pixel area, added to `parent`; owned by the parent.
-inline CEGUI::Window* AddChild(CEGUI::Window* parent, const CEGUI::String& type, float x, float y, float width,
-                               float height)
+/// Gives `window` an absolute pixel area.
+inline void Place(CEGUI::Window* window, float x, float y, float width, float height)
 {
-    CEGUI::Window* child = CEGUI::WindowManager::getSingleton().createWindow(type);
-    child->setArea(CEGUI::UVector2(CEGUI::UDim(0, x), CEGUI::UDim(0, y)),
-                   CEGUI::USize(CEGUI::UDim(0, width), CEGUI::UDim(0, height)));
-    parent->addChild(child);
-    return child;
+    window->setArea(CEGUI::UVector2(CEGUI::UDim(0, x), CEGUI::UDim(0, y)),
+                    CEGUI::USize(CEGUI::UDim(0, width), CEGUI::UDim(0, height)));
 }
 
 } // namespace nubo_test

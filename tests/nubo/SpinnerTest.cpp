@@ -22,6 +22,13 @@ void Key(nubo::GuiSystem& gui, CEGUI::Key::Scan key)
     gui.InjectKeyUp(key);
 }
 
+void Click(nubo::GuiSystem& gui, float x, float y)
+{
+    gui.InjectMouseMove(x, y);
+    gui.InjectMouseDown(CEGUI::LeftButton);
+    gui.InjectMouseUp(CEGUI::LeftButton);
+}
+
 } // namespace
 
 TEST(Spinner, TheFieldKeepsWhatIsTypedAndShowsTheClampedValueWhenEditingEnds)
@@ -30,8 +37,7 @@ TEST(Spinner, TheFieldKeepsWhatIsTypedAndShowsTheClampedValueWhenEditingEnds)
     ScopedWindow window("DarkVexa/Spinner");
     auto* spinner = dynamic_cast<nubo::Spinner*>(window.get());
     ASSERT_NE(spinner, nullptr) << "the look's spinner is ours";
-    spinner->setArea(CEGUI::UVector2(CEGUI::UDim(0, 300), CEGUI::UDim(0, 300)),
-                     CEGUI::USize(CEGUI::UDim(0, 120), CEGUI::UDim(0, 24)));
+    nubo_test::Place(spinner, 300, 300, 120, 24);
     spinner->setTextInputMode(CEGUI::Spinner::Integer);
     spinner->setMinimumValue(1);
     spinner->setMaximumValue(20);
@@ -44,9 +50,7 @@ TEST(Spinner, TheFieldKeepsWhatIsTypedAndShowsTheClampedValueWhenEditingEnds)
         return true;
     });
 
-    gui.InjectMouseMove(310.0f, 312.0f);
-    gui.InjectMouseDown(CEGUI::LeftButton);
-    gui.InjectMouseUp(CEGUI::LeftButton);
+    Click(gui, 310.0f, 312.0f);
     ASSERT_TRUE(field->hasInputFocus());
     Key(gui, CEGUI::Key::End);
 
@@ -54,8 +58,9 @@ TEST(Spinner, TheFieldKeepsWhatIsTypedAndShowsTheClampedValueWhenEditingEnds)
     Key(gui, CEGUI::Key::Backspace);
     EXPECT_EQ(Text(field), "");
     EXPECT_EQ(spinner->getCurrentValue(), 1.0);
-    gui.InjectChar('9');
-    EXPECT_EQ(Text(field), "9");
+    for (unsigned int c : {'9', 'x', '.'})
+        gui.InjectChar(c);
+    EXPECT_EQ(Text(field), "9") << "letters and a decimal point are refused";
     EXPECT_EQ(spinner->getCurrentValue(), 9.0);
     EXPECT_EQ(changes, 2);
 
@@ -75,13 +80,19 @@ TEST(Spinner, TheFieldKeepsWhatIsTypedAndShowsTheClampedValueWhenEditingEnds)
     gui.InjectChar('5');
     EXPECT_EQ(Text(field), "5");
     Key(gui, CEGUI::Key::Backspace);
-    gui.InjectMouseMove(900.0f, 700.0f);
-    gui.InjectMouseDown(CEGUI::LeftButton);
-    gui.InjectMouseUp(CEGUI::LeftButton);
+    Click(gui, 900.0f, 700.0f);
     EXPECT_FALSE(field->hasInputFocus());
     EXPECT_EQ(Text(field), "1") << "an emptied field shows the value it stands for once left";
 
     // The arrows still write their value straight into the field.
     spinner->setCurrentValue(7);
     EXPECT_EQ(Text(field), "7");
+
+    // In floating-point mode the field takes a decimal point.
+    spinner->setTextInputMode(CEGUI::Spinner::FloatingPoint);
+    Click(gui, 310.0f, 312.0f);
+    Key(gui, CEGUI::Key::End);
+    for (unsigned int c : {'.', '2', '5'})
+        gui.InjectChar(c);
+    EXPECT_DOUBLE_EQ(spinner->getCurrentValue(), 7.25);
 }

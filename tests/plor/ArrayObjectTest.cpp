@@ -14,26 +14,6 @@ using plor_test::GlTest;
 using plor_test::kSize;
 using Rgba = std::vector<std::uint8_t>;
 
-const char* kColoredVertex = R"(#version 330 core
-layout(location = 0) in vec2 position;
-layout(location = 1) in vec4 color;
-out vec4 vertexColor;
-void main()
-{
-    vertexColor = color;
-    gl_Position = vec4(position, 0.0, 1.0);
-}
-)";
-
-const char* kColoredFragment = R"(#version 330 core
-in vec4 vertexColor;
-out vec4 fragColor;
-void main()
-{
-    fragColor = vertexColor;
-}
-)";
-
 std::vector<std::uint8_t> SolidColors(std::uint8_t r, std::uint8_t g, std::uint8_t b)
 {
     return {r, g, b, 255, r, g, b, 255, r, g, b, 255};
@@ -42,9 +22,7 @@ std::vector<std::uint8_t> SolidColors(std::uint8_t r, std::uint8_t g, std::uint8
 TEST_F(GlTest, ArrayObjectUploadsOnceFreesItsCopyAndUpdatesInPlace)
 {
     plor::Program program("colored");
-    program.AddStageSource(plor::ShaderStage::Vertex, kColoredVertex)
-        .AddStageSource(plor::ShaderStage::Fragment, kColoredFragment);
-    ASSERT_TRUE(program.Use());
+    ASSERT_TRUE(plor_test::AddColoredStages(program).Use());
 
     // A full-screen triangle: positions as floats, colours as normalised bytes.
     const std::vector<float> positions = {-1.f, -1.f, 3.f, -1.f, -1.f, 3.f};

@@ -4,8 +4,6 @@
 #include <plor/ArrayObject.h>
 #include <plor/Program.h>
 
-#include <glm/glm.hpp>
-
 namespace {
 
 using plor_test::GlTest;
@@ -15,17 +13,12 @@ using plor_test::kSize;
 int CountDiagonalShades(int samples)
 {
     plor::Program program("fill");
-    program.AddStageSource(plor::ShaderStage::Vertex, R"(#version 330 core
-layout(location = 0) in vec2 position;
-void main() { gl_Position = vec4(position, 0.0, 1.0); }
-)")
-        .AddStageSource(plor::ShaderStage::Fragment, plor_test::kUniformColorFragment);
-    if (!program.Use())
+    if (!plor_test::AddColoredStages(program).Use())
         return -1;
-    program.SetUniform("color", glm::vec4(1.0f, 0.0f, 0.0f, 1.0f));
     const std::vector<float> triangle = {-1.f, -1.f, 1.f, -1.f, -1.f, 1.f};
     plor::ArrayObject array;
     array.SetBuffer(0, plor::AsBytes(triangle), {plor::Attribute{0, 2}});
+    array.SetBuffer(1, std::vector<float>(3, 1.0f), {plor::Attribute{1, 1}}); // red
     array.SetVertexCount(3);
 
     plor::Framebuffer scene;

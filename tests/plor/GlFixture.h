@@ -6,6 +6,7 @@
 
 #include <plor/Framebuffer.h>
 #include <plor/Gl.h>
+#include <plor/Program.h>
 #include <plor/Window.h>
 
 #include <glbinding/gl/gl.h>
@@ -36,6 +37,31 @@ void main()
     fragColor = color;
 }
 )";
+
+/// Vertices at location 0 (vec2) in the colour at location 1 (vec4): attributes with fewer
+/// components take GL's defaults for the rest (0, 0, 1).
+inline plor::Program& AddColoredStages(plor::Program& program)
+{
+    return program
+        .AddStageSource(plor::ShaderStage::Vertex, R"(#version 330 core
+layout(location = 0) in vec2 position;
+layout(location = 1) in vec4 color;
+out vec4 vertexColor;
+void main()
+{
+    vertexColor = color;
+    gl_Position = vec4(position, 0.0, 1.0);
+}
+)")
+        .AddStageSource(plor::ShaderStage::Fragment, R"(#version 330 core
+in vec4 vertexColor;
+out vec4 fragColor;
+void main()
+{
+    fragColor = vertexColor;
+}
+)");
+}
 
 class GlTest : public ::testing::Test {
 protected:

@@ -62,12 +62,7 @@ TEST_F(GlTest, ProgramsFromFilesGetDefinesAndSurviveABrokenRebuild)
 {
     const std::filesystem::path directory = std::filesystem::path(testing::TempDir()) / "plor_program_test";
     WriteFile(directory / "test/fill.vert", plor_test::kFullScreenVertex);
-    const std::string fragment = "#version 330 core\n"
-                                 "out vec4 fragColor;\n"
-                                 "void main()\n"
-                                 "{\n"
-                                 "    fragColor = FILL_COLOR;\n"
-                                 "}\n";
+    const std::string fragment = "#version 330 core\nout vec4 fragColor;\nvoid main()\n{\n    fragColor = FILL_COLOR;\n}\n";
     WriteFile(directory / "test/fill.frag", fragment);
     plor::SetShaderBuildDirectory(directory.string());
     EXPECT_EQ(plor::GetShaderBuildDirectory(), directory.string() + "/");

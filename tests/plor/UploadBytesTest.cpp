@@ -38,27 +38,9 @@ TEST(UploadBytesTest, CopiesSmallBlocksOnTheHeapAndLargeOnesIntoMappings)
 
 TEST_F(GlTest, HandedOverArraysUploadOnceAndAreCounted)
 {
-    plor::Program program("grey");
-    program
-        .AddStageSource(plor::ShaderStage::Vertex, R"(#version 330 core
-layout(location = 0) in vec2 position;
-layout(location = 1) in float grey;
-out float vertexGrey;
-void main()
-{
-    vertexGrey = grey;
-    gl_Position = vec4(position, 0.0, 1.0);
-}
-)")
-        .AddStageSource(plor::ShaderStage::Fragment, R"(#version 330 core
-in float vertexGrey;
-out vec4 fragColor;
-void main()
-{
-    fragColor = vec4(vec3(vertexGrey), 1.0);
-}
-)");
-    ASSERT_TRUE(program.Use());
+    // One float of colour per vertex: it lands in red.
+    plor::Program program("colored");
+    ASSERT_TRUE(plor_test::AddColoredStages(program).Use());
 
     const std::vector<float> corners = {-1.f, -1.f, 3.f, -1.f, -1.f, 3.f};
     plor::ArrayObject array;
@@ -76,7 +58,7 @@ void main()
     EXPECT_EQ(plor::ArrayObject::GetUploadCount() - uploads, 2u);
     EXPECT_EQ(plor::ArrayObject::GetUploadedBytes() - bytes, 9 * sizeof(float));
     EXPECT_EQ(array.PendingBytes(), 0u);
-    EXPECT_EQ(PixelAt(kSize / 2, kSize / 2), (std::vector<std::uint8_t>{255, 255, 255, 255}));
+    EXPECT_EQ(PixelAt(kSize / 2, kSize / 2), (std::vector<std::uint8_t>{255, 0, 0, 255}));
 
     // Drawing again uploads nothing; a moved-in update replaces one buffer only.
     array.Draw(plor::PrimitiveType::Triangles);

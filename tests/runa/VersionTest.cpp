@@ -7,7 +7,6 @@ using runa::Version;
 TEST(Version, ParsesFullAndShortForms)
 {
     EXPECT_EQ(Version::Parse("0.7.0"), (Version{0, 7, 0}));
-    EXPECT_EQ(Version::Parse("12.34.56"), (Version{12, 34, 56}));
     EXPECT_EQ(Version::Parse("3"), (Version{3, 0, 0}));
     EXPECT_EQ(Version::Parse("3.1"), (Version{3, 1, 0}));
     EXPECT_EQ(Version::Parse(" 1.2 "), (Version{1, 2, 0}));
@@ -31,12 +30,10 @@ TEST(Version, OrdersComponentByComponent)
     // Numeric, not textual: 10 is after 9.
     EXPECT_LT(*Version::Parse("0.9"), *Version::Parse("0.10"));
     EXPECT_EQ(*Version::Parse("2"), *Version::Parse("2.0.0"));
-    EXPECT_NE((Version{1, 2, 3}), (Version{1, 2, 4}));
 }
 
 TEST(Version, TextRoundTrip)
 {
-    EXPECT_EQ((Version{0, 7, 0}).ToString(), "0.7.0");
     EXPECT_EQ(Version::Parse("2")->ToString(), "2.0.0");
     for (const Version v : {Version{}, Version{1, 22, 333}, Version{4294967295u, 0, 7}})
         EXPECT_EQ(Version::Parse(v.ToString()), v);

@@ -27,8 +27,6 @@ void ExpectSameRotation(const glm::quat& actual, const glm::quat& expected)
 TEST(TransformTest, MatrixScalesThenRotatesThenTranslates)
 {
     tesk::Transform t;
-    EXPECT_EQ(t.GetMatrix(), glm::mat4(1.0f));
-
     t.SetPosition({10.0f, 0.0f, 0.0f});
     t.SetRotation(glm::angleAxis(kPi / 2.0f, glm::vec3(0, 0, 1)));
     t.SetScale({2.0f, 3.0f, 4.0f});
