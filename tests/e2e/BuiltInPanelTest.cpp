@@ -3,9 +3,6 @@
 
 #include "HostCase.h"
 
-#include <fstream>
-#include <iterator>
-
 namespace e2e {
 namespace {
 
@@ -23,8 +20,7 @@ protected:
     /// version and the anti-aliasing method); -1 while the file is not there.
     int StoredWhiteFlag() const
     {
-        std::ifstream in(WorkingDirectory() / "vexa" / "options.bin", std::ios::binary);
-        const std::vector<char> bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+        const std::string bytes = ReadFile(WorkingDirectory() / "vexa" / "options.bin");
         return bytes.size() > 5 ? bytes[5] : -1;
     }
 };
@@ -47,7 +43,6 @@ TEST_F(BuiltInPanels, GearOpensGlobalOptionsAndAWhiteBackgroundSurvivesARestart)
     const std::vector<PanelHeader> before = FindAllPanelHeaders(start, layout);
     ASSERT_FALSE(before.empty());
     EXPECT_FALSE(before.front().focusButton) << "the resource inspector should head the column";
-    EXPECT_GT(MeanBrightness(start, EmptyCorner()), 40.0);
     EXPECT_LT(MeanBrightness(start, EmptyCorner()), 60.0) << "the look's background is 2E3138";
 
     Click(Gear());
@@ -74,7 +69,7 @@ TEST_F(BuiltInPanels, GearOpensGlobalOptionsAndAWhiteBackgroundSurvivesARestart)
     x->RequestClose();
     ASSERT_TRUE(program->WaitForExit(30s).has_value()) << Output();
 
-    ASSERT_TRUE(LaunchHost({"--look", (CaseDirectory() / "host-look.json").string()}));
+    ASSERT_TRUE(Launch(E2E_HOST, {"--look", (CaseDirectory() / "host-look.json").string()}));
     const Picture restarted = Keep("restarted", WaitForSettled([&](const Picture& p) {
         return MeanBrightness(p, EmptyCorner()) > 250.0 && FindBlob(p, layout.RenderArea(), IsRed).count > 100;
     }, 30s));

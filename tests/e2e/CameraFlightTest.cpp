@@ -4,46 +4,11 @@
 
 #include "HostCase.h"
 
-#include <fstream>
-#include <sstream>
-
 namespace e2e {
 namespace {
 
 class CameraFlight : public HostCase {
 protected:
-    /// The wide push buttons of the panel below `top`, top to bottom: rows whose top edge is a
-    /// run of the button border colour over most of the column.
-    std::vector<Rect> FindWideButtons(const Picture& picture, int top) const
-    {
-        const Rect column = layout.PanelColumn();
-        std::vector<Rect> buttons;
-        for (int y = std::max(top, column.y0); y < column.y1 && y < picture.Height(); ++y)
-        {
-            int run = 0;
-            int best = 0;
-            int bestEnd = 0;
-            for (int px = column.x0; px < column.x1; ++px)
-            {
-                run = picture.At(px, y) == kButtonBorderColor ? run + 1 : 0;
-                if (run > best)
-                {
-                    best = run;
-                    bestEnd = px + 1;
-                }
-            }
-            if (best < column.Width() / 2)
-                continue;
-            // The bottom edge: the next row down with the same run.
-            int y1 = y + 2;
-            while (y1 < column.y1 && picture.At(bestEnd - best / 2, y1) != kButtonBorderColor)
-                ++y1;
-            buttons.push_back({bestEnd - best, y, bestEnd, y1 + 1});
-            y = y1 + 1;
-        }
-        return buttons;
-    }
-
     /// How far the balls of two pictures lie apart, in pixels (mean over the four).
     double Apart(const ClusterLayout& a, const ClusterLayout& b) const
     {
@@ -56,9 +21,7 @@ protected:
     /// Orbits the camera with a left drag across the view.
     void Orbit(double dx)
     {
-        const Rect area = layout.RenderArea();
-        x->Drag(Button::Left, {area.x0 + 0.5 * area.Width(), area.y0 + 0.5 * area.Height()},
-                {area.x0 + (0.5 + dx) * area.Width(), area.y0 + 0.55 * area.Height()});
+        x->Drag(Button::Left, At(0.5, 0.5), At(0.5 + dx, 0.55));
         Rest();
     }
 };
@@ -79,7 +42,7 @@ TEST_F(CameraFlight, TwoKeyframesSavedRemovedLoadedAndPlayedFlyTheCameraThroughT
     Keep("panel", opened);
     ASSERT_FALSE(opened.Empty()) << "the camera button opened no panel";
     const PanelHeader header = FindPanelHeaders(opened, layout).back();
-    const std::vector<Rect> buttons = FindWideButtons(opened, header.rect.y1);
+    const std::vector<Rect> buttons = FindWideButtons(opened, layout.PanelColumn(), header.rect.y1, opened.Height());
     // Play, Stop, Add, Remove last, Remove all, Save, Load.
     ASSERT_EQ(buttons.size(), 7u) << "the panel's buttons were not found";
     const Rect& play = buttons[0];
@@ -114,9 +77,7 @@ TEST_F(CameraFlight, TwoKeyframesSavedRemovedLoadedAndPlayedFlyTheCameraThroughT
     Rest();
     const fs::path file = WorkingDirectory() / "vexa" / "AnimationSequence01.json";
     ASSERT_TRUE(WaitFor([&] { return fs::exists(file); }, 10s)) << "nothing saved to " << file;
-    std::stringstream saved;
-    saved << std::ifstream(file).rdbuf();
-    EXPECT_NE(saved.str().find("\"4.000000\""), std::string::npos) << saved.str();
+    EXPECT_NE(ReadFile(file).find("\"4.000000\""), std::string::npos) << ReadFile(file);
 
     // Forgotten: playing now only reports that there is nothing to play.
     ClickCentre(removeAll);

@@ -28,35 +28,34 @@ double RelativeMotion(const ClusterLayout& before, const ClusterLayout& after)
 double TurnDegrees(const ClusterLayout& before, const ClusterLayout& after, std::size_t ball)
 {
     const Point a = Relative(before, ball), b = Relative(after, ball);
-    double turn = std::atan2(b.y, b.x) - std::atan2(a.y, a.x);
-    while (turn > std::numbers::pi)
-        turn -= 2 * std::numbers::pi;
-    while (turn < -std::numbers::pi)
-        turn += 2 * std::numbers::pi;
-    return turn * 180.0 / std::numbers::pi;
+    return std::remainder(std::atan2(b.y, b.x) - std::atan2(a.y, a.x), 2 * std::numbers::pi) * 180.0 / std::numbers::pi;
 }
 
 class CameraGestures : public ViewerCase {
 protected:
-    /// A point of the render area given as fractions of its width and height.
-    Point At(double fx, double fy) const
-    {
-        const Rect r = layout.RenderArea();
-        return {r.x0 + fx * r.Width(), r.y0 + fy * r.Height()};
-    }
-
     /// The settled picture after a gesture; fails the case when nothing changed.
     ClusterLayout After(const Picture& before, const std::string& label, Picture* picture = nullptr)
     {
         const Picture after = Keep(label, WaitForChange(before, layout.RenderArea()));
         if (after.Empty())
-        {
             ADD_FAILURE() << label << ": the picture did not change";
-            return {};
-        }
         if (picture != nullptr)
             *picture = after;
-        return Measure(after);
+        const ClusterLayout measured = Measure(after);
+        EXPECT_TRUE(measured.AllVisible()) << label << ": " << measured.Describe();
+        return measured;
+    }
+
+    /// The settled picture after a gesture that should scale the scene about its middle, larger
+    /// or smaller.
+    Picture ExpectScaled(const Picture& from, const std::string& label, bool larger)
+    {
+        Picture picture;
+        const ClusterLayout before = Measure(from), after = After(from, label, &picture);
+        const double ratio = after.Spread() / before.Spread();
+        EXPECT_TRUE(larger ? ratio >= 1.1 : ratio <= 1 / 1.1) << label << "\n" << Compare(before, after);
+        EXPECT_LE(Distance(before.Mean(), after.Mean()), 0.15 * before.Spread()) << label << "\n" << Compare(before, after);
+        return picture;
     }
 };
 
@@ -68,7 +67,6 @@ TEST_F(CameraGestures, LeftDragOrbitsAboutTheTarget)
     // 180 px to the right: about 50 degrees at the default sensitivity.
     x->Drag(Button::Left, At(0.15, 0.375), At(0.33, 0.375));
     const ClusterLayout after = After(start, "left-drag");
-    ASSERT_TRUE(after.AllVisible()) << after.Describe();
 
     EXPECT_GE(RelativeMotion(before, after), 0.3 * before.Spread())
         << "the balls should have moved against each other\n" << Compare(before, after);
@@ -88,7 +86,6 @@ TEST_F(CameraGestures, MiddleDragPansWithThePointer)
     const Point from = At(0.3, 0.875), to = At(0.42, 0.775);
     x->Drag(Button::Middle, from, to);
     const ClusterLayout after = After(start, "middle-drag");
-    ASSERT_TRUE(after.AllVisible()) << after.Describe();
 
     // Points at the target's depth follow the pointer exactly; the balls lie a little in
     // front of and behind it.
@@ -117,7 +114,6 @@ TEST_F(CameraGestures, ControlLeftDragRollsWithThePointer)
     const double reach = 0.3 * std::min(r.Width(), r.Height());
     x->Drag(Button::Left, {centre.x + reach, centre.y}, {centre.x + reach, centre.y + reach}, {"Control_L"});
     const ClusterLayout after = After(start, "control-left-drag");
-    ASSERT_TRUE(after.AllVisible()) << after.Describe();
 
     for (std::size_t i = 0; i < 4; ++i)
     {
@@ -134,52 +130,31 @@ TEST_F(CameraGestures, ControlLeftDragRollsWithThePointer)
 TEST_F(CameraGestures, RightDragDolliesInAndOut)
 {
     ASSERT_NO_FATAL_FAILURE(OpenClusters());
-    const ClusterLayout before = Measure(start);
-
-    // Up moves the camera forward: everything grows about the middle.
+    // Up moves the camera forward: everything grows about the middle; down moves it back.
     x->Drag(Button::Right, At(0.3, 0.875), At(0.3, 0.625));
-    Picture closerPicture;
-    const ClusterLayout closer = After(start, "right-drag-up", &closerPicture);
-    ASSERT_TRUE(closer.AllVisible()) << closer.Describe();
-    EXPECT_GE(closer.Spread(), 1.1 * before.Spread()) << Compare(before, closer);
-    EXPECT_LE(Distance(before.Mean(), closer.Mean()), 0.15 * before.Spread()) << closer.Describe();
-
-    // And down moves it back.
+    const Picture closer = ExpectScaled(start, "right-drag-up", true);
+    ASSERT_FALSE(closer.Empty());
     x->Drag(Button::Right, At(0.3, 0.625), At(0.3, 0.875));
-    const ClusterLayout farther = After(closerPicture, "right-drag-down");
-    ASSERT_TRUE(farther.AllVisible()) << farther.Describe();
-    EXPECT_LE(farther.Spread(), closer.Spread() / 1.1) << Compare(closer, farther);
-    EXPECT_LE(Distance(closer.Mean(), farther.Mean()), 0.15 * closer.Spread()) << farther.Describe();
+    ExpectScaled(closer, "right-drag-down", false);
 }
 
 TEST_F(CameraGestures, WheelZoomsInAndOut)
 {
     ASSERT_NO_FATAL_FAILURE(OpenClusters());
-    const ClusterLayout before = Measure(start);
-
-    const Point over = At(0.3, 0.875);
-    x->MoveTo(static_cast<int>(over.x), static_cast<int>(over.y));
+    x->MoveTo(static_cast<int>(At(0.3, 0.875).x), static_cast<int>(At(0.3, 0.875).y));
     // Out first: the framed scene already reaches close to the top edge.
     x->Wheel(-2);
-    Picture outPicture;
-    const ClusterLayout out = After(start, "wheel-down", &outPicture);
-    ASSERT_TRUE(out.AllVisible()) << out.Describe();
-    EXPECT_LE(out.Spread(), before.Spread() / 1.1) << Compare(before, out);
-    EXPECT_LE(Distance(before.Mean(), out.Mean()), 0.15 * before.Spread()) << out.Describe();
-
+    const Picture out = ExpectScaled(start, "wheel-down", false);
+    ASSERT_FALSE(out.Empty());
     x->Wheel(2);
-    const ClusterLayout in = After(outPicture, "wheel-up");
-    ASSERT_TRUE(in.AllVisible()) << in.Describe();
-    EXPECT_GE(in.Spread(), 1.1 * out.Spread()) << Compare(out, in);
+    ExpectScaled(out, "wheel-up", true);
 }
 
 TEST_F(CameraGestures, ShiftLeftDragChangesNothing)
 {
     ASSERT_NO_FATAL_FAILURE(OpenClusters());
-    const Point rest = At(0.1, 0.9);
-
     x->Drag(Button::Left, At(0.15, 0.375), At(0.33, 0.375), {"Shift_L"});
-    const Picture after = Barrier(rest);
+    const Picture after = Barrier();
     ASSERT_FALSE(after.Empty());
     Keep("after-shift-drag", after);
     EXPECT_EQ(CountDifferences(start, after, layout.RenderArea()), 0u)
@@ -195,29 +170,24 @@ TEST_F(CameraGestures, ShiftLeftDragChangesNothing)
 TEST_F(CameraGestures, HigherSensitivityTurnsFurther)
 {
     // One viewer per setting, each with its own options file, the same drag in both.
-    const auto turnWith = [this](float sensitivity, const std::string& label) -> double {
+    const auto turnWith = [this](float sensitivity) -> double {
+        // A fresh working directory for each run, so that nothing of the first carries over.
+        fs::remove_all(WorkingDirectory());
+        fs::create_directories(WorkingDirectory());
         WriteOptions(sensitivity);
         OpenClusters();
         if (HasFatalFailure())
             return -1.0;
-        const ClusterLayout before = Measure(start);
         x->Drag(Button::Left, At(0.15, 0.375), At(0.21, 0.375));
-        const Picture after = WaitForChange(start, layout.RenderArea());
-        Keep(label, after);
+        const Picture after = Keep("sensitivity", WaitForChange(start, layout.RenderArea()));
         program->Stop();
-        program.reset();
-        if (after.Empty())
-            return 0.0;
         const ClusterLayout measured = Measure(after);
-        return measured.AllVisible() ? RelativeMotion(before, measured) : -1.0;
+        return measured.AllVisible() ? RelativeMotion(Measure(start), measured) : -1.0;
     };
 
-    const double slow = turnWith(0.0f, "sensitivity-0");
+    const double slow = turnWith(0.0f);
     ASSERT_FALSE(HasFatalFailure());
-    // A fresh working directory for the second run, so that nothing of the first carries over.
-    fs::remove_all(WorkingDirectory());
-    fs::create_directories(WorkingDirectory());
-    const double fast = turnWith(1.0f, "sensitivity-1");
+    const double fast = turnWith(1.0f);
     ASSERT_FALSE(HasFatalFailure());
 
     ASSERT_GT(slow, 0.0) << "the drag at the lowest sensitivity turned nothing";

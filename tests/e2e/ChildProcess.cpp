@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 #include <thread>
@@ -18,19 +19,11 @@ namespace {
 
 std::vector<std::string> BuildEnvironment(const ChildProcess::Options& options)
 {
-    std::vector<std::string> result;
-    const auto replaced = [&](const std::string& entry) {
-        const std::string name = entry.substr(0, entry.find('='));
-        for (const auto& [key, value] : options.environment)
-            if (key == name)
-                return true;
-        for (const std::string& key : options.unset)
-            if (key == name)
-                return true;
-        return false;
-    };
+    std::vector<std::string> dropped = options.unset, result;
+    for (const auto& [key, value] : options.environment)
+        dropped.push_back(key);
     for (char** entry = environ; *entry != nullptr; ++entry)
-        if (!replaced(*entry))
+        if (std::ranges::find(dropped, std::string(*entry, std::strcspn(*entry, "="))) == dropped.end())
             result.emplace_back(*entry);
     for (const auto& [key, value] : options.environment)
         result.push_back(key + "=" + value);
@@ -46,15 +39,6 @@ std::vector<char*> Pointers(std::vector<std::string>& strings)
     return pointers;
 }
 
-int DecodeStatus(int raw)
-{
-    if (WIFEXITED(raw))
-        return WEXITSTATUS(raw);
-    if (WIFSIGNALED(raw))
-        return 128 + WTERMSIG(raw);
-    return -1;
-}
-
 } // namespace
 
 ChildProcess::ChildProcess(const Options& options)
@@ -66,7 +50,6 @@ ChildProcess::ChildProcess(const Options& options)
     std::vector<char*> argv = Pointers(arguments);
     std::vector<std::string> environment = BuildEnvironment(options);
     std::vector<char*> envp = Pointers(environment);
-    const std::string output = options.outputFile.empty() ? "/dev/null" : options.outputFile;
     const pid_t parent = getpid();
 
     pid_ = fork();
@@ -79,18 +62,13 @@ ChildProcess::ChildProcess(const Options& options)
         if (getppid() != parent)
             _exit(125);
         setpgid(0, 0);
-        const int fd = open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        // Close-on-exec: only the duplicates stay open in the program.
+        const int fd = open(options.outputFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
         if (fd < 0)
             _exit(126);
         dup2(fd, STDOUT_FILENO);
         dup2(fd, STDERR_FILENO);
-        close(fd);
-        const int null = open("/dev/null", O_RDONLY);
-        if (null >= 0)
-        {
-            dup2(null, STDIN_FILENO);
-            close(null);
-        }
+        dup2(open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
         if (options.inheritedDescriptor >= 0)
             fcntl(options.inheritedDescriptor, F_SETFD, 0);
         if (!options.workingDirectory.empty() && chdir(options.workingDirectory.c_str()) != 0)
@@ -113,16 +91,10 @@ bool ChildProcess::Reap(bool block)
     int raw = 0;
     const pid_t result = waitpid(pid_, &raw, block ? 0 : WNOHANG);
     if (result == pid_)
-    {
-        status_ = DecodeStatus(raw);
-        return true;
-    }
-    if (result < 0 && errno == ECHILD)
-    {
+        status_ = WIFEXITED(raw) ? WEXITSTATUS(raw) : WIFSIGNALED(raw) ? 128 + WTERMSIG(raw) : -1;
+    else if (result < 0 && errno == ECHILD)
         status_ = -1;
-        return true;
-    }
-    return false;
+    return status_.has_value();
 }
 
 bool ChildProcess::IsRunning()

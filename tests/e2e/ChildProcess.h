@@ -18,14 +18,15 @@ public:
     struct Options {
         std::string program;
         std::vector<std::string> arguments;
-        /// Empty: the test's own.
-        std::string workingDirectory;
-        /// Receives standard output and standard error; empty: /dev/null.
+        /// Empty: the test's own. (Every member has an initializer, so that designated
+        /// initializers may leave any out.)
+        std::string workingDirectory{};
+        /// Receives standard output and standard error.
         std::string outputFile;
         /// Set (or replaced) in the child's environment.
-        std::vector<std::pair<std::string, std::string>> environment;
+        std::vector<std::pair<std::string, std::string>> environment{};
         /// Variables removed from the child's environment.
-        std::vector<std::string> unset;
+        std::vector<std::string> unset{};
         /// A descriptor the child keeps open across exec (all others the test opened with
         /// close-on-exec are closed).
         int inheritedDescriptor = -1;

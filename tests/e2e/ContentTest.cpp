@@ -62,11 +62,10 @@ TEST_F(Content, ACloudsOwnColoursShowAsTheyAreAndEdgeOnPointsKeepTheirSize)
     EXPECT_GT(points.count, 576u * 5) << "points seen edge-on shrank";
     // The middle of each point has the file's colour, not a shaded one.
     std::vector<int> reds;
-    const Rect area = layout.RenderArea();
-    for (int y = area.y0; y < area.y1; ++y)
-        for (int xx = area.x0; xx < area.x1; ++xx)
-            if (IsSalmon(shown.At(xx, y)))
-                reds.push_back(shown.At(xx, y).r);
+    ForEachPixel(shown, layout.RenderArea(), [&](int px, int py) {
+        if (IsSalmon(shown.At(px, py)))
+            reds.push_back(shown.At(px, py).r);
+    });
     std::sort(reds.begin(), reds.end());
     ASSERT_FALSE(reds.empty());
     EXPECT_NEAR(reds[reds.size() * 9 / 10], 230, 12) << "the file's red is not shown as it is";
@@ -100,15 +99,11 @@ TEST_F(Content, AMeshFileIsDrawnAsAShadedSurfaceInItsMaterial)
     const Picture shown = Open(file, bluish, 20000);
     ASSERT_FALSE(shown.Empty()) << "the mesh did not appear as a surface";
     // Shaded: the lit side is much brighter than the side turned away.
-    const Rect area = layout.RenderArea();
     int darkest = 255, brightest = 0;
-    for (int y = area.y0; y < area.y1; ++y)
-        for (int xx = area.x0; xx < area.x1; ++xx)
-            if (bluish(shown.At(xx, y)))
-            {
-                darkest = std::min<int>(darkest, shown.At(xx, y).b);
-                brightest = std::max<int>(brightest, shown.At(xx, y).b);
-            }
+    ForEachPixel(shown, layout.RenderArea(), [&](int px, int py) {
+        if (bluish(shown.At(px, py)))
+            darkest = std::min<int>(darkest, shown.At(px, py).b), brightest = std::max<int>(brightest, shown.At(px, py).b);
+    });
     EXPECT_GT(brightest - darkest, 80) << "the surface is not shaded";
 }
 

@@ -30,35 +30,25 @@ TEST_F(Demo, TheScanShowsItsCameraAndItsFocusLooksFromThere)
         {"position": "0, 0; 0, 0", "size": "1, 0; 1, 0", "sidebar-visible": false,
          "units": [{"id": "ScanResource:Demo/Bowl scan"}]}]}})";
     ASSERT_TRUE(LaunchViewer({"--demo", "--look", look.string()}));
-    const Rect window = x->WindowArea();
-    ViewAreaLayout scan;
-    scan.area = {0, 0, window.Width(), window.Height()};
-    scan.sidebarVisible = false;
-    const Picture shown = WaitForSettled(
-        [&](const Picture& p) {
-            return FindBlob(p, scan.RenderArea(), IsGlaze).count > 5000 &&
-                   FindBlob(p, scan.RenderArea(), IsMarkerGrey).count > 300;
-        },
-        30s);
-    Keep("demo", shown.Empty() ? Grab() : shown);
+    layout.sidebarVisible = false;
+    const Rect area = layout.RenderArea();
+    const Picture shown = WaitForWindow([&](const Picture& p) {
+        return FindBlob(p, area, IsGlaze).count > 5000 && FindBlob(p, area, IsMarkerGrey).count > 300;
+    }, "demo");
     ASSERT_FALSE(shown.Empty()) << "the scan and its camera marker did not appear";
-    const std::size_t glazeBefore = FindBlob(shown, scan.RenderArea(), IsGlaze).count;
 
     // Open the sidebar, then the scan panel's focus button.
-    x->Click(Button::Left, scan.area.x1 - 16, scan.area.y0 + 16);
-    scan.sidebarVisible = true;
-    const Picture opened = WaitUntil([&](const Picture& p) { return !FindPanelHeaders(p, scan).empty(); }, 15s);
-    Keep("sidebar", opened.Empty() ? Grab() : opened);
+    ClickCentre(layout.SidebarToggle());
+    layout.sidebarVisible = true;
+    const Picture opened = Keep("sidebar", WaitUntil([&](const Picture& p) { return !FindPanelHeaders(p, layout).empty(); }));
     ASSERT_FALSE(opened.Empty()) << "the sidebar did not open with the scan's panel";
-    const Point focus = FindPanelHeaders(opened, scan).front().FocusButton();
-    x->Click(Button::Left, static_cast<int>(focus.x), static_cast<int>(focus.y));
-    x->MoveTo(scan.area.x0 + 10, scan.area.y1 - 10);
-    const Picture focused = WaitForChange(opened, scan.RenderArea());
-    const Picture settled = WaitForQuiet();
-    Keep("focused", settled);
+    Click(FindPanelHeaders(opened, layout).front().FocusButton());
+    Rest();
+    const Picture focused = WaitForChange(opened, layout.RenderArea());
+    const Picture settled = Keep("focused", WaitForQuiet());
     ASSERT_FALSE(focused.Empty()) << "the focus button changed nothing";
     // From the scanner the bowl fills the view: much more of it than from the side.
-    EXPECT_GT(FindBlob(settled, scan.RenderArea(), IsGlaze).count, glazeBefore * 3 / 2);
+    EXPECT_GT(FindBlob(settled, layout.RenderArea(), IsGlaze).count, FindBlob(shown, area, IsGlaze).count * 3 / 2);
 }
 
 } // namespace

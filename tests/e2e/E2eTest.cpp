@@ -15,23 +15,12 @@ namespace {
 constexpr auto kSettleTime = 300ms;
 constexpr auto kPollInterval = 25ms;
 
-std::string CaseName()
-{
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    return std::string(info->test_suite_name()) + "." + info->name();
-}
-
-bool KeepPicturesAlways()
-{
-    const char* value = std::getenv("VEXA_E2E_KEEP_PICTURES");
-    return value != nullptr && std::string(value) == "1";
-}
-
 } // namespace
 
 void E2eTest::SetUp()
 {
-    caseDirectory_ = fs::path(E2E_WORK_ROOT) / CaseName();
+    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    caseDirectory_ = fs::path(E2E_WORK_ROOT) / (std::string(info->test_suite_name()) + "." + info->name());
     workingDirectory_ = caseDirectory_ / "cwd";
     outputFile_ = caseDirectory_ / "program.log";
     std::error_code ignored;
@@ -46,7 +35,8 @@ void E2eTest::TearDown()
         program->Stop();
     program.reset();
     x.reset();
-    if (!HasFailure() && !KeepPicturesAlways())
+    const char* keep = std::getenv("VEXA_E2E_KEEP_PICTURES");
+    if (!HasFailure() && !(keep != nullptr && std::string(keep) == "1"))
         return;
     int index = 0;
     for (const auto& [label, picture] : kept_)
@@ -63,21 +53,16 @@ void E2eTest::TearDown()
 
 ::testing::AssertionResult E2eTest::Launch(const std::string& path, const std::vector<std::string>& arguments)
 {
-    ChildProcess::Options options;
-    options.program = path;
-    options.arguments = arguments;
-    options.workingDirectory = workingDirectory_.string();
-    options.outputFile = outputFile_.string();
-    options.environment = {{"DISPLAY", x->DisplayName()}};
     // The program must use our private server, whatever the test runner was started under.
-    options.unset = {"WAYLAND_DISPLAY", "XAUTHORITY"};
-    program = std::make_unique<ChildProcess>(options);
+    program = std::make_unique<ChildProcess>(ChildProcess::Options{
+        .program = path, .arguments = arguments, .workingDirectory = workingDirectory_.string(),
+        .outputFile = outputFile_.string(), .environment = {{"DISPLAY", x->DisplayName()}},
+        .unset = {"WAYLAND_DISPLAY", "XAUTHORITY"}});
     if (!x->AttachToWindowOf(program->Pid(), 30s))
-    {
-        if (!program->IsRunning())
-            return ::testing::AssertionFailure() << path << " ended before it showed a window; output:\n" << Output();
-        return ::testing::AssertionFailure() << path << " showed no window within 30 s; output:\n" << Output();
-    }
+        return ::testing::AssertionFailure()
+               << path << (program->IsRunning() ? " showed no window within 30 s" : " ended before it showed a window")
+               << "; output:\n" << Output();
+    layout.area = {0, 0, x->WindowArea().Width(), x->WindowArea().Height()};
     return ::testing::AssertionSuccess();
 }
 
@@ -88,16 +73,10 @@ void E2eTest::TearDown()
     return Launch(E2E_VIEWER, all);
 }
 
-::testing::AssertionResult E2eTest::LaunchHost(const std::vector<std::string>& arguments)
+std::string E2eTest::ReadFile(const fs::path& file)
 {
-    return Launch(E2E_HOST, arguments);
-}
-
-std::string E2eTest::Output() const
-{
-    std::ifstream in(outputFile_);
     std::ostringstream text;
-    text << in.rdbuf();
+    text << std::ifstream(file, std::ios::binary).rdbuf();
     return text.str();
 }
 
@@ -111,11 +90,6 @@ bool E2eTest::WaitFor(const std::function<bool()>& done, std::chrono::millisecon
         XSession::Pause(kPollInterval);
     }
     return true;
-}
-
-Picture E2eTest::Grab()
-{
-    return x->Grab();
 }
 
 Picture E2eTest::Keep(const std::string& label, const Picture& picture)
@@ -150,24 +124,6 @@ Picture E2eTest::WaitForSettled(const Accept& accept, std::chrono::milliseconds 
         return false;
     };
     return WaitFor(settled, timeout) ? candidate : Picture();
-}
-
-Picture E2eTest::WaitForChange(const Picture& before, const Rect& area, std::chrono::milliseconds timeout,
-                               const std::vector<Rect>& holes)
-{
-    return WaitForSettled([&](const Picture& p) { return CountDifferences(before, p, area, holes) > 0; }, timeout);
-}
-
-Picture E2eTest::WaitForQuiet(std::chrono::milliseconds timeout)
-{
-    return WaitForSettled([](const Picture&) { return true; }, timeout);
-}
-
-Picture E2eTest::WaitForWindow(const Accept& accept, const std::string& label, std::chrono::milliseconds timeout)
-{
-    const Rect window = x->WindowArea();
-    layout.area = {0, 0, window.Width(), window.Height()};
-    return Keep(label, WaitForSettled(accept, timeout));
 }
 
 Picture E2eTest::WaitForNotice(Rect& strip, std::chrono::milliseconds timeout)

@@ -37,15 +37,16 @@ protected:
     /// The program's working directory: its ./vexa/ settings and ./screenshots/ land here.
     const fs::path& WorkingDirectory() const { return workingDirectory_; }
 
-    /// Starts the program and waits until its window is mapped.
+    /// Starts the program and waits until its window is mapped; `layout` then takes the whole
+    /// window as its one view area.
     ::testing::AssertionResult Launch(const std::string& program, const std::vector<std::string>& arguments);
     /// The viewer with the source tree's assets.
     ::testing::AssertionResult LaunchViewer(const std::vector<std::string>& arguments);
-    /// The test host program (hosts/E2eHost.cpp).
-    ::testing::AssertionResult LaunchHost(const std::vector<std::string>& arguments);
 
+    /// The whole file; empty when it cannot be read.
+    static std::string ReadFile(const fs::path& file);
     /// What the program wrote to standard output and error so far.
-    std::string Output() const;
+    std::string Output() const { return ReadFile(outputFile_); }
     /// Polls until `done` holds; false after `timeout`.
     static bool WaitFor(const std::function<bool()>& done, std::chrono::milliseconds timeout);
     /// Waits until the output holds `text`.
@@ -54,7 +55,7 @@ protected:
         return WaitFor([&] { return Output().find(text) != std::string::npos; }, timeout);
     }
 
-    Picture Grab();
+    Picture Grab() { return x->Grab(); }
     /// Keeps `picture`, or when it is empty the screen as it is now, under `label` for the
     /// failure report, and returns `picture`.
     Picture Keep(const std::string& label, const Picture& picture);
@@ -66,14 +67,19 @@ protected:
     /// A picture that passes `accept` and then stays exactly the same for a settling time;
     /// empty after `timeout`.
     Picture WaitForSettled(const Accept& accept, std::chrono::milliseconds timeout = 15s);
-    /// A settled picture that differs from `before` inside `area` (holes left out).
-    Picture WaitForChange(const Picture& before, const Rect& area, std::chrono::milliseconds timeout = 15s,
-                          const std::vector<Rect>& holes = {});
+    /// A settled picture that differs from `before` inside `area`.
+    Picture WaitForChange(const Picture& before, const Rect& area)
+    {
+        return WaitForSettled([&](const Picture& p) { return CountDifferences(before, p, area) > 0; });
+    }
     /// A settled picture, whatever it shows.
-    Picture WaitForQuiet(std::chrono::milliseconds timeout = 15s);
-    /// Takes the whole window as the one view area (`layout`), then waits as WaitForSettled and
-    /// keeps the result under `label`.
-    Picture WaitForWindow(const Accept& accept, const std::string& label, std::chrono::milliseconds timeout = 30s);
+    Picture WaitForQuiet() { return WaitForSettled([](const Picture&) { return true; }); }
+    /// Waits as WaitForSettled, with the longer time a program takes to start, and keeps the
+    /// result under `label`.
+    Picture WaitForWindow(const Accept& accept, const std::string& label, std::chrono::milliseconds timeout = 30s)
+    {
+        return Keep(label, WaitForSettled(accept, timeout));
+    }
     /// The notice that fades in at the bottom middle of the window (a dark strip with light
     /// text), as first seen; empty after `timeout`. `strip` receives its place.
     Picture WaitForNotice(Rect& strip, std::chrono::milliseconds timeout = 15s);
@@ -84,6 +90,14 @@ protected:
     {
         return MeasureClusters(picture, layout.RenderArea(), {layout.SidebarToggle(), layout.ViewOptionsButton()});
     }
+    /// A point of the 3D area given as fractions of its width and height.
+    Point At(double fx, double fy) const
+    {
+        const Rect r = layout.RenderArea();
+        return {r.x0 + fx * r.Width(), r.y0 + fy * r.Height()};
+    }
+    /// Moves the pointer to the 3D area's lower left, out of every widget's way.
+    void Rest() { x->MoveTo(static_cast<int>(At(0.1, 0.9).x), static_cast<int>(At(0.1, 0.9).y)); }
     void Click(Point at) { x->Click(Button::Left, static_cast<int>(at.x), static_cast<int>(at.y)); }
     void ClickCentre(const Rect& r) { x->Click(Button::Left, (r.x0 + r.x1) / 2, (r.y0 + r.y1) / 2); }
 

@@ -9,16 +9,6 @@ namespace {
 
 class Framing : public ViewerCase {};
 
-bool Magenta(Rgb c)
-{
-    return c.r >= 180 && c.b >= 180 && c.g <= 80;
-}
-
-bool Green(Rgb c)
-{
-    return c.g >= 180 && c.r <= 80 && c.b <= 80;
-}
-
 TEST_F(Framing, ALopsidedCloudIsInViewToItsLastPoint)
 {
     // A dense green blob holds the centre of mass; a thin red column rises ten units from it,
@@ -36,10 +26,10 @@ TEST_F(Framing, ALopsidedCloudIsInViewToItsLastPoint)
     }
     ASSERT_TRUE(LaunchViewer({file.string()}));
     const Picture shown =
-        WaitForWindow([&](const Picture& p) { return FindBlob(p, layout.RenderArea(), Green).count > 100; }, "opened");
+        WaitForWindow([&](const Picture& p) { return FindBlob(p, layout.RenderArea(), IsGreen).count > 100; }, "opened");
     ASSERT_FALSE(shown.Empty()) << "the cloud did not appear";
     const Rect scene = layout.RenderArea();
-    const Blob top = FindBlob(shown, scene, Magenta, {layout.SidebarToggle()});
+    const Blob top = FindBlob(shown, scene, IsMagenta, {layout.SidebarToggle()});
     EXPECT_GT(top.count, 0u) << "the top of the column is not in the visible part of the view";
     // Not just touching the edge: a margin is left above it.
     EXPECT_GT(top.centroid.y, scene.y0 + 10.0);

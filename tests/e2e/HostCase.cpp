@@ -24,7 +24,7 @@ void HostCase::OpenHost(const HostOptions& options)
     std::vector<std::string> arguments{"--look", look.string()};
     if (options.second)
         arguments.push_back("--second");
-    ASSERT_TRUE(LaunchHost(arguments));
+    ASSERT_TRUE(Launch(E2E_HOST, arguments));
     ASSERT_TRUE(WaitForOutput(host::kReadyLine, 30s)) << Output();
     start = WaitForWindow([&](const Picture& p) { return Measure(p).AllVisible(100) && Marker(p).count >= 3; }, "start");
     ASSERT_FALSE(start.Empty()) << "the balls and the marker did not appear; " << Measure(Grab()).Describe()
@@ -34,6 +34,15 @@ void HostCase::OpenHost(const HostOptions& options)
 double HostCase::MarkerDiameter(const Picture& picture) const
 {
     return std::sqrt(static_cast<double>(Marker(picture).count) * 4.0 / std::numbers::pi);
+}
+
+void HostCase::ExpectMarkerDiameter(double diameter, const std::string& label)
+{
+    const Picture drawn = Keep(label, WaitForSettled(
+        [&](const Picture& p) { return std::abs(MarkerDiameter(p) - diameter) <= 2.0; }, 15s));
+    EXPECT_FALSE(drawn.Empty()) << "the points should be drawn " << diameter << " px wide; the marker point is "
+                                << MarkerDiameter(Grab()) << " px wide (" << MarkerDiameter(start)
+                                << " px at the start)";
 }
 
 std::vector<std::string> HostCase::Lines() const
@@ -57,11 +66,6 @@ Rect HostCase::FindPointSizeField()
     if (box.Width() == 0)
         ADD_FAILURE() << "no edit box in the cloud's panel";
     return box;
-}
-
-std::size_t HostCase::CountLines(const std::string& line) const
-{
-    return static_cast<std::size_t>(std::ranges::count(Lines(), line));
 }
 
 } // namespace e2e

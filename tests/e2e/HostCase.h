@@ -6,6 +6,7 @@
 
 #include "hosts/HostScene.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -29,9 +30,14 @@ protected:
 
     /// The diameter the marker point is drawn with, from its area (points are round).
     double MarkerDiameter(const Picture& picture) const;
+    /// Waits for the marker to be drawn `diameter` px wide (within 2 px); fails if it is not.
+    void ExpectMarkerDiameter(double diameter, const std::string& label);
     Blob Marker(const Picture& picture) const { return FindBlob(picture, layout.RenderArea(), IsMagenta); }
     /// How many lines of the output are exactly `line`.
-    std::size_t CountLines(const std::string& line) const;
+    std::size_t CountLines(const std::string& line) const
+    {
+        return static_cast<std::size_t>(std::ranges::count(Lines(), line));
+    }
     std::vector<std::string> Lines() const;
     /// Waits for `line` to appear `count` times in the host's output.
     bool WaitForLines(const std::string& line, std::size_t count, std::chrono::milliseconds timeout = 10s) const
@@ -40,8 +46,6 @@ protected:
     }
     /// The cloud panel's first field, "Point size"; fails the case and is empty when not found.
     Rect FindPointSizeField();
-    /// Moves the pointer to the 3D area's lower left corner, out of every widget's way.
-    void Rest() { x->MoveTo(layout.area.x0 + 40, layout.area.y1 - 40); }
 };
 
 } // namespace e2e

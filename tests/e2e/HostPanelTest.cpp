@@ -14,27 +14,6 @@ bool IsRing(Rgb c)
     return c.r > 200 && c.g > 90 && c.b < 120 && c.r > c.b + 100;
 }
 
-/// The top row of each push button below `top` in the panel column: rows where the button
-/// border colour runs across most of the column.
-std::vector<int> ButtonTops(const Picture& picture, const Rect& column, int top, int bottom)
-{
-    std::vector<int> tops;
-    bool inside = false;
-    for (int y = top; y < bottom; ++y)
-    {
-        int border = 0;
-        for (int xx = column.x0; xx < column.x1; ++xx)
-            border += picture.At(xx, y) == kButtonBorderColor ? 1 : 0;
-        const bool edge = border > column.Width() * 2 / 3;
-        if (edge && !inside)
-            tops.push_back(y);
-        // A button has two such rows, its top and bottom edges.
-        if (edge)
-            inside = !inside;
-    }
-    return tops;
-}
-
 TEST_F(HostPanel, TheHostsButtonsChangeTheScene)
 {
     ASSERT_TRUE(Launch(E2E_GUI_PANEL_EXAMPLE, {}));
@@ -49,22 +28,21 @@ TEST_F(HostPanel, TheHostsButtonsChangeTheScene)
     // The host's panel comes first ("GuiDataUnit:Controls" sorts before the rings), its
     // "Add a ring" and "Clear" buttons under its header.
     const std::vector<PanelHeader> headers = FindPanelHeaders(shown, layout);
-    const std::vector<int> buttons = ButtonTops(shown, layout.PanelColumn(), headers[0].rect.y1, headers[1].rect.y0);
+    const std::vector<Rect> buttons = FindWideButtons(shown, layout.PanelColumn(), headers[0].rect.y1, headers[1].rect.y0);
     ASSERT_EQ(buttons.size(), 2u) << "the host's panel does not show its two buttons";
-    const int middle = (layout.PanelColumn().x0 + layout.PanelColumn().x1) / 2;
 
     // Two quick clicks, as a person adds two rings: both count.
-    x->Click(Button::Left, middle, buttons[0] + 12);
-    x->Click(Button::Left, middle, buttons[0] + 12);
-    x->MoveTo(layout.area.x0 + 40, layout.area.y1 - 40);
+    ClickCentre(buttons[0]);
+    ClickCentre(buttons[0]);
+    Rest();
     const Picture grown = Keep("three rings", WaitForSettled([&](const Picture& p) {
         // Rings grow outwards: three of them cover about four times the first one's pixels.
         return FindBlob(p, layout.RenderArea(), IsRing).count > oneRing * 3;
     }));
     ASSERT_FALSE(grown.Empty()) << "two clicks on \"Add a ring\" did not add two rings";
 
-    x->Click(Button::Left, middle, buttons[1] + 12);
-    x->MoveTo(layout.area.x0 + 40, layout.area.y1 - 40);
+    ClickCentre(buttons[1]);
+    Rest();
     const Picture cleared = Keep("cleared", WaitForSettled([&](const Picture& p) {
         return FindBlob(p, layout.RenderArea(), IsRing).count == 0;
     }));

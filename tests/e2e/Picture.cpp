@@ -27,34 +27,14 @@ Picture Picture::LoadPng(const std::string& path)
     return picture;
 }
 
-namespace {
-
-Rect Clip(const Rect& area, const Picture& picture)
-{
-    return {std::max(area.x0, 0), std::max(area.y0, 0), std::min(area.x1, picture.Width()),
-            std::min(area.y1, picture.Height())};
-}
-
-bool InHoles(const std::vector<Rect>& holes, int x, int y)
-{
-    return std::any_of(holes.begin(), holes.end(), [&](const Rect& hole) { return hole.Contains(x, y); });
-}
-
-} // namespace
-
 Blob FindBlob(const Picture& picture, const Rect& area, const ColorTest& test, const std::vector<Rect>& holes)
 {
-    const Rect r = Clip(area, picture);
     Blob blob;
     double sx = 0.0, sy = 0.0;
-    for (int y = r.y0; y < r.y1; ++y)
-        for (int x = r.x0; x < r.x1; ++x)
-            if (test(picture.At(x, y)) && !InHoles(holes, x, y))
-            {
-                ++blob.count;
-                sx += x + 0.5;
-                sy += y + 0.5;
-            }
+    ForEachPixel(picture, area, [&](int x, int y) {
+        if (test(picture.At(x, y)))
+            ++blob.count, sx += x + 0.5, sy += y + 0.5;
+    }, holes);
     if (blob.count > 0)
         blob.centroid = {sx / static_cast<double>(blob.count), sy / static_cast<double>(blob.count)};
     return blob;
@@ -64,28 +44,19 @@ std::size_t CountDifferences(const Picture& a, const Picture& b, const Rect& are
 {
     if (a.Width() != b.Width() || a.Height() != b.Height())
         return static_cast<std::size_t>(std::max(a.Width() * a.Height(), b.Width() * b.Height()));
-    const Rect r = Clip(area, a);
     std::size_t count = 0;
-    for (int y = r.y0; y < r.y1; ++y)
-        for (int x = r.x0; x < r.x1; ++x)
-            if (!(a.At(x, y) == b.At(x, y)) && !InHoles(holes, x, y))
-                ++count;
+    ForEachPixel(a, area, [&](int x, int y) { count += a.At(x, y) == b.At(x, y) ? 0 : 1; }, holes);
     return count;
 }
 
 double MeanBrightness(const Picture& picture, const Rect& area)
 {
-    const Rect r = Clip(area, picture);
-    double sum = 0.0;
-    std::size_t count = 0;
-    for (int y = r.y0; y < r.y1; ++y)
-        for (int x = r.x0; x < r.x1; ++x)
-        {
-            const Rgb c = picture.At(x, y);
-            sum += (c.r + c.g + c.b) / 3.0;
-            ++count;
-        }
-    return count == 0 ? 0.0 : sum / static_cast<double>(count);
+    double sum = 0.0, count = 0.0;
+    ForEachPixel(picture, area, [&](int x, int y) {
+        const Rgb c = picture.At(x, y);
+        sum += (c.r + c.g + c.b) / 3.0, ++count;
+    });
+    return count == 0 ? 0.0 : sum / count;
 }
 
 bool Near(Rgb a, Rgb b, int tolerance)

@@ -2,6 +2,7 @@
 // What the end-to-end tests read off the screen: an RGB picture of a window and the few
 // measurements they judge it by (colour classes, their centroids, region differences).
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -44,19 +45,12 @@ public:
     bool Empty() const { return width_ == 0 || height_ == 0; }
     Rect Bounds() const { return {0, 0, width_, height_}; }
 
-    Rgb At(int x, int y) const
-    {
-        const std::size_t i = (static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) + static_cast<std::size_t>(x)) * 3;
-        return {rgb_[i], rgb_[i + 1], rgb_[i + 2]};
-    }
+    Rgb At(int x, int y) const { return {rgb_[Index(x, y)], rgb_[Index(x, y) + 1], rgb_[Index(x, y) + 2]}; }
     void Set(int x, int y, Rgb c)
     {
-        const std::size_t i = (static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) + static_cast<std::size_t>(x)) * 3;
-        rgb_[i] = c.r;
-        rgb_[i + 1] = c.g;
-        rgb_[i + 2] = c.b;
+        const std::size_t i = Index(x, y);
+        rgb_[i] = c.r, rgb_[i + 1] = c.g, rgb_[i + 2] = c.b;
     }
-    const std::vector<std::uint8_t>& Bytes() const { return rgb_; }
 
     bool operator==(const Picture&) const = default;
 
@@ -65,12 +59,24 @@ public:
     static Picture LoadPng(const std::string& path);
 
 private:
+    std::size_t Index(int x, int y) const { return (static_cast<std::size_t>(y) * width_ + x) * 3; }
+
     int width_ = 0;
     int height_ = 0;
     std::vector<std::uint8_t> rgb_;
 };
 
 using ColorTest = std::function<bool(Rgb)>;
+
+/// Calls `visit(x, y)` for every pixel of `area` that lies in the picture and in none of `holes`.
+template <typename Visit>
+void ForEachPixel(const Picture& picture, const Rect& area, Visit visit, const std::vector<Rect>& holes = {})
+{
+    for (int y = std::max(area.y0, 0); y < std::min(area.y1, picture.Height()); ++y)
+        for (int x = std::max(area.x0, 0); x < std::min(area.x1, picture.Width()); ++x)
+            if (std::ranges::none_of(holes, [&](const Rect& hole) { return hole.Contains(x, y); }))
+                visit(x, y);
+}
 
 /// The pixels inside `area` (clipped to the picture) that pass `test`, minus those in `holes`.
 struct Blob {

@@ -3,37 +3,18 @@
 
 #include "ViewerCase.h"
 
-#include <stb/stb_image_write.h>
-
 #include <algorithm>
 #include <vector>
 
 namespace e2e {
 namespace {
 
-bool IsRed(Rgb c)
-{
-    return c.r > 180 && c.g < 70 && c.b < 70;
-}
-bool IsBlue(Rgb c)
-{
-    return c.b > 180 && c.r < 70 && c.g < 70;
-}
 /// The graph style's line colour (0.25, 0.65, 1.0).
 bool IsGraphLine(Rgb c)
 {
     return Near(c, {64, 166, 255}, 40);
 }
 
-/// Writes a 64 x 32 PNG, red on the left half and blue on the right.
-bool WriteHalves(const fs::path& file)
-{
-    std::vector<unsigned char> rgb(64 * 32 * 3, 0);
-    for (int y = 0; y < 32; ++y)
-        for (int x = 0; x < 64; ++x)
-            rgb[static_cast<std::size_t>((y * 64 + x) * 3 + (x < 32 ? 0 : 2))] = 255;
-    return stbi_write_png(file.c_str(), 64, 32, 3, rgb.data(), 64 * 3) != 0;
-}
 
 class PlotView : public ViewerCase {
 protected:
@@ -58,8 +39,12 @@ protected:
 
 TEST_F(PlotView, TickingMirrorXInThePanelSwapsTheHalvesOfAnOpenedPng)
 {
+    // A 64 x 32 PNG, red on the left half and blue on the right.
     const fs::path file = CaseDirectory() / "halves.png";
-    ASSERT_TRUE(WriteHalves(file));
+    Picture halves(64, 32);
+    ForEachPixel(halves, halves.Bounds(),
+                 [&](int px, int py) { halves.Set(px, py, px < 32 ? Rgb{255, 0, 0} : Rgb{0, 0, 255}); });
+    ASSERT_TRUE(halves.SavePng(file.string()));
     const Picture opened = OpenHalves(file);
     ASSERT_FALSE(opened.Empty()) << "the picture did not appear; output:\n" << Output();
     EXPECT_LT(RedRightOfBlue(opened), -100.0) << "red should be on the left";
@@ -70,7 +55,7 @@ TEST_F(PlotView, TickingMirrorXInThePanelSwapsTheHalvesOfAnOpenedPng)
     // high with 2 px between them; the click lands on the checkbox at the row's left end.
     const Rect column = layout.PanelColumn();
     Click({column.x0 + 18.0, headers[0].rect.y1 + 10.0 + 3 * 28.0 + 13.0});
-    x->MoveTo(layout.RenderArea().x0 + 10, layout.RenderArea().y1 - 10);
+    Rest();
 
     const Picture mirrored =
         Keep("mirrored", WaitForSettled([&](const Picture& p) { return RedRightOfBlue(p) > 100.0; }));
@@ -82,10 +67,7 @@ TEST_F(PlotView, TickingMirrorXInThePanelSwapsTheHalvesOfAnOpenedPng)
 TEST_F(PlotView, TheExamplesGraphRisesAcrossItsViewAreaBesideTheImage)
 {
     ASSERT_TRUE(Launch(E2E_IMAGE_GRAPH_EXAMPLE, {}));
-    const Rect window = x->WindowArea();
-    layout.area = {0, 0, window.Width(), window.Height()};
-    const Rect left{0, 0, window.Width() / 2, window.Height()};
-    const Rect right{window.Width() / 2, 0, window.Width(), window.Height()};
+    const Rect left{0, 0, layout.area.x1 / 2, layout.area.y1}, right{layout.area.x1 / 2, 0, layout.area.x1, layout.area.y1};
     // Samples keep arriving, so the picture never holds still: take the first complete one.
     const Picture shown = Keep("shown", WaitUntil([&](const Picture& p) {
         return FindBlob(p, right, IsGraphLine).count > 300 &&

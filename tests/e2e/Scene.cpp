@@ -117,7 +117,8 @@ Rect ViewAreaLayout::RenderArea() const
 
 Rect ViewAreaLayout::SidebarToggle() const
 {
-    return {area.x1 - 296, area.y0 + 6, area.x1 - 276, area.y0 + 26};
+    const int right = RenderArea().x1;
+    return {right - 26, area.y0 + 6, right - 6, area.y0 + 26};
 }
 
 Rect ViewAreaLayout::PanelColumn() const
@@ -192,25 +193,30 @@ Rect FindEditBox(const Picture& picture, const Rect& column, int top)
     return {};
 }
 
-Rect FindButtonOnRow(const Picture& picture, const Rect& area, int top)
+std::vector<Rect> FindWideButtons(const Picture& picture, const Rect& column, int top, int bottom)
 {
-    constexpr int kSize = 20;
-    Rect found;
-    int run = 0;
-    for (int x = std::max(area.x0, 0); x <= std::min(area.x1, picture.Width()); ++x)
+    const auto border = [&](int x, int y) { return picture.At(x, y) == kButtonBorderColor; };
+    std::vector<Rect> buttons;
+    bottom = std::min(bottom, picture.Height());
+    for (int y = std::max(top, column.y0); y < bottom; ++y)
     {
-        const bool border = x < std::min(area.x1, picture.Width()) && picture.At(x, top) == kButtonBorderColor;
-        if (border)
+        // The longest run of the border colour on this row.
+        Rect run{column.x0, y, column.x0, y}, longest = run;
+        for (int x = column.x0; x < column.x1; ++x)
         {
-            ++run;
-            continue;
+            run = border(x, y) ? Rect{run.x0, y, x + 1, y} : Rect{x + 1, y, x + 1, y};
+            longest = run.Width() > longest.Width() ? run : longest;
         }
-        // A button's top edge, with its left edge going down from the corner.
-        if (run == kSize && picture.At(x - kSize, top + kSize / 2) == kButtonBorderColor)
-            found = {x - kSize, top, x, top + kSize};
-        run = 0;
+        if (longest.Width() < column.Width() / 2)
+            continue;
+        // The bottom edge: the next row down with the border colour in the middle.
+        int y1 = y + 2;
+        while (y1 < bottom && !border((longest.x0 + longest.x1) / 2, y1))
+            ++y1;
+        buttons.push_back({longest.x0, y, longest.x1, y1 + 1});
+        y = y1 + 1;
     }
-    return found;
+    return buttons;
 }
 
 std::size_t CountLightPixels(const Picture& picture, const Rect& area)

@@ -49,8 +49,8 @@ double Distance(Point a, Point b);
 
 /// Where a view area's widgets are, from assets/resources/ViewArea.layout and the sidebar
 /// panel template (src/gui/GuiPanel.cpp): the sidebar is 270 px wide along the right edge,
-/// its toolbar 32 px high; the toggle arrow sits at 296..276 px from the right, 6..26 px from
-/// the top; panels are indented 7 px and open with a 24 px header holding the focus button at
+/// its toolbar 32 px high; the toggle arrow sits at the 3D area's top right, 26..6 px from its
+/// right edge and 6..26 px from the top; panels are indented 7 px and open with a 24 px header holding the focus button at
 /// its left and the pin and remove buttons (24 px each) at its right.
 struct ViewAreaLayout {
     Rect area;
@@ -87,9 +87,8 @@ struct PanelHeader {
     Point FocusButton() const { return {rect.x0 + 12.0, rect.y0 + 12.0}; }
     Point PinButton() const { return {rect.x1 - 36.0, rect.y0 + 12.0}; }
     Point RemoveButton() const { return {rect.x1 - 12.0, rect.y0 + 12.0}; }
-    /// The pin and remove buttons' rectangles.
+    /// The pin button's rectangle.
     Rect PinRect() const { return {rect.x1 - 48, rect.y0, rect.x1 - 24, rect.y1}; }
-    Rect RemoveRect() const { return {rect.x1 - 24, rect.y0, rect.x1, rect.y1}; }
 };
 
 /// The resource panels' headers in the column, top to bottom: 24 px high runs of a header
@@ -103,12 +102,12 @@ std::vector<PanelHeader> FindAllPanelHeaders(const Picture& picture, const ViewA
 /// wide); an empty rectangle when there is none.
 Rect FindEditBox(const Picture& picture, const Rect& column, int top);
 
-/// A push button's border colour "FF5F6266"; the sidebar arrow is a 20 px button.
+/// A push button's border colour "FF5F6266".
 constexpr Rgb kButtonBorderColor{0x5F, 0x62, 0x66};
 
-/// The rightmost 20 px push button whose top edge lies on row `top`, inside `area`; an empty
-/// rectangle when there is none.
-Rect FindButtonOnRow(const Picture& picture, const Rect& area, int top);
+/// The wide push buttons of `column` between rows `top` and `bottom`, top to bottom: a
+/// button's top edge is a run of the border colour over half the column or more.
+std::vector<Rect> FindWideButtons(const Picture& picture, const Rect& column, int top, int bottom);
 
 /// How many pixels of `area` show a glyph of the icon colour (near white) - the pin, for one.
 std::size_t CountLightPixels(const Picture& picture, const Rect& area);

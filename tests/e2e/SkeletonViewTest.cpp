@@ -31,21 +31,16 @@ bool IsJoint(Rgb c)
 std::vector<Point> FindJoints(const Picture& picture, const Rect& area)
 {
     std::vector<std::pair<Point, int>> clusters;
-    for (int y = area.y0; y < area.y1; ++y)
-        for (int x = area.x0; x < area.x1; ++x)
-        {
-            const Point p{static_cast<double>(x), static_cast<double>(y)};
-            if (!IsJoint(picture.At(x, y)))
-                continue;
-            auto it = std::ranges::find_if(clusters, [&](const auto& c) { return Distance(c.first, p) < 12.0; });
-            if (it == clusters.end())
-                clusters.push_back({p, 1});
-            else
-            {
-                const double n = ++it->second;
-                it->first = {it->first.x + (p.x - it->first.x) / n, it->first.y + (p.y - it->first.y) / n};
-            }
-        }
+    ForEachPixel(picture, area, [&](int x, int y) {
+        const Point p{static_cast<double>(x), static_cast<double>(y)};
+        if (!IsJoint(picture.At(x, y)))
+            return;
+        auto it = std::ranges::find_if(clusters, [&](const auto& c) { return Distance(c.first, p) < 12.0; });
+        if (it == clusters.end())
+            return clusters.push_back({p, 1});
+        const double n = ++it->second;
+        it->first = {it->first.x + (p.x - it->first.x) / n, it->first.y + (p.y - it->first.y) / n};
+    });
     std::vector<Point> joints;
     for (const auto& [centre, count] : clusters)
         if (count >= 12)
@@ -88,10 +83,10 @@ double ThinShare(const Picture& picture, const Rect& area)
         return length;
     };
     double all = 0, thin = 0;
-    for (int y = area.y0; y < area.y1; ++y)
-        for (int x = area.x0; x < area.x1; ++x)
-            if (IsBoneShade(picture.At(x, y)))
-                ++all, thin += std::min(run(x, y, 1, 0), run(x, y, 0, 1)) <= 6 ? 1 : 0;
+    ForEachPixel(picture, area, [&](int x, int y) {
+        if (IsBoneShade(picture.At(x, y)))
+            ++all, thin += std::min(run(x, y, 1, 0), run(x, y, 0, 1)) <= 6 ? 1 : 0;
+    });
     return all > 0 ? thin / all : 0.0;
 }
 
@@ -102,7 +97,6 @@ protected:
     void Open()
     {
         ASSERT_TRUE(Launch(E2E_SKELETON_EXAMPLE, {}));
-        layout.area = {0, 0, x->WindowArea().Width(), x->WindowArea().Height()};
         const Picture shown = Keep("shown", WaitUntil([](const Picture& p) {
             return FindBlob(p, p.Bounds(), IsJoint).count > 300;
         }, 30s));
@@ -116,36 +110,7 @@ protected:
     }
 };
 
-TEST_F(SkeletonView, StickmanDrawsThinLinesBetweenTheJoints)
-{
-    ASSERT_NO_FATAL_FAILURE(Open());
-    const Rect area = layout.RenderArea();
-    ASSERT_GT(FindBlob(start, area, IsBoneShade).count, 1000u) << "the octahedra are not drawn";
-    const double solidShare = ThinShare(start, area);
-
-    // "Render Mode" is the panel's first row; its list drops below the box, 16 px an item:
-    // "Octahedron", "Wired Octahedron", "Stickman".
-    const Rect box = FindEditBox(start, layout.PanelColumn(), FindPanelHeaders(start, layout).front().rect.y1);
-    ASSERT_GT(box.Width(), 0) << "no droplist in the skeleton's panel";
-    ClickCentre(box);
-    const Rect list{box.x0, box.y1, box.x1, box.y1 + 50};
-    const auto opened = [&](const Picture& p) { return CountDifferences(start, p, list) > 300; };
-    ASSERT_FALSE(Keep("list", WaitUntil(opened)).Empty()) << "the droplist did not open";
-    Click({(box.x0 + box.x1) / 2.0, box.y1 + 2.0 + 2 * 16 + 8});
-    x->MoveTo(area.x0 + 10, area.y1 - 10);
-
-    const auto lines = [&](const Picture& p) { return CountDrawnSegments(p, area) >= 8; };
-    const Picture sticks = Keep("stickman", WaitUntil(lines));
-    ASSERT_FALSE(sticks.Empty()) << "no lines of bone colour between the joints after choosing \"Stickman\"; "
-                                 << CountDrawnSegments(Grab(), area) << " found";
-    EXPECT_EQ(CountDrawnSegments(start, area), 0) << "octahedra drawn in line colour";
-    // Lines, not solids: nearly every bone pixel is within a few pixels of an edge.
-    const double lineShare = ThinShare(sticks, area);
-    EXPECT_GT(lineShare, 0.9);
-    EXPECT_GT(lineShare, solidShare + 0.3) << "lines " << lineShare << ", octahedra " << solidShare;
-}
-
-TEST_F(SkeletonView, TheFigureWalksOnItsOwn)
+TEST_F(SkeletonView, TheFigureWalksOnItsOwnAndStickmanDrawsThinLinesBetweenTheJoints)
 {
     ASSERT_NO_FATAL_FAILURE(Open());
     const Rect area = layout.RenderArea();
@@ -162,6 +127,30 @@ TEST_F(SkeletonView, TheFigureWalksOnItsOwn)
     const Picture later = Keep("later", Grab());
     EXPECT_GT(CountDifferences(first, later, figure), 300u) << "the figure did not move in 0.3 s";
     EXPECT_EQ(CountDifferences(first, later, area, {figure}), 0u) << "something besides the figure changed";
+
+    ASSERT_GT(FindBlob(start, area, IsBoneShade).count, 1000u) << "the octahedra are not drawn";
+    const double solidShare = ThinShare(start, area);
+
+    // "Render Mode" is the panel's first row; its list drops below the box, 16 px an item:
+    // "Octahedron", "Wired Octahedron", "Stickman".
+    const Rect box = FindEditBox(start, layout.PanelColumn(), FindPanelHeaders(start, layout).front().rect.y1);
+    ASSERT_GT(box.Width(), 0) << "no droplist in the skeleton's panel";
+    ClickCentre(box);
+    const Rect list{box.x0, box.y1, box.x1, box.y1 + 50};
+    const auto opened = [&](const Picture& p) { return CountDifferences(start, p, list) > 300; };
+    ASSERT_FALSE(Keep("list", WaitUntil(opened)).Empty()) << "the droplist did not open";
+    Click({(box.x0 + box.x1) / 2.0, box.y1 + 2.0 + 2 * 16 + 8});
+    Rest();
+
+    const auto lines = [&](const Picture& p) { return CountDrawnSegments(p, area) >= 8; };
+    const Picture sticks = Keep("stickman", WaitUntil(lines));
+    ASSERT_FALSE(sticks.Empty()) << "no lines of bone colour between the joints after choosing \"Stickman\"; "
+                                 << CountDrawnSegments(Grab(), area) << " found";
+    EXPECT_EQ(CountDrawnSegments(start, area), 0) << "octahedra drawn in line colour";
+    // Lines, not solids: nearly every bone pixel is within a few pixels of an edge.
+    const double lineShare = ThinShare(sticks, area);
+    EXPECT_GT(lineShare, 0.9);
+    EXPECT_GT(lineShare, solidShare + 0.3) << "lines " << lineShare << ", octahedra " << solidShare;
 }
 
 } // namespace

@@ -18,12 +18,12 @@ void ViewerCase::OpenClusters()
     ASSERT_EQ(headers.size(), 1u) << "expected the one panel of the file";
     Click(headers.front().FocusButton());
     const Rect area = layout.RenderArea();
-    x->MoveTo(area.x0 + area.Width() / 10, area.y0 + area.Height() * 9 / 10);
+    Rest();
     start = Keep("start", WaitForChange(opened, area));
     ASSERT_FALSE(start.Empty() || !Measure(start).AllVisible()) << "the focus button did not frame the balls";
 }
 
-Picture ViewerCase::Barrier(Point rest)
+Picture ViewerCase::Barrier()
 {
     const Picture now = Grab();
     const std::vector<PanelHeader> headers = FindPanelHeaders(now, layout);
@@ -39,7 +39,7 @@ Picture ViewerCase::Barrier(Point rest)
     const Picture lit = WaitUntil([&](const Picture& p) { return CountDifferences(now, p, focus) > 0; }, 15s);
     if (lit.Empty())
         ADD_FAILURE() << "hovering the focus button changed nothing: the program does not seem to handle input";
-    x->MoveTo(static_cast<int>(rest.x), static_cast<int>(rest.y));
+    Rest();
     return WaitForSettled([&](const Picture& p) { return CountDifferences(now, p, focus) == 0; }, 15s);
 }
 

@@ -11,38 +11,29 @@ namespace {
 /// alpha AA (170 of 255): each channel keeps a third.
 double DimmedShare(const Picture& original, const Picture& dimmed, const Rect& area)
 {
-    std::size_t matching = 0, total = 0;
-    for (int y = std::max(area.y0, 0); y < std::min(area.y1, original.Height()); ++y)
-        for (int x = std::max(area.x0, 0); x < std::min(area.x1, original.Width()); ++x)
-        {
-            const Rgb a = original.At(x, y), b = dimmed.At(x, y);
-            const auto third = [](int v) { return static_cast<int>(std::lround(v * 85.0 / 255.0)); };
-            ++total;
-            if (Near(b, {static_cast<std::uint8_t>(third(a.r)), static_cast<std::uint8_t>(third(a.g)),
-                         static_cast<std::uint8_t>(third(a.b))},
-                     3))
-                ++matching;
-        }
-    return total == 0 ? 0.0 : static_cast<double>(matching) / static_cast<double>(total);
+    const auto third = [](std::uint8_t v) { return static_cast<std::uint8_t>(std::lround(v * 85.0 / 255.0)); };
+    double matching = 0, total = 0;
+    ForEachPixel(original, area, [&](int x, int y) {
+        const Rgb a = original.At(x, y);
+        ++total, matching += Near(dimmed.At(x, y), {third(a.r), third(a.g), third(a.b)}, 3) ? 1 : 0;
+    });
+    return total == 0 ? 0.0 : matching / total;
 }
 
-/// Share of a row (or column) drawn in the separator colour RGB (26,26,26).
-double SeparatorShare(const Picture& picture, bool row, int index)
-{
-    const int length = row ? picture.Width() : picture.Height();
-    int count = 0;
-    for (int i = 0; i < length; ++i)
-        if (Near(row ? picture.At(i, index) : picture.At(index, i), {26, 26, 26}, 1))
-            ++count;
-    return static_cast<double>(count) / length;
-}
-
-/// The best separator share of the two rows (columns) around the middle: an even size has
-/// no single middle line.
+/// The larger share of the two rows (columns) around the middle drawn in the separator colour
+/// RGB (26,26,26): an even size has no single middle line.
 double MiddleSeparatorShare(const Picture& picture, bool row)
 {
-    const int middle = (row ? picture.Height() : picture.Width()) / 2;
-    return std::max(SeparatorShare(picture, row, middle - 1), SeparatorShare(picture, row, middle));
+    const int length = row ? picture.Width() : picture.Height(), middle = (row ? picture.Height() : picture.Width()) / 2;
+    int best = 0;
+    for (int index : {middle - 1, middle})
+    {
+        int count = 0;
+        for (int i = 0; i < length; ++i)
+            count += Near(row ? picture.At(i, index) : picture.At(index, i), {26, 26, 26}, 1) ? 1 : 0;
+        best = std::max(best, count);
+    }
+    return static_cast<double>(best) / length;
 }
 
 class Shortcuts : public ViewerCase {};
@@ -54,7 +45,7 @@ TEST_F(Shortcuts, TabDimsTheWindowAndAChosenTileSplitsIt)
     const int w = start.Width(), h = start.Height();
     ASSERT_LT(MiddleSeparatorShare(start, true), 0.1) << "one view area has no middle separator";
 
-    x->MoveTo(w / 10, h * 9 / 10);
+    Rest();
     x->Tap("Tab");
     const Picture chooser = WaitForChange(start, start.Bounds());
     ASSERT_FALSE(chooser.Empty()) << "Tab did not open the layout chooser";
@@ -72,7 +63,7 @@ TEST_F(Shortcuts, TabDimsTheWindowAndAChosenTileSplitsIt)
     const Picture hovered = WaitForChange(chooser, {quadX - 60, quadY - 55, quadX + 60, quadY + 55});
     Keep("quad-tile-hovered", hovered);
     x->Click(Button::Left, quadX, quadY);
-    x->MoveTo(w / 10, h * 9 / 10);
+    Rest();
     const Picture quad = WaitForSettled(
         [](const Picture& p) { return MiddleSeparatorShare(p, true) >= 0.9 && MiddleSeparatorShare(p, false) >= 0.9; },
         15s);
@@ -85,10 +76,10 @@ TEST_F(Shortcuts, TabDimsTheWindowAndAChosenTileSplitsIt)
     EXPECT_GT(MeanBrightness(quad, above), 0.6 * MeanBrightness(start, above));
 }
 
-TEST_F(Shortcuts, F12SavesTheWindowAsPng)
+TEST_F(Shortcuts, F12SavesTheWindowAsPngAndRReloadsTheShaders)
 {
     ASSERT_NO_FATAL_FAILURE(OpenClusters());
-    x->MoveTo(start.Width() / 10, start.Height() * 9 / 10);
+    Rest();
     x->Tap("F12");
 
     const fs::path folder = WorkingDirectory() / "screenshots";
@@ -114,12 +105,8 @@ TEST_F(Shortcuts, F12SavesTheWindowAsPng)
     for (std::size_t i = 0; i < 4; ++i)
         EXPECT_LE(Distance(shown.balls[i].centroid, stored.balls[i].centroid), 2.0)
             << "screen: " << shown.Describe() << "\nfile:   " << stored.Describe();
-}
 
-TEST_F(Shortcuts, RReloadsTheShadersAndSaysSo)
-{
-    ASSERT_NO_FATAL_FAILURE(OpenClusters());
-    x->MoveTo(start.Width() / 10, start.Height() * 9 / 10);
+    // R reloads the shaders and says so.
     x->Tap("r");
 
     EXPECT_TRUE(WaitForOutput("Shaders reloaded", 15s)) << "the reload was not logged; output:\n" << Output();
@@ -133,30 +120,22 @@ TEST_F(Shortcuts, RReloadsTheShadersAndSaysSo)
 TEST_F(SidebarArrow, HidesAndShowsTheSidebar)
 {
     ASSERT_NO_FATAL_FAILURE(OpenClusters());
-    const int w = start.Width(), h = start.Height();
-    const Point rest{w / 10.0, h * 0.9};
     ASSERT_FALSE(FindPanelHeaders(start, layout).empty()) << "the sidebar shows no panel to begin with";
-
-    const Rect arrow = FindButtonOnRow(start, layout.RenderArea(), layout.area.y0 + 6);
-    ASSERT_GT(arrow.Width(), 0) << "no arrow button at the top right of the 3D area";
-    EXPECT_EQ(arrow.x1, layout.SidebarToggle().x1) << "the arrow should sit just left of the sidebar";
-    ClickCentre(arrow);
-    x->MoveTo(static_cast<int>(rest.x), static_cast<int>(rest.y));
+    ClickCentre(layout.SidebarToggle());
+    Rest();
     const Picture hidden = WaitForSettled([&](const Picture& p) { return FindPanelHeaders(p, layout).empty(); }, 15s);
     Keep("hidden", hidden);
     ASSERT_FALSE(hidden.Empty()) << "the sidebar's panel is still shown after clicking the arrow";
     // The 3D area takes the whole width: the scene's middle moves to the window's middle.
     ViewAreaLayout wide = layout;
     wide.sidebarVisible = false;
-    // The arrow stays reachable at the top right of the now wider 3D area.
-    const Rect back = FindButtonOnRow(hidden, wide.RenderArea(), layout.area.y0 + 6);
-    ASSERT_GT(back.Width(), 0) << "no arrow button to bring the sidebar back";
-    const ClusterLayout spread = MeasureClusters(hidden, wide.RenderArea(), {back});
+    const ClusterLayout spread = MeasureClusters(hidden, wide.RenderArea(), {wide.SidebarToggle()});
     ASSERT_TRUE(spread.AllVisible()) << spread.Describe();
-    EXPECT_NEAR(spread.Mean().x, w / 2.0, 0.05 * w) << spread.Describe();
+    EXPECT_NEAR(spread.Mean().x, start.Width() / 2.0, 0.05 * start.Width()) << spread.Describe();
 
-    ClickCentre(back);
-    x->MoveTo(static_cast<int>(rest.x), static_cast<int>(rest.y));
+    // The arrow, now at the top right of the wider 3D area, brings it back.
+    ClickCentre(wide.SidebarToggle());
+    Rest();
     const Picture shown = WaitForSettled([&](const Picture& p) { return !FindPanelHeaders(p, layout).empty(); }, 15s);
     Keep("shown-again", shown);
     ASSERT_FALSE(shown.Empty()) << "the second click did not bring the sidebar back";

@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 #include <cmath>
-#include <cstring>
 #include <stdexcept>
 #include <thread>
 
@@ -31,24 +30,14 @@ int IgnoreXErrors(Display*, XErrorEvent*)
     return 0;
 }
 
+// `timeout` for each character; a display number has a few.
 std::string ReadLine(int fd, std::chrono::milliseconds timeout)
 {
     std::string line;
-    const auto end = std::chrono::steady_clock::now() + timeout;
-    while (std::chrono::steady_clock::now() < end)
-    {
-        pollfd descriptor{fd, POLLIN, 0};
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
-        if (poll(&descriptor, 1, static_cast<int>(std::max<long>(left.count(), 1))) <= 0)
-            continue;
-        char c = 0;
-        const ssize_t n = read(fd, &c, 1);
-        if (n <= 0)
-            break;
-        if (c == '\n')
-            return line;
+    pollfd descriptor{fd, POLLIN, 0};
+    char c = 0;
+    while (poll(&descriptor, 1, static_cast<int>(timeout.count())) > 0 && read(fd, &c, 1) == 1 && c != '\n')
         line.push_back(c);
-    }
     return line;
 }
 
@@ -56,12 +45,10 @@ unsigned long ReadCardinal(Display* display, Window window, Atom property)
 {
     Atom type = None;
     int format = 0;
-    unsigned long items = 0, after = 0;
+    unsigned long items = 0, after = 0, value = 0;
     unsigned char* data = nullptr;
-    unsigned long value = 0;
-    if (XGetWindowProperty(display, window, property, 0, 1, False, XA_CARDINAL, &type, &format, &items, &after, &data) ==
-            Success &&
-        data != nullptr)
+    if (XGetWindowProperty(display, window, property, 0, 1, False, XA_CARDINAL, &type, &format, &items, &after,
+                           &data) == Success && data != nullptr)
     {
         if (format == 32 && items == 1)
             value = *reinterpret_cast<unsigned long*>(data);
@@ -70,43 +57,20 @@ unsigned long ReadCardinal(Display* display, Window window, Atom property)
     return value;
 }
 
-int ShiftOf(unsigned long mask)
-{
-    int shift = 0;
-    while (mask != 0 && (mask & 1u) == 0)
-    {
-        mask >>= 1;
-        ++shift;
-    }
-    return shift;
-}
-
 } // namespace
 
-XSession::XSession(const std::string& serverLog, int screenWidth, int screenHeight)
+XSession::XSession(const std::string& serverLog)
 {
     int pipeFds[2];
     if (pipe2(pipeFds, O_CLOEXEC) != 0)
         throw std::runtime_error("cannot create a pipe for Xvfb");
 
-    ChildProcess::Options options;
-    options.program = "/usr/bin/Xvfb";
     // No display number: Xvfb takes the first free one and writes it to the descriptor.
-    options.arguments = {"-displayfd", std::to_string(pipeFds[1]), "-screen", "0",
-                         std::to_string(screenWidth) + "x" + std::to_string(screenHeight) + "x24",
-                         "-nolisten", "tcp", "-noreset"};
-    options.outputFile = serverLog;
-    options.inheritedDescriptor = pipeFds[1];
-    try
-    {
-        server_ = std::make_unique<ChildProcess>(options);
-    }
-    catch (...)
-    {
-        close(pipeFds[0]);
-        close(pipeFds[1]);
-        throw;
-    }
+    server_ = std::make_unique<ChildProcess>(ChildProcess::Options{
+        .program = "/usr/bin/Xvfb",
+        .arguments = {"-displayfd", std::to_string(pipeFds[1]), "-screen", "0", "1280x900x24", "-nolisten", "tcp",
+                      "-noreset"},
+        .outputFile = serverLog, .inheritedDescriptor = pipeFds[1]});
     close(pipeFds[1]);
     const std::string number = ReadLine(pipeFds[0], 30s);
     close(pipeFds[0]);
@@ -141,6 +105,7 @@ void XSession::Pause(std::chrono::milliseconds duration)
 void XSession::Flush()
 {
     XSync(display_, False);
+    Pause(kEventGap);
 }
 
 bool XSession::AttachToWindowOf(pid_t pid, std::chrono::milliseconds timeout)
@@ -148,34 +113,25 @@ bool XSession::AttachToWindowOf(pid_t pid, std::chrono::milliseconds timeout)
     const Atom pidAtom = XInternAtom(display_, "_NET_WM_PID", False);
     window_ = 0;
     const auto end = std::chrono::steady_clock::now() + timeout;
-    while (std::chrono::steady_clock::now() < end)
+    for (; window_ == 0 && std::chrono::steady_clock::now() < end; Pause(50ms))
     {
-        Window root = 0, parent = 0;
-        Window* children = nullptr;
+        Window root = 0, parent = 0, *children = nullptr;
         unsigned int count = 0;
-        if (XQueryTree(display_, DefaultRootWindow(display_), &root, &parent, &children, &count) != 0)
+        XQueryTree(display_, DefaultRootWindow(display_), &root, &parent, &children, &count);
+        for (unsigned int i = 0; i < count && window_ == 0; ++i)
         {
-            for (unsigned int i = 0; i < count && window_ == 0; ++i)
-            {
-                XWindowAttributes attributes;
-                if (XGetWindowAttributes(display_, children[i], &attributes) == 0 ||
-                    attributes.map_state != IsViewable || attributes.c_class != InputOutput)
-                    continue;
-                if (ReadCardinal(display_, children[i], pidAtom) == static_cast<unsigned long>(pid))
-                    window_ = children[i];
-            }
-            if (children != nullptr)
-                XFree(children);
+            XWindowAttributes attributes;
+            if (XGetWindowAttributes(display_, children[i], &attributes) != 0 && attributes.map_state == IsViewable &&
+                attributes.c_class == InputOutput &&
+                ReadCardinal(display_, children[i], pidAtom) == static_cast<unsigned long>(pid))
+                window_ = children[i];
         }
-        if (window_ != 0)
-        {
-            Window child = 0;
-            XTranslateCoordinates(display_, window_, DefaultRootWindow(display_), 0, 0, &originX_, &originY_, &child);
-            return true;
-        }
-        Pause(50ms);
+        if (children != nullptr)
+            XFree(children);
     }
-    return false;
+    Window child = 0;
+    return window_ != 0 &&
+           XTranslateCoordinates(display_, window_, DefaultRootWindow(display_), 0, 0, &originX_, &originY_, &child);
 }
 
 Rect XSession::WindowArea()
@@ -184,13 +140,6 @@ Rect XSession::WindowArea()
     if (window_ == 0 || XGetWindowAttributes(display_, window_, &attributes) == 0)
         return {};
     return {originX_, originY_, originX_ + attributes.width, originY_ + attributes.height};
-}
-
-bool XSession::IsWindowViewable()
-{
-    XWindowAttributes attributes;
-    return window_ != 0 && XGetWindowAttributes(display_, window_, &attributes) != 0 &&
-           attributes.map_state == IsViewable;
 }
 
 Picture XSession::Grab()
@@ -202,30 +151,20 @@ Picture XSession::Grab()
                               static_cast<unsigned int>(attributes.height), AllPlanes, ZPixmap);
     if (image == nullptr)
         return {};
-    Picture picture(image->width, image->height);
-    const int rs = ShiftOf(image->red_mask), gs = ShiftOf(image->green_mask), bs = ShiftOf(image->blue_mask);
-    const bool fast = image->bits_per_pixel == 32 && image->byte_order == LSBFirst && image->red_mask == 0xff0000 &&
-                      image->green_mask == 0xff00 && image->blue_mask == 0xff;
-    for (int y = 0; y < image->height; ++y)
+    // The servers the cases start (depth 24) hand out BGRX words, least significant byte first.
+    if (image->bits_per_pixel != 32 || image->byte_order != LSBFirst || image->red_mask != 0xff0000 ||
+        image->blue_mask != 0xff)
     {
-        const auto* row = reinterpret_cast<const unsigned char*>(image->data + static_cast<std::ptrdiff_t>(y) * image->bytes_per_line);
+        XDestroyImage(image);
+        throw std::runtime_error("the X server's image format is not 32-bit BGRX");
+    }
+    Picture picture(image->width, image->height);
+    for (int y = 0; y < image->height; ++y)
         for (int x = 0; x < image->width; ++x)
         {
-            if (fast)
-            {
-                const unsigned char* p = row + static_cast<std::ptrdiff_t>(x) * 4;
-                picture.Set(x, y, {p[2], p[1], p[0]});
-            }
-            else
-            {
-                const unsigned long v = XGetPixel(image, x, y);
-                picture.Set(x, y,
-                            {static_cast<std::uint8_t>((v & image->red_mask) >> rs),
-                             static_cast<std::uint8_t>((v & image->green_mask) >> gs),
-                             static_cast<std::uint8_t>((v & image->blue_mask) >> bs)});
-            }
+            const auto* p = reinterpret_cast<const unsigned char*>(image->data + y * image->bytes_per_line + x * 4);
+            picture.Set(x, y, {p[2], p[1], p[0]});
         }
-    }
     XDestroyImage(image);
     return picture;
 }
@@ -239,21 +178,18 @@ void XSession::MoveOnScreen(int x, int y)
 void XSession::MoveTo(int x, int y)
 {
     MoveOnScreen(originX_ + x, originY_ + y);
-    Pause(kEventGap);
 }
 
 void XSession::Press(Button button)
 {
     XTestFakeButtonEvent(display_, static_cast<unsigned int>(button), True, CurrentTime);
     Flush();
-    Pause(kEventGap);
 }
 
 void XSession::Release(Button button)
 {
     XTestFakeButtonEvent(display_, static_cast<unsigned int>(button), False, CurrentTime);
     Flush();
-    Pause(kEventGap);
 }
 
 void XSession::Click(Button button, int x, int y)
@@ -287,7 +223,6 @@ void XSession::Drag(Button button, Point from, Point to, const std::vector<std::
         const double t = static_cast<double>(i) / steps;
         MoveOnScreen(originX_ + static_cast<int>(std::lround(from.x + (to.x - from.x) * t)),
                      originY_ + static_cast<int>(std::lround(from.y + (to.y - from.y) * t)));
-        Pause(kEventGap);
     }
     Release(button);
     for (auto it = modifiers.rbegin(); it != modifiers.rend(); ++it)
@@ -319,14 +254,12 @@ void XSession::KeyDown(const std::string& keysym)
 {
     XTestFakeKeyEvent(display_, Keycode(keysym), True, CurrentTime);
     Flush();
-    Pause(kEventGap);
 }
 
 void XSession::KeyUp(const std::string& keysym)
 {
     XTestFakeKeyEvent(display_, Keycode(keysym), False, CurrentTime);
     Flush();
-    Pause(kEventGap);
 }
 
 void XSession::Tap(const std::string& keysym)
@@ -346,10 +279,7 @@ bool XSession::RepeatsWhenHeld(const std::string& keysym)
 
 void XSession::RequestClose()
 {
-    if (window_ == 0)
-        return;
-    XEvent event;
-    std::memset(&event, 0, sizeof(event));
+    XEvent event{};
     event.xclient.type = ClientMessage;
     event.xclient.window = window_;
     event.xclient.message_type = XInternAtom(display_, "WM_PROTOCOLS", False);

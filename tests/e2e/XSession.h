@@ -23,9 +23,9 @@ enum class Button : unsigned int { Left = 1, Middle = 2, Right = 3, WheelUp = 4,
 
 class XSession {
 public:
-    /// Starts Xvfb on a free display (its messages go to `serverLog`) and connects to it.
-    /// Throws std::runtime_error when either fails.
-    XSession(const std::string& serverLog, int screenWidth = 1280, int screenHeight = 900);
+    /// Starts Xvfb (a 1280 x 900 screen) on a free display, its messages going to `serverLog`,
+    /// and connects to it. Throws std::runtime_error when either fails.
+    explicit XSession(const std::string& serverLog);
     ~XSession();
     XSession(const XSession&) = delete;
     XSession& operator=(const XSession&) = delete;
@@ -36,11 +36,8 @@ public:
     /// Waits for a mapped top-level window of process `pid` and makes it the target of all
     /// following calls. False after `timeout`.
     bool AttachToWindowOf(pid_t pid, std::chrono::milliseconds timeout);
-    bool HasWindow() const { return window_ != 0; }
     /// The window's size; the position is its place on the screen.
     Rect WindowArea();
-    /// Whether the target window still exists and is mapped.
-    bool IsWindowViewable();
 
     /// The window's pixels as they are on the screen now; empty when it cannot be read.
     Picture Grab();
@@ -75,6 +72,7 @@ public:
 
 private:
     unsigned int Keycode(const std::string& keysym);
+    /// Sends the queued requests and leaves the gap between two events.
     void Flush();
     void MoveOnScreen(int x, int y);
 

@@ -99,40 +99,33 @@ const char* Result(bool value)
 // what it returned is printed so that the test can tell where a host would have crashed.
 void CallEverythingOnceMore(const std::shared_ptr<vexa::modules::PointCloudResource>& cloud)
 {
-    const vexa::ResourceId id = cloud->GetId();
+    const auto step = [](const char* name, const auto& call) {
+        call();
+        Print(std::string("after-close ") + name + " done");
+    };
     Print(std::string("after-close IsOpen ") + Result(vexa::IsOpen()));
-    vexa::Update();
-    Print("after-close Update done");
-    vexa::AddResource(MakeSecondCloud());
-    Print("after-close AddResource done");
+    step("Update", [] { vexa::Update(); });
+    step("AddResource", [] { vexa::AddResource(MakeSecondCloud()); });
     vexa::Update();
     Print(std::string("after-close IsOpen-after-Update ") + Result(vexa::IsOpen()));
-    vexa::SetAxesVisible(0, false);
-    Print("after-close SetAxesVisible done");
+    step("SetAxesVisible", [] { vexa::SetAxesVisible(0, false); });
     Print(std::string("after-close IsAxesVisible ") + Result(vexa::IsAxesVisible(0)));
-    vexa::SetSidebarVisible(0, false);
-    Print("after-close SetSidebarVisible done");
+    step("SetSidebarVisible", [] { vexa::SetSidebarVisible(0, false); });
     Print("after-close GetActiveResources " + std::to_string(vexa::GetActiveResources().size()));
     const tesk::Color3b background = vexa::GetBackgroundColor();
     Print("after-close GetBackgroundColor " + std::to_string(background.r) + "," + std::to_string(background.g) + "," +
           std::to_string(background.b));
-    vexa::FocusCamera(id);
-    Print("after-close FocusCamera done");
-    const std::string shot = "after-close.png";
-    const bool saved = vexa::SaveScreenshot(shot);
+    step("FocusCamera", [&] { vexa::FocusCamera(cloud->GetId()); });
+    const bool saved = vexa::SaveScreenshot("after-close.png");
     Print(std::string("after-close SaveScreenshot ") + Result(saved) + " file " +
-          Result(std::filesystem::exists(shot)));
-    vexa::RemoveResourcesWithPrefix("E2E/");
-    Print("after-close RemoveResourcesWithPrefix done");
-    vexa::RemoveAllResources();
-    Print("after-close RemoveAllResources done");
-    vexa::SetKeyDownCallback({});
-    vexa::SetKeyUpCallback({});
-    vexa::SetFileDropCallback({});
-    Print("after-close callbacks cleared");
-    vexa::SetIntermediateDirectory("./vexa-after-close");
-    vexa::SetAssetDirectory(VEXA_DEFAULT_ASSET_DIR);
-    Print("after-close directories set");
+          Result(std::filesystem::exists("after-close.png")));
+    step("RemoveResourcesWithPrefix", [] { vexa::RemoveResourcesWithPrefix("E2E/"); });
+    step("RemoveAllResources", [] { vexa::RemoveAllResources(); });
+    step("callbacks", [] { vexa::SetKeyDownCallback({}); vexa::SetKeyUpCallback({}); vexa::SetFileDropCallback({}); });
+    step("directories", [] {
+        vexa::SetIntermediateDirectory("./vexa-after-close");
+        vexa::SetAssetDirectory(VEXA_DEFAULT_ASSET_DIR);
+    });
     Print(std::string("after-close Initialize ") + Result(vexa::Initialize()));
     Print(std::string("after-close Initialize-with-look ") + Result(vexa::Initialize("")));
     Print("after-close GetVersion " + vexa::GetVersion().ToString());
