@@ -1,5 +1,5 @@
 // A host's own panel in the sidebar, used as a person uses it: its button, clicked on screen,
-// runs the host's handler, and the scene changes.
+// runs the host's handler, and the scene changes; the wheel scrolls the panels.
 
 #include "E2eTest.h"
 
@@ -40,6 +40,21 @@ TEST_F(HostPanel, TheHostsButtonsChangeTheScene)
         return FindBlob(p, layout.RenderArea(), IsRing).count > oneRing * 3;
     }));
     ASSERT_FALSE(grown.Empty()) << "two clicks on \"Add a ring\" did not add two rings";
+
+    // Three ring panels run past the window's bottom: the wheel over their text scrolls the
+    // column up, and back down.
+    const int top = FindPanelHeaders(grown, layout).front().rect.y0;
+    const auto headerAt = [&](const Picture& p) {
+        const std::vector<PanelHeader> found = FindPanelHeaders(p, layout);
+        return found.empty() ? -1 : found.front().rect.y0;
+    };
+    x->MoveTo(layout.PanelColumn().x0 + 30, layout.PanelColumn().y1 - 40);
+    x->Wheel(-3);
+    EXPECT_FALSE(Keep("scrolled", WaitForSettled([&](const Picture& p) { return headerAt(p) < top; })).Empty())
+        << "the wheel over the panels did not scroll them";
+    x->Wheel(3);
+    EXPECT_FALSE(WaitForSettled([&](const Picture& p) { return headerAt(p) == top; }).Empty())
+        << "the wheel up did not scroll back";
 
     ClickCentre(buttons[1]);
     Rest();
