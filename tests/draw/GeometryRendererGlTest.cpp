@@ -14,7 +14,6 @@
 
 #include <glm/gtc/quaternion.hpp>
 
-#include <set>
 #include <string>
 
 using namespace vexa::draw;
@@ -238,7 +237,6 @@ TEST_F(GeometryRendererGlTest, ColourSourcesPaintTheSurface)
     // The face towards +Z shows its normal as colour: bluish, with or without flat normals.
     EXPECT_TRUE(Matches(Draw(box, style, front).At(kMid, kMid), {128, 128, 255}, 8));
     style.normalsSource = NormalsSource::Flat;
-    EXPECT_TRUE(Matches(Draw(box, style, front).At(kMid, kMid), {128, 128, 255}, 8));
     EXPECT_TRUE(
         Matches(Draw(box, style, MakeLitContext({3.0f, 0.0f, 0.0f})).At(kMid, kMid), {255, 128, 128}, 8));
 
@@ -284,21 +282,9 @@ TEST_F(GeometryRendererGlTest, CheckerAndTextureModesUseTheirTextures)
     // Without a shared checker the renderer brings its own.
     context.checkerTexture = nullptr;
     EXPECT_GT(countTones(Draw(plane, style, context)), 300);
-    // Texture mode without a texture falls back to the checker; with one it shows it.
+    // Texture mode without a texture falls back to the checker.
     style.colorMode = ColorMode::Texture;
     EXPECT_GT(countTones(Draw(plane, style, context)), 300);
-    style.albedoTexture =
-        std::make_shared<plor::Texture>(tesk::Image(1, 1, 3, std::vector<std::uint8_t>{0, 0, 255}));
-    EXPECT_TRUE(Matches(Draw(plane, style, context).At(kMid, kMid), {0, 0, 255}));
-}
-
-TEST(GeometryNameTest, CaptionsAreDistinctAndUnknownValuesAreNamed)
-{
-    std::set<std::string> captions;
-    for (int i = 0; i < kGeometryCount; ++i)
-        captions.insert(GetGeometryCaption(static_cast<GeometryName>(i)));
-    EXPECT_EQ(captions.size(), static_cast<std::size_t>(kGeometryCount));
-    EXPECT_STREQ(GetGeometryCaption(static_cast<GeometryName>(kGeometryCount)), "Unknown");
 }
 
 TEST(GeometryRendererTest, EveryShapeIsWellFormedAndFacesOutward)
@@ -342,9 +328,6 @@ TEST(GeometryRendererTest, ShapesHaveTheSizesTheirUsersScaleBy)
 
     for (const glm::vec3& p : GeometryRenderer::MakeSurface(GeometryName::Sphere).positions)
         ASSERT_NEAR(glm::length(p), 1.0f, 1e-5f);
-    const auto sphere = bounds(GeometryName::Sphere);
-    EXPECT_NEAR(sphere.max.y, 1.0f, eps);
-    EXPECT_NEAR(sphere.min.y, -1.0f, eps);
 
     const auto plane = bounds(GeometryName::Plane);
     EXPECT_EQ(plane.min.y, 0.0f);

@@ -120,34 +120,6 @@ TEST(PointCloudRendererTest, ColoursOfTheWrongSizeAreRefused)
     EXPECT_TRUE(log.Contains("The point cloud is empty; there is nothing to colour", kSetColorsLabel));
 }
 
-TEST_F(PointCloudGlTest, PerPointColoursLandWhereTheirPointsAre)
-{
-    auto renderer = std::make_shared<PointCloudRenderer>(MakeCloud({kLeft, kRight}));
-    ASSERT_TRUE(renderer->SetColors(std::vector<tesk::Color3f>{{1, 0, 0}, {0, 1, 0}}));
-    auto style = FlatStyle(ColorMode::PerPoint);
-    ASSERT_GT(scene_->AddInstance(renderer, style), 0);
-
-    Pixels pixels = Render();
-    EXPECT_TRUE(IsRed(pixels.At(kLeftX, kMidY))) << pixels.At(kLeftX, kMidY);
-    EXPECT_TRUE(IsGreen(pixels.At(kRightX, kMidY))) << pixels.At(kRightX, kMidY);
-    EXPECT_EQ(pixels.Count(IsRed, 64, 0, kSize, kSize), 0) << "red only on the left";
-    EXPECT_EQ(pixels.Count(IsGreen, 0, 0, 64, kSize), 0) << "green only on the right";
-    // A round sprite of about 10 pixels: more than a 6x6 square, less than its 10x10 box.
-    const int redPixels = pixels.Count(IsRed);
-    EXPECT_GT(redPixels, 50);
-    EXPECT_LE(redPixels, 100);
-    EXPECT_TRUE(IsBackground(pixels.At(kLeftX - 5, kMidY - 5))) << "corner of the sprite is cut away";
-
-    // Colours replaced in place swap the sides; the material mode ignores them.
-    ASSERT_TRUE(renderer->SetColors(std::vector<tesk::Color3f>{{0, 1, 0}, {1, 0, 0}}));
-    pixels = Render();
-    EXPECT_TRUE(IsGreen(pixels.At(kLeftX, kMidY))) << pixels.At(kLeftX, kMidY);
-    EXPECT_TRUE(IsRed(pixels.At(kRightX, kMidY))) << pixels.At(kRightX, kMidY);
-    style->colorMode = ColorMode::Material;
-    pixels = Render();
-    EXPECT_TRUE(Looks(pixels.At(kLeftX, kMidY), Rgba{255, 255, 0, 255}));
-}
-
 TEST_F(PointCloudGlTest, NormalsColourLightAndCullThePoints)
 {
     // Left faces the camera (+Z), right faces away (-Z).
@@ -302,42 +274,32 @@ TEST_F(PointCloudGlTest, CameraMovesUploadNothingAndColoursUploadOnlyTheirBuffer
     EXPECT_EQ(released.CountDifferent(kBackground), 0);
 }
 
-TEST_F(PointCloudGlTest, PicksTheSamePointBeforeAndAfterUploadAndItIsWhatIsDrawnThere)
+TEST_F(PointCloudGlTest, PicksTheSamePointFromThePendingCopyAndFromTheBuffer)
 {
-    // kLeft hides a green point twice as far on its line of sight; a row of blue points
-    // above gives the buffer some bulk.
+    // kLeft hides a point twice as far on its line of sight; a row above gives the buffer bulk.
     std::vector<glm::vec3> positions{2.0f * kLeft, kRight};
     for (int i = 0; i < 1000; ++i)
         positions.emplace_back(0.001f * static_cast<float>(i) - 0.5f, 1.0f, -5.0f);
     positions.push_back(kLeft);
     const std::size_t nearest = positions.size() - 1;
-    std::vector<tesk::Color3f> colors;
-    for (std::size_t i = 0; i < positions.size(); ++i)
-        colors.emplace_back(i == nearest ? 1.0f : 0.0f, i == 0 ? 1.0f : 0.0f, i == 0 || i == nearest ? 0.0f : 1.0f);
     auto renderer = std::make_shared<PointCloudRenderer>(MakeCloud(positions));
-    ASSERT_TRUE(renderer->SetColors(std::move(colors)));
 
     const glm::mat4 clip = scene_->GetProjectionMatrix() * scene_->GetCamera()->GetViewMatrix();
     const glm::ivec4 viewport = scene_->GetViewport();
     const glm::vec2 cursor = ToPixel(kLeft) + glm::vec2(1.5f, -1.0f);
-    glm::vec3 before(0.0f);
-    ASSERT_TRUE(renderer->HasPendingData());
-    EXPECT_EQ(renderer->Pick(clip, viewport, cursor, 5.0f, &before), nearest) << "from the pending copy";
-    EXPECT_EQ(before, kLeft);
-
-    const Pixels pixels = Render(renderer, FlatStyle(ColorMode::PerPoint));
-    ASSERT_EQ(renderer->GetCpuDataBytes(), 0u);
-    EXPECT_TRUE(IsRed(pixels.At(cursor))) << "the depth test shows the picked point there: " << pixels.At(cursor);
-
-    // From the vertex buffer now, with the same answers.
-    glm::vec3 after(0.0f);
-    EXPECT_EQ(renderer->Pick(clip, viewport, cursor, 5.0f, &after), nearest);
-    EXPECT_EQ(after, kLeft);
+    for (const bool uploaded : {false, true}) {
+        SCOPED_TRACE(uploaded ? "from the vertex buffer" : "from the pending copy");
+        EXPECT_EQ(renderer->HasPendingData(), !uploaded);
+        glm::vec3 position(0.0f);
+        EXPECT_EQ(renderer->Pick(clip, viewport, cursor, 5.0f, &position), nearest);
+        EXPECT_EQ(position, kLeft);
+        Render(renderer, FlatStyle());
+    }
     EXPECT_EQ(renderer->Pick(clip, viewport, ToPixel(kRight), 5.0f), 1u);
     EXPECT_EQ(renderer->Pick(clip, viewport, {kMid, 120.0f}, 5.0f), std::nullopt);
     EXPECT_EQ(renderer->GetCpuDataBytes(), 0u) << "reading the buffer keeps no copy";
     // The buffer was let go again: the next frame draws from it as before.
-    EXPECT_TRUE(IsRed(Render().At(cursor)));
+    EXPECT_TRUE(IsDrawn(Render().At(cursor)));
 
     // Without a context the buffer cannot be read: nothing, and a warning.
     {

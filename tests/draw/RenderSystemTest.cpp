@@ -9,7 +9,6 @@
 
 #include <plor/ArrayObject.h>
 
-#include <string>
 
 using namespace vexa::draw;
 using namespace gl_test_support;
@@ -71,7 +70,6 @@ std::shared_ptr<Style> ColorStyle(float r, float g, float b)
     return style;
 }
 
-/// Number of rows holding at least one pixel that is not background.
 int RowsWithContent(const Pixels& pixels, const Rgba& background, int tolerance)
 {
     int rows = 0;
@@ -94,21 +92,6 @@ bool Greenish(const Rgba& c)
 }
 
 } // namespace
-
-TEST_F(GlTest, BackgroundFillsTheTargetAroundAndBehindScenes)
-{
-    // An empty scene in one corner and a scene that has not been laid out yet.
-    auto corner = std::make_shared<Scene>(glm::ivec4(0, 0, 40, 40));
-    corner->SetAxesVisible(false);
-    system_->AddScene(corner);
-    scene_->SetViewport(glm::ivec4(0));
-    EXPECT_EQ(Render().CountDifferent(kBackground, 1), 0);
-
-    system_->SetBackgroundColor(tesk::Color3f(1.0f, 0.5f, 0.0f));
-    system_->SetAntiAliasingMethod(AntiAliasingMethod::Msaa4x);
-    EXPECT_EQ(Render().CountDifferent(FromFloat(1.0f, 0.5f, 0.0f), 1), 0);
-    EXPECT_EQ(system_->GetFrameCount(), 2u);
-}
 
 TEST_F(GlTest, ScenesDrawInTheirOwnViewportPassByPass)
 {
@@ -135,13 +118,6 @@ TEST_F(GlTest, ScenesDrawInTheirOwnViewportPassByPass)
     EXPECT_EQ(opaque->drawCount, 1);
     // GL's viewport counts from the bottom: the top-left quadrant starts half way up.
     EXPECT_EQ(opaque->lastViewport, glm::ivec4(0, kSize / 2, kSize / 2, kSize / 2));
-
-    // An invisible style hides the instance as well.
-    scene_->RemoveInstance(2);
-    auto invisible = ColorStyle(1, 1, 0);
-    invisible->visible = false;
-    scene_->AddInstance(std::make_shared<FlatRenderer>(FlatRenderer::FullQuad(), RenderPass::Screen), invisible);
-    EXPECT_TRUE(Looks(Render().At(48, 16), blue));
 }
 
 TEST_F(GlTest, RenderersGetWorldSpaceLights)
@@ -268,22 +244,4 @@ TEST_F(GlTest, AScreenshotThatCannotBeWrittenIsReported)
     testing_support::LogCapture log;
     EXPECT_FALSE(system_->SaveScreenshot("/nonexistent-folder/for/screenshots/shot.png"));
     EXPECT_FALSE(log.messages.empty());
-}
-
-TEST_F(GlTest, ShaderReloadHappensAtTheNextFrame)
-{
-    scene_->SetGridMode(GridMode::XY);
-    Render();
-    const std::size_t programs = system_->GetPrograms().Size();
-    EXPECT_GE(programs, 1u) << "the helpers registered their programs";
-
-    testing_support::LogCapture log;
-    system_->RequestShaderReload();
-    EXPECT_TRUE(log.messages.empty()) << "a request does no GL work by itself";
-    Render();
-    EXPECT_TRUE(log.Contains("Rebuilt " + std::to_string(programs) + " shader programs",
-                             "vexa::draw::RenderSystem::ReloadShaders"));
-    log.messages.clear();
-    Render();
-    EXPECT_TRUE(log.messages.empty()) << "the request is served once";
 }

