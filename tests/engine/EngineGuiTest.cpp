@@ -1,6 +1,5 @@
-// The engine's own GUI: the layout chooser, the notice, sidebar regeneration, the rules a look
-// gives each resource's panel and the camera animation panel, driven through a real engine and
-// its window.
+// The engine's own GUI: the notice, sidebar regeneration and the rules a look gives each
+// resource's panel, driven through a real engine and its window.
 
 #include "core/Viewarea.h"
 #include "gui/GuiStylingPanel.h"
@@ -8,14 +7,12 @@
 #include "scene/GadgetManager.h"
 
 #include <vexa/Debugger.h>
-#include <vexa/modules/CameraAnimGadget.h>
 #include <vexa/draw/RenderSystem.h>
 #include <vexa/draw/Scene.h>
 
 #include <plor/Window.h>
 
 #include "EngineTestSupport.h"
-#include "LogCapture.h"
 
 #include <chrono>
 
@@ -23,9 +20,7 @@ namespace {
 
 using namespace engine_test;
 
-constexpr int kTab = 258;
 using EngineGui = EngineCase;
-using CameraAnimation = EngineCase;
 
 vexa::ResourceId Plain(const std::string& name)
 {
@@ -33,48 +28,6 @@ vexa::ResourceId Plain(const std::string& name)
 }
 
 } // namespace
-
-TEST_F(EngineGui, TabTogglesTheLayoutChooserOnlyWithShortcutsOn)
-{
-    vexa::Engine engine;
-    ASSERT_TRUE(Start(engine, state));
-    int hostKeys = 0;
-    engine.SetKeyDownCallback([&](const vexa::Key& key, const vexa::ModKeys&) { hostKeys += key == vexa::Key::Tab; });
-    engine.Update();
-
-    engine.GetOptions().SetShortcutsEnabled(false);
-    engine.OnKeyDown(kTab, {}, false);
-    EXPECT_FALSE(engine.IsLayoutChooserShown());
-    EXPECT_EQ(hostKeys, 1) << "the host still hears the key";
-
-    engine.GetOptions().SetShortcutsEnabled(true);
-    engine.OnKeyDown(kTab, {}, false);
-    ASSERT_TRUE(engine.IsLayoutChooserShown());
-    engine.OnKeyDown(kTab, {}, true);
-    EXPECT_TRUE(engine.IsLayoutChooserShown()) << "a held key does not toggle";
-    EXPECT_EQ(hostKeys, 2);
-
-    // What it shows (dimmed window, tiles on top) is the viewer's case (e2e Shortcuts).
-    CEGUI::Window* chooser = engine.GetLayoutChooser();
-
-    // A click beside the tiles closes it, and Tab brings it back.
-    Fire(chooser, CEGUI::Window::EventMouseClick, CEGUI::Window::EventNamespace);
-    EXPECT_FALSE(engine.IsLayoutChooserShown());
-    engine.OnKeyDown(kTab, {}, false);
-    ASSERT_TRUE(engine.IsLayoutChooserShown());
-
-    // Choosing "B Split" rebuilds three view areas, numbered by position (their gadgets' state
-    // files are named so), and closes the chooser. That the choice is stored: EngineState.
-    engine.AddResource(std::make_shared<PlainResource>("shown"));
-    Click(chooser->getChild("layout2"));
-    EXPECT_FALSE(engine.IsLayoutChooserShown());
-    ASSERT_EQ(engine.GetViewareas().size(), 3u);
-    for (unsigned int i = 0; i < 3; ++i)
-        EXPECT_EQ(engine.GetViewareas()[i]->GetId(), i);
-    for (const auto& area : engine.GetViewareas())
-        EXPECT_TRUE(area->GetGadgetManager().HasGadget(Plain("shown"))) << "the new areas show the listed resources";
-    // Where each layout's areas lie is the viewer's case (e2e Shortcuts).
-}
 
 TEST_F(EngineGui, NoticesFadeSidebarsRegenerateShiftClicksPickAndIconifiedStepsDoNothing)
 {
@@ -222,46 +175,4 @@ TEST_F(EngineGui, OptionsEnabledFalseTakesTheGlobalOptionsFromEverySidebarAndThe
         EXPECT_TRUE(area->GetGadgetManager().HasGadget(debugger)) << "view area " << area->GetId();
         EXPECT_EQ(area->GetSidebar()->GetResourcePanelCount(), 0u) << "the debugger has nothing to set";
     }
-}
-
-// Each sidebar's camera button adds and removes the camera animation panel in that view area
-// only, and a look can take the button away.
-TEST_F(CameraAnimation, TheVideoButtonTogglesThePanelInItsOwnViewArea)
-{
-    vexa::Engine engine;
-    ASSERT_TRUE(Start(engine, state, WriteLook(R"({"vexa": {"version": "1.0", "views": [
-        {"position": "0,0;0,0", "size": "0.5,0;1,0"},
-        {"position": "0.5,0;0,0", "size": "0.5,0;1,0", "enable-camera-animator": false}]}})")));
-    const auto animation = engine.GetBuiltInResource(vexa::Engine::kCameraAnimationResource);
-    ASSERT_NE(animation, nullptr);
-    const vexa::ResourceId id = animation->GetId();
-    // Not a listed resource: it would get a gadget in every view area.
-    for (const auto& resource : engine.GetResources())
-        EXPECT_NE(resource->GetId(), id);
-
-    vexa::Viewarea& left = *engine.GetViewareas()[0];
-    vexa::Viewarea& right = *engine.GetViewareas()[1];
-    EXPECT_FALSE(left.GetGadgetManager().HasGadget(id)) << "the panel is hidden until asked for";
-    CEGUI::Window* button = left.GetChild("sidebar/toolbar/toggle_video");
-    ASSERT_NE(button, nullptr);
-    Click(button);
-    ASSERT_TRUE(left.GetGadgetManager().HasGadget(id));
-    EXPECT_NE(dynamic_cast<vexa::modules::CameraAnimGadget*>(left.GetGadgetManager().GetGadget(id).get()), nullptr);
-    EXPECT_NE(left.GetSidebar()->GetResourcePanel(id), nullptr);
-    EXPECT_FALSE(right.GetGadgetManager().HasGadget(id));
-    engine.Update();
-
-    // A host clearing its resources leaves the panel alone.
-    engine.RemoveAllResources();
-    EXPECT_TRUE(left.GetGadgetManager().HasGadget(id));
-
-    Click(button);
-    EXPECT_FALSE(left.GetGadgetManager().HasGadget(id));
-    EXPECT_EQ(left.GetSidebar()->GetResourcePanel(id), nullptr);
-
-    // Where the look switches the animator off (the button is hidden: ViewareaTest) there is no
-    // panel to toggle.
-    testing_support::LogCapture log;
-    right.GetSidebar()->ToggleVideo();
-    EXPECT_FALSE(right.GetGadgetManager().HasGadget(id));
 }

@@ -1,6 +1,5 @@
 #include "core/Notifications.h"
 #include "core/Viewarea.h"
-#include "scene/GadgetManager.h"
 
 #include <vexa/Debugger.h>
 #include <vexa/draw/RenderSystem.h>
@@ -273,11 +272,6 @@ public:
         Gadget::Terminate();
     }
 
-    vexa::EventStatus ViewResized(unsigned int width, unsigned int height, vexa::EventStatus status) override
-    {
-        size = {width, height};
-        return status;
-    }
 
     vexa::EventStatus KeyPressed(vexa::Key key, const vexa::ModKeys&, vexa::EventStatus status) override
     {
@@ -289,7 +283,6 @@ public:
         return status;
     }
 
-    glm::uvec2 size{0, 0}; ///< the last size its view area reported
 
 private:
     std::vector<std::string>& log_;
@@ -345,37 +338,4 @@ TEST_F(Engine, HostGadgetsMayReachTheirViewAreaOnTheWayOutAndChangeGadgetsFromAH
     log.clear();
     vexa::Terminate();
     EXPECT_EQ(log, (std::vector<std::string>{"terminate c with camera"}));
-}
-
-TEST_F(Engine, WindowFileWithZeroHeightIsIgnoredAndGadgetsHearTheCanvasSize)
-{
-    // Version, x, y, width, height 0, then the maximised flag and its padding.
-    const std::int32_t file[6] = {static_cast<std::int32_t>(vexa::WindowManager::kFormatVersion), 10, 20, 900, 0, 0};
-    std::ofstream(state / "window.bin", std::ios::binary).write(reinterpret_cast<const char*>(file), sizeof file);
-    testing_support::LogCapture log;
-    vexa::Engine engine;
-    ASSERT_TRUE(engine_test::Start(engine, state));
-    // The built-in look's size stands.
-    EXPECT_EQ(engine.GetWindowManager().GetWindowParams().width, 640);
-    EXPECT_EQ(engine.GetWindowManager().GetWindowParams().height, 480);
-    EXPECT_EQ(engine.GetWindow()->GetWindowSize().y, 480);
-
-    // Gadgets hear the size of the canvas they are drawn in.
-    std::vector<std::string> calls;
-    auto resource = std::make_shared<HostResource>("sized", calls);
-    engine.AddResource(resource);
-    const glm::ivec2 window = engine.GetWindow()->GetFramebufferSize();
-    vexa::Viewarea& area = *engine.GetViewareas()[0];
-    const auto heard = [&] {
-        return static_cast<HostGadget&>(*area.GetGadgetManager().GetGadget(resource->GetId())).size;
-    };
-
-    // The sidebar takes its width from the canvas, and the gadget hears both changes.
-    area.SetSidebarVisible(true);
-    engine.OnFramebufferResized(window.x, window.y);
-    EXPECT_EQ(heard(), glm::uvec2(window.x - 270, window.y));
-    area.SetSidebarVisible(false);
-    EXPECT_EQ(heard(), glm::uvec2(window.x, window.y));
-    area.SetSidebarVisible(true);
-    EXPECT_EQ(heard(), glm::uvec2(window.x - 270, window.y));
 }

@@ -6,7 +6,6 @@
 #include <vexa/gui/StylingRows.h>
 
 #include <tesk/Color.h>
-#include <tesk/ColorMap.h>
 
 #include <nubo/ArrayPanel.h>
 #include <nubo/Combobox.h>
@@ -323,19 +322,6 @@ TEST_F(StylingRowsTest, MaterialRowsFollowUseLightingAndShininessStaysInRange)
     EXPECT_TRUE(material.metallic);
     static_cast<CEGUI::ToggleButton*>(Control(3))->setSelected(false);
     EXPECT_FALSE(Shown(4));
-}
-
-TEST_F(StylingRowsTest, ColorMapItemsCarryTheEnumValueNotTheirPosition)
-{
-    GuiGenerator gen(panel_);
-    vexa::gui::Droplist* list = vexa::gui::AddGuiColorMap(gen);
-    int chosen = 0;
-    list->SetLink(&chosen);
-    gui_test::Choose(list->GetWidget(), 4);
-    EXPECT_EQ(list->GetText(), "Thermal");
-    EXPECT_EQ(chosen, static_cast<int>(tesk::ColorMap::Thermal));
-    list->Set(static_cast<int>(tesk::ColorMap::GrayScale));
-    EXPECT_EQ(list->GetText(), "Gray scale");
 }
 
 } // namespace

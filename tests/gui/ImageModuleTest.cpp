@@ -53,11 +53,6 @@ protected:
                                               [&](const char* row) { return gui_test::Shown(panel_, row); }));
     }
     CEGUI::ToggleButton* Box(const std::string& caption) { return gui_test::Control<CEGUI::ToggleButton>(panel_, caption); }
-    CEGUI::ToggleButton* Channel(int item)
-    {
-        return static_cast<CEGUI::ToggleButton*>(
-            gui_test::Row(panel_, 5)->getChildRecursive("item-" + std::to_string(item))->getChild("checkbox"));
-    }
     std::string StateFile() const { return engine_.GetIntermediateDirectory() + "ImageResourceState0.bin"; }
 
     testing_support::FakeEngine engine_;
@@ -79,29 +74,6 @@ TEST_F(ImageModuleTest, TheResourceSharesOneRendererAndTakesPixelsOver)
     ImageResource moved("moved", std::move(big));
     EXPECT_EQ(moved.GetObjectPtr()->GetImageHeight(), 32u);
     EXPECT_TRUE(big.GetUInt8Data().empty()) << "the pixels were moved, not copied";
-}
-
-TEST_F(ImageModuleTest, RowsComeInOrderAndTheChannelListDrivesTheStyle)
-{
-    auto gadget = Make();
-    Panel(*gadget);
-    std::vector<std::string> expected = {"Nearest filtering", "Fit to viewport", "Keep aspect ratio", "Mirror X",
-                                         "Mirror Y", "", "", "Color Transformation",
-                                         "Red Multiplier"}; // the group's own row, read by its first field
-    expected.insert(expected.end(), std::begin(kFactorRows), std::end(kFactorRows));
-    EXPECT_EQ(gui_test::Texts(panel_), expected);
-
-    vexa::draw::ImageStyle& style = *gadget->GetStyle();
-    EXPECT_TRUE(Channel(3)->isSelected());
-    Channel(1)->setSelected(false);
-    Channel(3)->setSelected(false);
-    EXPECT_EQ((std::vector<bool>{style.showRed, style.showGreen, style.showBlue, style.showAlpha}),
-              (std::vector<bool>{true, false, true, false}));
-    // The change was saved: the next panel of this view area starts from it.
-    auto next = Make();
-    Panel(*next);
-    EXPECT_FALSE(Channel(1)->isSelected());
-    EXPECT_TRUE(Channel(2)->isSelected());
 }
 
 TEST_F(ImageModuleTest, ColorTransformationShowsItsFieldsAndSurvivesTheStateStream)

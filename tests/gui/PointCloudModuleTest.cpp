@@ -8,7 +8,6 @@
 #include <vexa/modules/PointCloudGadget.h>
 #include <vexa/modules/PointCloudResource.h>
 #include <vexa/modules/ScanGadget.h>
-#include <vexa/modules/ScanResource.h>
 
 #include <vexa/draw/PointCloudRenderer.h>
 #include <vexa/draw/PointCloudStyle.h>
@@ -16,7 +15,6 @@
 
 #include <tesk/ColorMap.h>
 #include <tesk/PointCloud.h>
-#include <tesk/Scan.h>
 
 #include <runa/SpaceDefinition.h>
 
@@ -39,7 +37,6 @@ using vexa::modules::ColoringChoice;
 using vexa::modules::PointCloudGadget;
 using vexa::modules::PointCloudResource;
 using vexa::modules::ScanGadget;
-using vexa::modules::ScanResource;
 
 tesk::PointCloud Line(std::size_t count)
 {
@@ -286,20 +283,6 @@ TEST_F(PointCloudPanelTest, HeaderAndColourSourcesFollowTheCloud)
         << gui_test::Joined(panel_);
 }
 
-// A square of points around the origin seen by a camera 10 units up the Z axis.
-tesk::Scan SquareScan()
-{
-    std::vector<glm::vec3> points;
-    for (int y = -2; y <= 2; ++y)
-        for (int x = -2; x <= 2; ++x)
-            points.emplace_back(static_cast<float>(x), static_cast<float>(y), 0.0f);
-    tesk::Scan scan{tesk::PointCloud(std::move(points))};
-    scan.SetResolution(640, 480);
-    scan.SetCameraPosition({0.0f, 0.0f, 10.0f});
-    scan.SetCameraUp({1.0f, 0.0f, 0.0f});
-    return scan;
-}
-
 TEST(ScanGadget, MarkerTurnFollowsTheScansCameraBasis)
 {
     // Every branch of the conversion (largest w, x, y or z) gives back the same rotation.
@@ -311,38 +294,6 @@ TEST(ScanGadget, MarkerTurnFollowsTheScansCameraBasis)
             for (int c = 0; c < 3; ++c)
                 EXPECT_LT(glm::distance(back[c], basis[c]), 1e-5f) << angle;
         }
-}
-
-TEST_F(PointCloudPanelTest, AScanShowsTheMarkerLooksFromTheCameraAndListsTheCameraInThePanel)
-{
-    testing_support::FakeEngine engine;
-    tesk::Scan scan = SquareScan();
-    const glm::mat3 basis(glm::rotate(glm::mat4(1.0f), 0.5f, glm::vec3(0.0f, 1.0f, 0.0f)));
-    scan.SetCameraBasis(basis);
-    auto resource = std::make_shared<ScanResource>("scans/square", scan);
-    engine.Register(resource);
-    vexa::Viewarea area(0, gui_test::Root());
-    area.ApplyLook(vexa::ViewareaLook{});
-    vexa::GetNotifications().Notify(vexa::kResourceAdded, &resource->id);
-    auto gadget = std::dynamic_pointer_cast<ScanGadget>(area.GetGadgetManager().GetGadget(resource->id));
-    ASSERT_NE(gadget, nullptr);
-
-    // The cloud and the marker are both in the scene.
-    EXPECT_EQ(area.GetGadgetManager().GetRendererHandles(resource->id).size(), 2u);
-    const tesk::Transform& marker = gadget->GetMarkerStyle()->transform;
-    EXPECT_EQ(marker.GetPosition(), glm::vec3(0.0f, 0.0f, 10.0f));
-    EXPECT_FLOAT_EQ(marker.GetScale().x, 2.0f);
-
-    ASSERT_TRUE(area.GetGadgetManager().FocusCamera(resource->id));
-    vexa::Camera& camera = *area.GetCamera();
-    EXPECT_LT(glm::distance(camera.GetPosition(), glm::vec3(0.0f, 0.0f, 10.0f)), 1e-4f);
-    EXPECT_LT(glm::distance(camera.GetUp(), glm::vec3(1.0f, 0.0f, 0.0f)), 1e-4f) << "upright as the scan's camera";
-
-    vexa::GuiGenerator generator(resource->GetId(), panel_);
-    gadget->GenerateGui(generator);
-    const std::string all = gui_test::Joined(panel_);
-    EXPECT_EQ(all.rfind("Resolution: 640 x 480\nCamera basis: custom\nPoint count: 25\n", 0), 0u) << all;
-    EXPECT_NE(all.find("Display Camera"), std::string::npos) << all;
 }
 
 } // namespace

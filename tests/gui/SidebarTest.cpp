@@ -17,7 +17,6 @@
 
 namespace {
 
-using gui_test::Click;
 using gui_test::Fire;
 using gui_test::Height;
 using testing_support::FakeEngine;
@@ -155,15 +154,9 @@ TEST_F(SidebarTest, GadgetsBringTheirPanelsAndTakeThemAway)
     EXPECT_TRUE(panel->GetButton("btn_focus")->isVisible());
     EXPECT_FALSE(panel->GetButton("btn_pin")->isVisible()) << "only the selected resource shows its pin";
 
-    // Without its colour the material starts at "Use lighting"; lit, so all four rows show.
-    CEGUI::Window* client = panel->GetClientWindow();
-    for (int n = 0; n < 4; ++n)
-        EXPECT_GT(Height(client->getChild("generated_element_" + std::to_string(n))), 0.0f) << n;
-    EXPECT_FALSE(client->isChild("generated_element_4"));
-    auto* lighting = static_cast<CEGUI::ToggleButton*>(client->getChild("generated_element_0/dynamic_control"));
-    EXPECT_TRUE(lighting->isSelected());
+    // Without its colour the material starts at "Use lighting" (its rows: StylingRowsTest).
+    auto* lighting = static_cast<CEGUI::ToggleButton*>(panel->GetClientWindow()->getChild("generated_element_0/dynamic_control"));
     const float lit = Height(panel->GetWindow());
-    EXPECT_GT(lit, 24.0f + 4 * 26.0f);
     lighting->setSelected(false);
     EXPECT_LT(Height(panel->GetWindow()), lit) << "the panel follows its shrinking client";
 
@@ -171,64 +164,6 @@ TEST_F(SidebarTest, GadgetsBringTheirPanelsAndTakeThemAway)
         vexa::GetNotifications().Notify(vexa::kResourceRemoved, &resource->id);
     EXPECT_EQ(sidebar_->GetResourcePanelCount(), 0u);
     EXPECT_EQ(column_->getChildCount(), builtIn);
-}
-
-TEST_F(SidebarTest, OptionsToggleAddsThePanelOnTopAndTakesItAway)
-{
-    AddBoth();
-    CEGUI::Window* toggle = area_.GetChild("sidebar/toolbar/toggle_options");
-    vexa::GuiPanel& options = sidebar_->GetOptionsPanel();
-    EXPECT_FALSE(options.IsAttached());
-    const CEGUI::String released = toggle->getProperty("NormalColour");
-    Click(toggle);
-    EXPECT_TRUE(options.IsAttached());
-    EXPECT_NE(toggle->getProperty("NormalColour"), released);
-
-    // Closed by the toggle, then by the panel's own remove button, the same way.
-    for (CEGUI::Window* closer : {toggle, options.GetButton("btn_remove")})
-    {
-        if (!options.IsAttached())
-            Click(toggle);
-        Click(closer);
-        EXPECT_FALSE(options.IsAttached());
-        EXPECT_FALSE(column_->isChild(options.GetWindow()));
-        EXPECT_EQ(toggle->getProperty("NormalColour"), released);
-    }
-}
-
-TEST_F(SidebarTest, PickingInTheInspectorSelectsOpensAndShowsThePanel)
-{
-    std::vector<vexa::ResourceId> selected;
-    sidebar_->SetSelectionCallback([&](const vexa::ResourceId& id) { selected.push_back(id); });
-    AddBoth();
-    vexa::GuiResourceInspector& inspector = sidebar_->GetInspectorPanel();
-    EXPECT_EQ(PositionOf(inspector), 0u) << "the inspector heads the column";
-    inspector.Update();
-    CEGUI::ItemListbox* list = inspector.GetList();
-    ASSERT_EQ(list->getItemCount(), 2u);
-
-    vexa::GuiStylingPanel* panel = sidebar_->GetResourcePanel(b_->id);
-    panel->SetCollapsed(true);
-    list->findItemWithText("b", nullptr)->setSelected(true);
-    EXPECT_EQ(sidebar_->GetSelectedResource(), b_->id);
-    EXPECT_EQ(selected, std::vector<vexa::ResourceId>{b_->id});
-    EXPECT_FALSE(panel->IsCollapsed());
-    EXPECT_EQ(PositionOf(*panel), 1u) << "lifted to just below the inspector";
-
-    // The selection comes back to the inspector's list, and so does a deselection by the pin.
-    inspector.Update();
-    EXPECT_TRUE(list->findItemWithText("b", nullptr)->isSelected());
-    Click(panel->GetButton("btn_pin"));
-    EXPECT_EQ(selected, (std::vector<vexa::ResourceId>{b_->id, b_->id}));
-    inspector.Update();
-    EXPECT_FALSE(list->findItemWithText("b", nullptr)->isSelected());
-}
-
-TEST_F(SidebarTest, ResourceSelectedBeforeItsPanelComesFirst)
-{
-    sidebar_->SetSelectedResource(b_->id);
-    AddBoth();
-    EXPECT_LT(PositionOf(*sidebar_->GetResourcePanel(b_->id)), PositionOf(*sidebar_->GetResourcePanel(a_->id)));
 }
 
 } // namespace

@@ -1,7 +1,5 @@
-#include "core/Notifications.h"
 #include "core/Viewarea.h"
 #include "gui/GuiViewareaOptions.h"
-#include "scene/GadgetManager.h"
 
 #include <vexa/Camera.h>
 #include <vexa/draw/Scene.h>
@@ -18,20 +16,6 @@
 namespace {
 
 using testing_support::FakeEngine;
-
-class PlainResource final : public vexa::Resource {
-public:
-    PlainResource(const std::string& name, const std::string& type)
-        : Resource(name, type)
-    {
-    }
-    std::shared_ptr<vexa::Gadget> CreateGadget() override
-    {
-        ++made;
-        return std::make_shared<vexa::Gadget>(this);
-    }
-    int made = 0;
-};
 
 TEST(Viewarea, BuiltFromTheLayoutAndPlacedByCompositeCoordinates)
 {
@@ -103,43 +87,6 @@ TEST(Viewarea, SidebarAndToolbarFollowTheLook)
     EXPECT_TRUE(area.GetChild("sidebar/toolbar/toggle_options")->isVisible());
 }
 
-TEST(Viewarea, ResourceNotificationsCreateRebuildAndRemoveGadgets)
-{
-    FakeEngine engine;
-    auto shown = std::make_shared<PlainResource>("a", "PointCloudResource");
-    auto other = std::make_shared<PlainResource>("b", "PointCloudResource");
-    engine.Register(shown);
-    engine.Register(other);
-
-    vexa::Viewarea all(0, gui_test::Root());
-    all.ApplyLook(vexa::ViewareaLook{});
-    vexa::Viewarea onlyA(1, gui_test::Root());
-    vexa::ViewareaLook rules;
-    rules.resourceLooks.resize(1);
-    rules.resourceLooks[0].id = shown->id;
-    onlyA.ApplyLook(rules);
-
-    for (const auto& resource : {shown, other})
-        vexa::GetNotifications().Notify(vexa::kResourceAdded, &resource->id);
-    EXPECT_EQ(all.GetGadgetManager().GetGadgets().size(), 2u);
-    EXPECT_EQ(onlyA.GetGadgetManager().GetGadgets().size(), 1u);
-    EXPECT_TRUE(onlyA.GetGadgetManager().HasGadget(shown->id));
-
-    const auto before = all.GetGadgetManager().GetGadget(shown->id);
-    vexa::GetNotifications().Notify(vexa::kResourceGadgetsReset, &shown->id);
-    EXPECT_NE(all.GetGadgetManager().GetGadget(shown->id), before);
-    EXPECT_EQ(shown->made, 4);
-
-    // Resetting an id a view area does not show creates nothing there.
-    vexa::GetNotifications().Notify(vexa::kResourceGadgetsReset, &other->id);
-    EXPECT_FALSE(onlyA.GetGadgetManager().HasGadget(other->id));
-
-    engine.redrawRequests = 0;
-    vexa::GetNotifications().Notify(vexa::kResourceRemoved, &other->id);
-    EXPECT_FALSE(all.GetGadgetManager().HasGadget(other->id));
-    EXPECT_GT(engine.redrawRequests, 0);
-}
-
 class ViewareaOptionsTest : public testing::Test {
 protected:
     void SetUp() override
@@ -153,42 +100,12 @@ protected:
 
     nubo::Combobox* Combo(const char* name) const { return static_cast<nubo::Combobox*>(popup_->getChild(name)); }
     CEGUI::Spinner* Spinner(const char* name) const { return static_cast<CEGUI::Spinner*>(popup_->getChild(name)); }
-    void MouseTo(float x, float y)
-    {
-        CEGUI::System::getSingleton().getDefaultGUIContext().injectMousePosition(x, y);
-    }
 
     FakeEngine engine_;
     vexa::Viewarea area_{0, gui_test::Root()};
     vexa::GuiViewareaOptions* options_ = nullptr;
     CEGUI::Window* popup_ = nullptr;
 };
-
-TEST_F(ViewareaOptionsTest, CameraButtonOpensItShowingTheStateAndPointerLeavingClosesItOnce)
-{
-    EXPECT_FALSE(options_->IsOpen());
-    // The camera button of the view area opens it, showing the current state.
-    area_.GetScene()->SetGridMode(vexa::draw::GridMode::YZ);
-    gui_test::Click(area_.GetChild("btn_viewarea_options"));
-    EXPECT_TRUE(options_->IsOpen());
-    EXPECT_EQ(Combo("combo_ground")->getText(), "Plane YZ");
-    EXPECT_EQ(engine_.viewareaMarks, 0) << "showing the state is no change of it";
-
-    // The pointer leaving closes it, once.
-    int closed = 0;
-    options_->SetCloseCallback([&] { ++closed; });
-    options_->Open();
-    MouseTo(100, 100); // over the pop-up
-    MouseTo(150, 120);
-    EXPECT_TRUE(options_->IsOpen());
-    EXPECT_EQ(closed, 0);
-    MouseTo(700, 500);
-    EXPECT_FALSE(options_->IsOpen());
-    EXPECT_EQ(closed, 1);
-    MouseTo(100, 100);
-    MouseTo(700, 500);
-    EXPECT_EQ(closed, 1) << "a hidden pop-up does not close again";
-}
 
 TEST_F(ViewareaOptionsTest, CameraModesSetTheFixedAxisAndOrbitKeepsIt)
 {

@@ -24,7 +24,6 @@ namespace {
 
 constexpr unsigned int kLeft = CEGUI::LeftMouse;
 constexpr unsigned int kRight = CEGUI::RightMouse;
-constexpr unsigned int kShift = CEGUI::Shift;
 constexpr unsigned int kControl = CEGUI::Control;
 constexpr unsigned int kMiddle = CEGUI::MiddleMouse;
 
@@ -119,12 +118,8 @@ TEST_F(CameraControllerTest, PressStartsOnlyTheExactBindingsOverAViewArea)
         {CEGUI::MiddleButton, kMiddle, CameraController::kDragMove},
         {CEGUI::LeftButton, kLeft | kControl, CameraController::kDragRoll},
         {CEGUI::RightButton, kRight, CameraController::kDragDolly},
-        {CEGUI::LeftButton, kLeft | kShift, CameraController::kDragNone},
-        {CEGUI::LeftButton, kLeft | CEGUI::Alt, CameraController::kDragNone},
-        {CEGUI::LeftButton, kLeft | kRight, CameraController::kDragNone}, // another button held
-        {CEGUI::RightButton, kRight | kControl, CameraController::kDragNone},
-        {CEGUI::MiddleButton, kLeft, CameraController::kDragNone},
-        {CEGUI::X1Button, CEGUI::X1Mouse, CameraController::kDragNone},
+        {CEGUI::LeftButton, kLeft | CEGUI::Alt, CameraController::kDragNone}, // a key more than bound
+        {CEGUI::MiddleButton, kLeft, CameraController::kDragNone}, // another button than bound
     };
     controller.InjectMouseMove(250.0, 50.0);
     for (const auto& [button, mask, mode] : cases) {
@@ -198,26 +193,6 @@ TEST_F(CameraControllerTest, DragSteersOnlyTheActiveCameraAndOnlyRotationIsScale
     const glm::mat4 upright = cameras[3]->GetViewMatrix();
     Drag(d, glm::vec2(330.0f, 10.0f), CEGUI::LeftButton, kLeft | kControl);
     EXPECT_EQ(cameras[3]->GetViewMatrix(), upright);
-}
-
-TEST_F(CameraControllerTest, WheelZoomsTheCameraUnderTheMouseWhenIdle)
-{
-    const float distance = glm::length(cameras[2]->GetPosition() - cameras[2]->GetTarget());
-    controller.InjectMouseMove(210.0, 90.0);
-    EXPECT_EQ(controller.ZoomSceneUnderMouse(2.0f), std::optional<unsigned int>(2u));
-    EXPECT_NEAR(glm::length(cameras[2]->GetPosition() - cameras[2]->GetTarget()), 0.8f * distance, 1e-5f);
-    EXPECT_EQ(controller.ZoomSceneUnderMouse(-1.0f), std::optional<unsigned int>(2u));
-    EXPECT_NEAR(glm::length(cameras[2]->GetPosition() - cameras[2]->GetTarget()), 0.88f * distance, 1e-5f);
-
-    controller.ActivateSceneUnderMouse(CEGUI::LeftButton, kLeft);
-    const auto views = Views();
-    EXPECT_FALSE(controller.ZoomSceneUnderMouse(1.0f).has_value());
-    EXPECT_EQ(Views(), views);
-    controller.DeactivateArea();
-
-    controller.InjectMouseMove(500.0, 50.0);
-    EXPECT_FALSE(controller.ZoomSceneUnderMouse(1.0f).has_value());
-    EXPECT_EQ(Views(), views);
 }
 
 TEST_F(CameraControllerTest, GroupedCamerasFollowOnceAndStopWhenUngrouped)
@@ -296,6 +271,9 @@ TEST_F(CameraControllerTest, RemovedAreasStopReportingAndEndTheirDrag)
     EXPECT_EQ(controller.GetSceneCount(), 0u);
     controller.AddScene(scenes[1], cameras[1]);
     EXPECT_EQ(controller.GetSceneCount(), 1u);
+    // The wheel zooms the camera under the mouse, two notches to 0.8 of the distance.
+    const float distance = glm::length(cameras[1]->GetPosition() - cameras[1]->GetTarget());
     controller.InjectMouseMove(150.0, 50.0);
-    EXPECT_EQ(controller.ZoomSceneUnderMouse(1.0f), std::optional<unsigned int>(0u));
+    EXPECT_EQ(controller.ZoomSceneUnderMouse(2.0f), std::optional<unsigned int>(0u));
+    EXPECT_NEAR(glm::length(cameras[1]->GetPosition() - cameras[1]->GetTarget()), 0.8f * distance, 1e-5f);
 }

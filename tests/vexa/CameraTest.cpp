@@ -165,28 +165,6 @@ TEST_F(CameraTest, FixedRotationStopsShortOfThePoleButKeepsTurningHorizontally)
     EXPECT_EQ(camera.GetViewMatrix(), view);
 }
 
-TEST_F(CameraTest, ScreenRollFollowsThePointerRoundTheViewportCentre)
-{
-    // Odd sizes: the centre is the integer mean (400, 300), so a quarter turn round it is exact.
-    scene.SetViewport(glm::ivec4(0, 0, 801, 601));
-    const glm::vec3 right = camera.GetRight();
-    const glm::vec3 up = camera.GetUp();
-    const glm::vec3 forward = camera.GetForward();
-
-    // Right of the centre to below it: clockwise on screen, the up vector turns to the left.
-    camera.ScreenRoll(glm::vec2(500.0f, 300.0f), glm::vec2(400.0f, 400.0f));
-    ExpectNear(camera.GetUp(), -right);
-    ExpectNear(camera.GetRight(), up);
-    ExpectNear(camera.GetForward(), forward);
-
-    camera.ScreenRoll(glm::vec2(400.0f, 400.0f), glm::vec2(500.0f, 300.0f));
-    ExpectNear(camera.GetUp(), up);
-
-    const glm::mat4 view = camera.GetViewMatrix();
-    camera.ScreenRoll(glm::vec2(400.0f, 300.0f), glm::vec2(500.0f, 300.0f)); // from the centre: no angle
-    EXPECT_EQ(camera.GetViewMatrix(), view);
-}
-
 TEST_F(CameraTest, ScreenMoveKeepsTheTargetUnderThePointer)
 {
     // The second pass has a near plane 100 times closer, which magnifies any rounding in the pan.
@@ -220,21 +198,6 @@ TEST_F(CameraTest, ScreenMoveKeepsTheTargetUnderThePointer)
             ExpectNear(Project(scene, camera, camera.GetTarget()), middle, 1e-2f);
         }
     }
-}
-
-TEST_F(CameraTest, ScreenDollyMovesCameraAndTargetTogether)
-{
-    const float distance = glm::length(camera.GetPosition());
-    const glm::vec3 forward = camera.GetForward();
-
-    // 100 pixels upwards: forward by 10 % of the distance.
-    camera.ScreenDolly(glm::vec2(10.0f, 300.0f), glm::vec2(90.0f, 200.0f));
-    ExpectNear(camera.GetTarget(), 0.1f * distance * forward);
-    ExpectNear(camera.GetPosition(), glm::vec3(2.0f) + 0.1f * distance * forward);
-    ExpectNear(camera.GetForward(), forward);
-
-    camera.ScreenDolly(glm::vec2(0.0f, 200.0f), glm::vec2(0.0f, 300.0f));
-    ExpectNear(camera.GetTarget(), glm::vec3(0.0f));
 }
 
 TEST_F(CameraTest, PosesCopiesAndFrustum)

@@ -236,21 +236,6 @@ TEST(Gadget, ForeignOrTruncatedStateFilesKeepDefaultsAndAnUnwritableOneIsQuiet)
     EXPECT_TRUE(log.messages.empty());
 }
 
-TEST(Resource, ResetGadgetsNotifiesOnlyWhenRegistered)
-{
-    FakeEngine engine;
-    auto cloud = std::make_shared<FakeResource>("x", "PointCloudResource");
-    auto mesh = std::make_shared<FakeResource>("x", "MeshResource");
-    Heard resets(vexa::kResourceGadgetsReset);
-    cloud->ResetGadgets();
-    EXPECT_TRUE(resets.ids.empty());
-
-    engine.Register(cloud);
-    engine.Register(mesh);
-    cloud->ResetGadgets();
-    EXPECT_EQ(resets.ids, std::vector<std::string>{"PointCloudResource:x"});
-}
-
 TEST(GadgetManager, CreatesGadgetsPerWholeIdCleansTheSceneOnRemovalAndRefusesNullOrUnknown)
 {
     FakeEngine engine;

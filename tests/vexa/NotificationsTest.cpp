@@ -16,28 +16,6 @@ int ownerC = 0;
 
 } // namespace
 
-TEST(NotificationsTest, CallsTheNumbersSubscribersInOrderWithTheData)
-{
-    Notifications registry;
-    std::vector<std::string> calls;
-    const int payload = 42;
-    registry.Subscribe(&ownerA, kResourceAdded, [&](const void* data) {
-        calls.push_back("A:" + std::to_string(*static_cast<const int*>(data)));
-    });
-    registry.Subscribe(&ownerB, kResourceGuiChanged, [&](const void*) { calls.push_back("B"); });
-    registry.Subscribe(&ownerC, kResourceAdded, [&](const void*) { calls.push_back("C"); });
-    registry.Subscribe(&ownerB, kResourceAdded, [&](const void*) { calls.push_back("B2"); });
-
-    registry.Notify(kResourceAdded, &payload);
-    EXPECT_EQ(calls, (std::vector<std::string>{"A:42", "C", "B2"}));
-    EXPECT_EQ(registry.GetSubscriptionCount(kResourceAdded), 3u);
-
-    calls.clear();
-    registry.Notify(kResourceRemoved, &payload); // nobody listens
-    registry.Notify(kResourceGuiChanged, nullptr);
-    EXPECT_EQ(calls, (std::vector<std::string>{"B"}));
-}
-
 TEST(NotificationsTest, UnsubscribeDropsEveryNumberOfTheOwnerAlsoFromInsideACallback)
 {
     Notifications registry;
