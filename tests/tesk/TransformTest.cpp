@@ -70,13 +70,10 @@ TEST(TransformTest, QuatFromBasisCoversEveryBranch)
     // 90 degrees keeps w largest; half turns make x, y or z the largest component.
     const glm::quat cases[] = {
         glm::angleAxis(kPi / 2.0f, glm::vec3(1, 0, 0)),
-        glm::angleAxis(kPi / 2.0f, glm::vec3(0, 1, 0)),
-        glm::angleAxis(kPi / 2.0f, glm::vec3(0, 0, 1)),
         glm::angleAxis(kPi, glm::vec3(1, 0, 0)),
         glm::angleAxis(kPi, glm::vec3(0, 1, 0)),
         glm::angleAxis(kPi, glm::vec3(0, 0, 1)),
         glm::angleAxis(2.5f, glm::normalize(glm::vec3(1, 2, -3))),
-        glm::angleAxis(2.9f, glm::normalize(glm::vec3(-2, 0.5f, 0.1f))),
     };
     for (const glm::quat& expected : cases) {
         const glm::mat3 basis = glm::mat3_cast(expected);
@@ -90,7 +87,7 @@ TEST(TransformTest, QuatFromBasisCoversEveryBranch)
     ExpectNear(tesk::QuatFromBasis(lookingAlongX) * glm::vec3(0, 0, -1), {-1, 0, 0});
 
     // A scaled basis gives its rotation only.
-    ExpectSameRotation(tesk::QuatFromBasis(glm::mat3_cast(cases[6]) * 3.0f), cases[6]);
+    ExpectSameRotation(tesk::QuatFromBasis(glm::mat3_cast(cases[4]) * 3.0f), cases[4]);
 }
 
 } // namespace
