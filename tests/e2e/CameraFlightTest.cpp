@@ -37,9 +37,8 @@ TEST_F(CameraFlight, TwoKeyframesSavedRemovedLoadedAndPlayedFlyTheCameraThroughT
     const Rect sidebar = layout.Sidebar();
     x->Click(Button::Left, sidebar.x0 + 16, sidebar.y0 + 16);
     Rest();
-    const Picture opened =
-        WaitForSettled([&](const Picture& p) { return FindPanelHeaders(p, layout).size() == builtIn + 1; });
-    Keep("panel", opened);
+    const Picture opened = Keep("panel",
+        WaitForSettled([&](const Picture& p) { return FindPanelHeaders(p, layout).size() == builtIn + 1; }));
     ASSERT_FALSE(opened.Empty()) << "the camera button opened no panel";
     const PanelHeader header = FindPanelHeaders(opened, layout).back();
     const std::vector<Rect> buttons = FindWideButtons(opened, layout.PanelColumn(), header.rect.y1, opened.Height());
@@ -65,9 +64,8 @@ TEST_F(CameraFlight, TwoKeyframesSavedRemovedLoadedAndPlayedFlyTheCameraThroughT
     Rest();
     // Second view: orbited to the side.
     Orbit(0.25);
-    const Picture turned = WaitForChange(opened, layout.RenderArea());
+    const Picture turned = Keep("second-view", WaitForChange(opened, layout.RenderArea()));
     ASSERT_FALSE(turned.Empty()) << "the drag did not turn the camera";
-    Keep("second-view", turned);
     const ClusterLayout second = Measure(turned);
     ASSERT_GT(Apart(first, second), 30.0) << "the two views should differ clearly";
     ClickCentre(add);
@@ -88,9 +86,8 @@ TEST_F(CameraFlight, TwoKeyframesSavedRemovedLoadedAndPlayedFlyTheCameraThroughT
 
     // A third view, from which the loaded flight must take the camera away.
     Orbit(-0.3);
-    const Picture elsewhere = WaitForChange(turned, layout.RenderArea());
+    const Picture elsewhere = Keep("elsewhere", WaitForChange(turned, layout.RenderArea()));
     ASSERT_FALSE(elsewhere.Empty());
-    Keep("elsewhere", elsewhere);
     ASSERT_GT(Apart(Measure(elsewhere), first), 30.0);
     ASSERT_GT(Apart(Measure(elsewhere), second), 30.0);
 
@@ -98,24 +95,21 @@ TEST_F(CameraFlight, TwoKeyframesSavedRemovedLoadedAndPlayedFlyTheCameraThroughT
     ClickCentre(play);
     Rest();
     // The flight starts at the first view...
-    const Picture departing =
-        WaitUntil([&](const Picture& p) { return Measure(p).AllVisible(50) && Apart(Measure(p), first) < 6.0; }, 3s);
-    Keep("departing", departing);
+    const Picture departing = Keep("departing",
+        WaitUntil([&](const Picture& p) { return Measure(p).AllVisible(50) && Apart(Measure(p), first) < 6.0; }, 3s));
     EXPECT_FALSE(departing.Empty()) << "the flight did not start at the first key frame";
     // ... passes between the two ...
-    const Picture between = WaitUntil(
+    const Picture between = Keep("between", WaitUntil(
         [&](const Picture& p) {
             const ClusterLayout now = Measure(p);
             return now.AllVisible(50) && Apart(now, first) > 10.0 && Apart(now, second) > 10.0;
         },
-        4s);
-    Keep("between", between);
+        4s));
     EXPECT_FALSE(between.Empty()) << "the camera jumped instead of flying";
     // ... and lands on the second.
-    const Picture landed =
+    const Picture landed = Keep("landed",
         WaitForSettled([&](const Picture& p) { return Measure(p).AllVisible(50) && Apart(Measure(p), second) < 3.0; },
-                       15s);
-    Keep("landed", landed);
+                       15s));
     EXPECT_FALSE(landed.Empty()) << "the flight did not end at the second key frame: "
                                  << Measure(Grab()).Describe() << "\nexpected " << second.Describe();
 }

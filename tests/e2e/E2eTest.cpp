@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <iomanip>
 #include <iostream>
 #include <sstream>
 
@@ -35,20 +34,15 @@ void E2eTest::TearDown()
         program->Stop();
     program.reset();
     x.reset();
-    const char* keep = std::getenv("VEXA_E2E_KEEP_PICTURES");
-    if (!HasFailure() && !(keep != nullptr && std::string(keep) == "1"))
+    // VEXA_E2E_KEEP_PICTURES=1 keeps a passing case's pictures too, for a person to look at.
+    const char* keepAll = std::getenv("VEXA_E2E_KEEP_PICTURES");
+    if (!HasFailure() && (keepAll == nullptr || std::string(keepAll) != "1"))
         return;
-    int index = 0;
-    for (const auto& [label, picture] : kept_)
-    {
-        std::ostringstream name;
-        name << std::setw(2) << std::setfill('0') << index++ << "-" << label << ".png";
-        picture.SavePng((caseDirectory_ / name.str()).string());
-    }
-    if (HasFailure())
-        std::cout << "[e2e] pictures and program output of this case: " << caseDirectory_.string() << "\n"
-                  << "[e2e] program output:\n"
-                  << Output() << std::flush;
+    for (std::size_t i = 0; i < kept_.size(); ++i)
+        kept_[i].second.SavePng(
+            (caseDirectory_ / ((i < 10 ? "0" : "") + std::to_string(i) + "-" + kept_[i].first + ".png")).string());
+    std::cout << "[e2e] pictures and program output of this case: " << caseDirectory_.string()
+              << "\n[e2e] program output:\n" << Output() << std::flush;
 }
 
 ::testing::AssertionResult E2eTest::Launch(const std::string& path, const std::vector<std::string>& arguments)

@@ -44,8 +44,9 @@ protected:
     {
         return WaitFor([&] { return CountLines(line) >= count; }, timeout);
     }
-    /// The cloud panel's first field, "Point size"; fails the case and is empty when not found.
-    Rect FindPointSizeField();
+    /// The cloud panel's first field, "Point size", in `picture` (the cloud's panel first);
+    /// fails the case and is empty when not found.
+    Rect FindPointSizeField(const Picture& picture);
 };
 
 } // namespace e2e

@@ -20,9 +20,8 @@ TEST_F(PanelButtons, FocusFramesTheResourceAgainAfterADollyAndCrossRemovesIt)
     // Away from the balls: a dolly backwards, then a pan to the side.
     x->Drag(Button::Right, At(0.3, 0.6), At(0.3, 0.9));
     x->Drag(Button::Middle, At(0.2, 0.9), At(0.1, 0.8));
-    const Picture away = WaitForChange(start, area);
+    const Picture away = Keep("away", WaitForChange(start, area));
     ASSERT_FALSE(away.Empty()) << "dragging with the right and middle buttons did not move the camera";
-    Keep("away", away);
     const ClusterLayout moved = Measure(away);
     ASSERT_GT(Distance(moved.Mean(), framed.Mean()) + std::abs(moved.Spread() - framed.Spread()), 20.0)
         << "the camera did not go far enough away for the case to mean anything: " << moved.Describe();
@@ -31,9 +30,8 @@ TEST_F(PanelButtons, FocusFramesTheResourceAgainAfterADollyAndCrossRemovesIt)
     ASSERT_EQ(headers.size(), 1u);
     Click(headers.front().FocusButton());
     Rest();
-    const Picture refocused = WaitForChange(away, area);
+    const Picture refocused = Keep("refocused", WaitForChange(away, area));
     ASSERT_FALSE(refocused.Empty()) << "the focus button did not move the camera";
-    Keep("refocused", refocused);
 
     // The same view as the one the case started from (the focus button's, see OpenClusters).
     const ClusterLayout back = Measure(refocused);
@@ -45,15 +43,14 @@ TEST_F(PanelButtons, FocusFramesTheResourceAgainAfterADollyAndCrossRemovesIt)
     // The cross beside it takes the resource out of the view area.
     Click(headers.front().RemoveButton());
     Rest();
-    const Picture removed = WaitForChange(refocused, refocused.Bounds());
+    const Picture removed = Keep("removed", WaitForChange(refocused, refocused.Bounds()));
     ASSERT_FALSE(removed.Empty()) << "clicking the cross changed nothing";
-    Keep("removed", removed);
-    const ClusterLayout left = Measure(removed);
-    EXPECT_EQ(left.Pixels(), 0u) << "the points are still drawn: " << left.Describe();
+    for (const Blob& ball : Measure(removed).balls)
+        EXPECT_EQ(ball.count, 0u) << "the points are still drawn: " << Measure(removed).Describe();
     EXPECT_TRUE(FindPanelHeaders(removed, layout).empty()) << "the panel is still shown";
 }
 
-TEST_F(PanelSelection, PinShowsOnTheSelectedPanelOnlyAndDeselects)
+TEST_F(PanelSelection, PinShowsOnTheSelectedPanelOnlyAndDeselectsAndAPointSizeTypedInDrawsPointsThatSize)
 {
     ASSERT_NO_FATAL_FAILURE(OpenHost({.second = true, .selectCloud = true}));
     const std::vector<PanelHeader> headers = FindPanelHeaders(start, layout);
@@ -66,29 +63,21 @@ TEST_F(PanelSelection, PinShowsOnTheSelectedPanelOnlyAndDeselects)
 
     Click(headers[0].PinButton());
     Rest();
-    const Picture deselected = WaitForSettled(
+    const Picture deselected = Keep("after-pin", WaitForSettled(
         [&](const Picture& p) {
             const auto now = FindPanelHeaders(p, layout);
             return now.size() == 2 && !now[0].selected && !now[1].selected;
         },
-        15s);
-    Keep("after-pin", deselected);
+        15s));
     ASSERT_FALSE(deselected.Empty()) << "after clicking the pin a panel still shows the selected header colour";
     for (const PanelHeader& header : FindPanelHeaders(deselected, layout))
         EXPECT_EQ(CountLightPixels(deselected, header.PinRect()), 0u) << "a pin is still shown";
     // Deselecting is not removing.
     EXPECT_TRUE(Measure(deselected).AllVisible(100)) << Measure(deselected).Describe();
-}
 
-class PointSizeField : public HostCase {};
-
-TEST_F(PointSizeField, TypingANumberIntoTheClearedFieldDrawsPointsThatSize)
-{
-    ASSERT_NO_FATAL_FAILURE(OpenHost());
-    const Rect box = FindPointSizeField();
+    // The cloud's "Point size" field: click after the old value, delete it, type the new one.
+    const Rect box = FindPointSizeField(deselected);
     ASSERT_GT(box.Width(), 0);
-
-    // Click after the old value, delete it, type the new one.
     x->Click(Button::Left, box.x1 - 10, (box.y0 + box.y1) / 2);
     for (int i = 0; i < 3; ++i)
         x->Tap("BackSpace");

@@ -66,11 +66,6 @@ double ClusterLayout::Spread() const
     return sum;
 }
 
-std::size_t ClusterLayout::Pixels() const
-{
-    return balls[0].count + balls[1].count + balls[2].count + balls[3].count;
-}
-
 std::string ClusterLayout::Describe() const
 {
     static const char* names[] = {"red", "green", "blue", "white"};

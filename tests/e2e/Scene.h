@@ -36,7 +36,6 @@ struct ClusterLayout {
     Point Mean() const;
     /// Mean distance of the balls' centroids from their mean.
     double Spread() const;
-    std::size_t Pixels() const;
     std::string Describe() const;
 };
 

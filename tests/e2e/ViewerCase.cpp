@@ -1,8 +1,5 @@
 #include "ViewerCase.h"
 
-#include <string>
-#include <fstream>
-
 namespace e2e {
 
 void ViewerCase::OpenClusters()
@@ -21,38 +18,6 @@ void ViewerCase::OpenClusters()
     Rest();
     start = Keep("start", WaitForChange(opened, area));
     ASSERT_FALSE(start.Empty() || !Measure(start).AllVisible()) << "the focus button did not frame the balls";
-}
-
-Picture ViewerCase::Barrier()
-{
-    const Picture now = Grab();
-    const std::vector<PanelHeader> headers = FindPanelHeaders(now, layout);
-    if (headers.empty())
-    {
-        ADD_FAILURE() << "no panel header to synchronise on";
-        return {};
-    }
-    const Rect focus{headers.front().rect.x0, headers.front().rect.y0, headers.front().rect.x0 + 24,
-                     headers.front().rect.y1};
-    const Point button = headers.front().FocusButton();
-    x->MoveTo(static_cast<int>(button.x), static_cast<int>(button.y));
-    const Picture lit = WaitUntil([&](const Picture& p) { return CountDifferences(now, p, focus) > 0; }, 15s);
-    if (lit.Empty())
-        ADD_FAILURE() << "hovering the focus button changed nothing: the program does not seem to handle input";
-    Rest();
-    return WaitForSettled([&](const Picture& p) { return CountDifferences(now, p, focus) == 0; }, 15s);
-}
-
-void ViewerCase::WriteOptions(float sensitivity)
-{
-    fs::create_directories(WorkingDirectory() / "vexa");
-    // Format version 2, little-endian: u8 anti-aliasing (2: MSAA 4x), u8 white background,
-    // f32 mouse sensitivity, u8 optimised rendering, u8 shortcuts, u8 view layout (0: the look's).
-    std::string bytes{2, 0, 0, 0, 2, 0};
-    // The machines these run on store floats little-endian, as the file does.
-    bytes.append(reinterpret_cast<const char*>(&sensitivity), 4);
-    bytes += {1, 1, 0};
-    std::ofstream(WorkingDirectory() / "vexa" / "options.bin", std::ios::binary) << bytes;
 }
 
 } // namespace e2e

@@ -36,50 +36,34 @@ double MiddleSeparatorShare(const Picture& picture, bool row)
     return static_cast<double>(best) / length;
 }
 
-class Shortcuts : public ViewerCase {};
-class SidebarArrow : public ViewerCase {};
+class Window : public ViewerCase {};
 
-TEST_F(Shortcuts, TabDimsTheWindowAndAChosenTileSplitsIt)
+TEST_F(Window, TheArrowHidesTheSidebarF12SavesAPngRReloadsTheShadersAndTabSplitsTheWindow)
 {
     ASSERT_NO_FATAL_FAILURE(OpenClusters());
-    const int w = start.Width(), h = start.Height();
-    ASSERT_LT(MiddleSeparatorShare(start, true), 0.1) << "one view area has no middle separator";
-
+    ASSERT_FALSE(FindPanelHeaders(start, layout).empty()) << "the sidebar shows no panel to begin with";
+    ClickCentre(layout.SidebarToggle());
     Rest();
-    x->Tap("Tab");
-    const Picture chooser = WaitForChange(start, start.Bounds());
-    ASSERT_FALSE(chooser.Empty()) << "Tab did not open the layout chooser";
-    Keep("chooser", chooser);
-    // The whole window dims, the 3D area as much as the sidebar; the tiles and their title
-    // sit in the middle band, which is left out.
-    const Rect above{0, 0, w, h / 2 - 110}, below{0, h / 2 + 70, w, h};
-    EXPECT_GE(DimmedShare(start, chooser, above), 0.95);
-    EXPECT_GE(DimmedShare(start, chooser, below), 0.95);
+    const auto panelShown = [&](const Picture& p) { return !FindPanelHeaders(p, layout).empty(); };
+    const Picture hidden = Keep("hidden", WaitForSettled(std::not_fn(panelShown)));
+    ASSERT_FALSE(hidden.Empty()) << "the sidebar's panel is still shown after clicking the arrow";
+    // The 3D area takes the whole width: the scene's middle moves to the window's middle.
+    ViewAreaLayout wide = layout;
+    wide.sidebarVisible = false;
+    const ClusterLayout spread = MeasureClusters(hidden, wide.RenderArea(), {wide.SidebarToggle()});
+    ASSERT_TRUE(spread.AllVisible()) << spread.Describe();
+    EXPECT_NEAR(spread.Mean().x, start.Width() / 2.0, 0.05 * start.Width()) << spread.Describe();
 
-    // The four tiles, 136 px wide and 16 px apart, stand centred in the window; "Quad Split"
-    // is the last. Hovering first lights the tile, so the click lands on a laid-out chooser.
-    const int quadX = w / 2 + static_cast<int>(1.5 * (136 + 16)), quadY = h / 2;
-    x->MoveTo(quadX, quadY);
-    const Picture hovered = WaitForChange(chooser, {quadX - 60, quadY - 55, quadX + 60, quadY + 55});
-    Keep("quad-tile-hovered", hovered);
-    x->Click(Button::Left, quadX, quadY);
+    // The arrow, now at the top right of the wider 3D area, brings it back.
+    ClickCentre(wide.SidebarToggle());
     Rest();
-    const Picture quad = WaitForSettled(
-        [](const Picture& p) { return MiddleSeparatorShare(p, true) >= 0.9 && MiddleSeparatorShare(p, false) >= 0.9; },
-        15s);
-    Keep("after-quad-click", quad);
-    ASSERT_FALSE(quad.Empty()) << "no separator lines across the window's middle row and column after choosing "
-                                  "\"Quad Split\"; row share "
-                               << MiddleSeparatorShare(Grab(), true) << ", column share "
-                               << MiddleSeparatorShare(Grab(), false);
-    // The overlay is gone: the top band is no longer a dimmed copy of anything as dark.
-    EXPECT_GT(MeanBrightness(quad, above), 0.6 * MeanBrightness(start, above));
-}
+    const Picture shown = Keep("shown-again", WaitForSettled(panelShown));
+    ASSERT_FALSE(shown.Empty()) << "the second click did not bring the sidebar back";
+    const ClusterLayout again = Measure(shown), before = Measure(start);
+    EXPECT_LE(Distance(again.Mean(), before.Mean()), 3.0) << Compare(before, again);
+    EXPECT_EQ(CountDifferences(start, shown, layout.Sidebar()), 0u) << "the sidebar should look as it did";
 
-TEST_F(Shortcuts, F12SavesTheWindowAsPngAndRReloadsTheShaders)
-{
-    ASSERT_NO_FATAL_FAILURE(OpenClusters());
-    Rest();
+    // F12 saves the window as it is shown.
     x->Tap("F12");
 
     const fs::path folder = WorkingDirectory() / "screenshots";
@@ -94,17 +78,16 @@ TEST_F(Shortcuts, F12SavesTheWindowAsPngAndRReloadsTheShaders)
     ASSERT_TRUE(WaitFor(found, 15s)) << "no PNG appeared in " << folder << "; output:\n" << Output();
     XSession::Pause(500ms); // let the writer finish the file
 
-    const Picture file = Picture::LoadPng(saved.string());
+    const Picture file = Keep("screenshot-file", Picture::LoadPng(saved.string()));
     ASSERT_FALSE(file.Empty()) << saved << " is not a readable PNG";
-    Keep("screenshot-file", file);
-    EXPECT_EQ(file.Width(), start.Width());
-    EXPECT_EQ(file.Height(), start.Height());
+    EXPECT_EQ(file.Width(), shown.Width());
+    EXPECT_EQ(file.Height(), shown.Height());
     // It shows what the screen showed: the balls in the same places.
-    const ClusterLayout shown = Measure(start), stored = Measure(file);
+    const ClusterLayout onScreen = Measure(shown), stored = Measure(file);
     ASSERT_TRUE(stored.AllVisible()) << stored.Describe();
     for (std::size_t i = 0; i < 4; ++i)
-        EXPECT_LE(Distance(shown.balls[i].centroid, stored.balls[i].centroid), 2.0)
-            << "screen: " << shown.Describe() << "\nfile:   " << stored.Describe();
+        EXPECT_LE(Distance(onScreen.balls[i].centroid, stored.balls[i].centroid), 2.0)
+            << "screen: " << onScreen.Describe() << "\nfile:   " << stored.Describe();
 
     // R reloads the shaders and says so.
     x->Tap("r");
@@ -112,36 +95,39 @@ TEST_F(Shortcuts, F12SavesTheWindowAsPngAndRReloadsTheShaders)
     EXPECT_TRUE(WaitForOutput("Shaders reloaded", 15s)) << "the reload was not logged; output:\n" << Output();
     Rect strip;
     EXPECT_FALSE(WaitForNotice(strip).Empty()) << "no notice appeared at the bottom of the window";
-    // The reloaded programs still draw the points.
-    const ClusterLayout after = Measure(Grab());
-    EXPECT_TRUE(after.AllVisible()) << after.Describe();
-}
+    // The reloaded programs still draw the points, as before, once the notice has faded.
+    const Picture reloaded =
+        Keep("reloaded", WaitForSettled([&](const Picture& p) { return CountDifferences(shown, p, p.Bounds()) == 0; }));
+    ASSERT_FALSE(reloaded.Empty()) << "after the reload the window does not look as it did";
 
-TEST_F(SidebarArrow, HidesAndShowsTheSidebar)
-{
-    ASSERT_NO_FATAL_FAILURE(OpenClusters());
-    ASSERT_FALSE(FindPanelHeaders(start, layout).empty()) << "the sidebar shows no panel to begin with";
-    ClickCentre(layout.SidebarToggle());
-    Rest();
-    const Picture hidden = WaitForSettled([&](const Picture& p) { return FindPanelHeaders(p, layout).empty(); }, 15s);
-    Keep("hidden", hidden);
-    ASSERT_FALSE(hidden.Empty()) << "the sidebar's panel is still shown after clicking the arrow";
-    // The 3D area takes the whole width: the scene's middle moves to the window's middle.
-    ViewAreaLayout wide = layout;
-    wide.sidebarVisible = false;
-    const ClusterLayout spread = MeasureClusters(hidden, wide.RenderArea(), {wide.SidebarToggle()});
-    ASSERT_TRUE(spread.AllVisible()) << spread.Describe();
-    EXPECT_NEAR(spread.Mean().x, start.Width() / 2.0, 0.05 * start.Width()) << spread.Describe();
+    // Tab dims the whole window; a chosen tile splits it.
+    const int w = reloaded.Width(), h = reloaded.Height();
+    ASSERT_LT(MiddleSeparatorShare(reloaded, true), 0.1) << "one view area has no middle separator";
+    x->Tap("Tab");
+    const Picture chooser = Keep("chooser", WaitForChange(reloaded, reloaded.Bounds()));
+    ASSERT_FALSE(chooser.Empty()) << "Tab did not open the layout chooser";
+    // The whole window dims, the 3D area as much as the sidebar; the tiles and their title
+    // sit in the middle band, which is left out.
+    const Rect above{0, 0, w, h / 2 - 110}, below{0, h / 2 + 70, w, h};
+    EXPECT_GE(DimmedShare(reloaded, chooser, above), 0.95);
+    EXPECT_GE(DimmedShare(reloaded, chooser, below), 0.95);
 
-    // The arrow, now at the top right of the wider 3D area, brings it back.
-    ClickCentre(wide.SidebarToggle());
+    // The four tiles, 136 px wide and 16 px apart, stand centred in the window; "Quad Split"
+    // is the last. Hovering first lights the tile, so the click lands on a laid-out chooser.
+    const int quadX = w / 2 + static_cast<int>(1.5 * (136 + 16)), quadY = h / 2;
+    x->MoveTo(quadX, quadY);
+    Keep("quad-tile-hovered", WaitForChange(chooser, {quadX - 60, quadY - 55, quadX + 60, quadY + 55}));
+    x->Click(Button::Left, quadX, quadY);
     Rest();
-    const Picture shown = WaitForSettled([&](const Picture& p) { return !FindPanelHeaders(p, layout).empty(); }, 15s);
-    Keep("shown-again", shown);
-    ASSERT_FALSE(shown.Empty()) << "the second click did not bring the sidebar back";
-    const ClusterLayout again = Measure(shown), before = Measure(start);
-    EXPECT_LE(Distance(again.Mean(), before.Mean()), 3.0) << Compare(before, again);
-    EXPECT_EQ(CountDifferences(start, shown, layout.Sidebar()), 0u) << "the sidebar should look as it did";
+    const Picture quad = Keep("after-quad-click", WaitForSettled(
+        [](const Picture& p) { return MiddleSeparatorShare(p, true) >= 0.9 && MiddleSeparatorShare(p, false) >= 0.9; },
+        15s));
+    ASSERT_FALSE(quad.Empty()) << "no separator lines across the window's middle row and column after choosing "
+                                  "\"Quad Split\"; row share "
+                               << MiddleSeparatorShare(Grab(), true) << ", column share "
+                               << MiddleSeparatorShare(Grab(), false);
+    // The overlay is gone: the top band is no longer a dimmed copy of anything as dark.
+    EXPECT_GT(MeanBrightness(quad, above), 0.6 * MeanBrightness(reloaded, above));
 }
 
 } // namespace

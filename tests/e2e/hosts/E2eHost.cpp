@@ -54,6 +54,15 @@ void AddBall(std::vector<glm::vec3>& points, std::vector<tesk::Color3f>& colors,
     }
 }
 
+std::shared_ptr<vexa::modules::PointCloudResource> MakeResource(const char* name, tesk::PointCloud cloud,
+                                                                 std::vector<tesk::Color3f> colors)
+{
+    cloud.AddColorProperty("RGB", std::move(colors));
+    auto resource = std::make_shared<vexa::modules::PointCloudResource>(name, cloud);
+    resource->SetPreferredColorSource(vexa::modules::PointCloudGadget::Colors);
+    return resource;
+}
+
 std::shared_ptr<vexa::modules::PointCloudResource> MakeCloud()
 {
     std::mt19937 random(11);
@@ -68,13 +77,9 @@ std::shared_ptr<vexa::modules::PointCloudResource> MakeCloud()
     colors.insert(colors.begin() + kMarkerIndex, tesk::Color3f(1, 0, 1));
     std::vector<float> tags(points.size(), 0.0f);
     tags[kMarkerIndex] = kMarkerTag;
-
     tesk::PointCloud cloud(std::move(points));
-    cloud.AddColorProperty("RGB", std::move(colors));
     cloud.AddFloatProperty("Tag", std::move(tags));
-    auto resource = std::make_shared<vexa::modules::PointCloudResource>(kCloudName, cloud);
-    resource->SetPreferredColorSource(vexa::modules::PointCloudGadget::Colors);
-    return resource;
+    return MakeResource(kCloudName, std::move(cloud), std::move(colors));
 }
 
 std::shared_ptr<vexa::modules::PointCloudResource> MakeSecondCloud()
@@ -83,11 +88,7 @@ std::shared_ptr<vexa::modules::PointCloudResource> MakeSecondCloud()
     std::vector<glm::vec3> points;
     std::vector<tesk::Color3f> colors;
     AddBall(points, colors, random, {0, 1, 1}, {1, 1, 0}, kPointsPerBall);
-    tesk::PointCloud cloud(std::move(points));
-    cloud.AddColorProperty("RGB", std::move(colors));
-    auto resource = std::make_shared<vexa::modules::PointCloudResource>(kSecondName, cloud);
-    resource->SetPreferredColorSource(vexa::modules::PointCloudGadget::Colors);
-    return resource;
+    return MakeResource(kSecondName, tesk::PointCloud(std::move(points)), std::move(colors));
 }
 
 const char* Result(bool value)
