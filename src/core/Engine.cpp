@@ -1,5 +1,6 @@
 #include "core/Engine.h"
 
+#include "core/DetailBudget.h"
 #include "core/InputTranslator.h"
 #include "core/LayoutChooser.h"
 #include "core/LookParser.h"
@@ -49,6 +50,10 @@ constexpr int kGlfwVisible = 0x20004;
 // every change; they are written once it has been still this long (100 ns ticks: 0.5 s), so a
 // moving camera does not cost a file write per frame.
 constexpr std::uint64_t kViewSettleTicks = 5'000'000;
+// Frames drawn while the camera moves may leave points out (DetailBudget); once it has been
+// still this long (0.15 s) and no drag holds it, the next update draws everything. Shorter
+// would redraw at full detail between the events of one slow drag.
+constexpr std::uint64_t kDetailSettleTicks = 1'500'000;
 constexpr float kNoticeSeconds = 3.0f;
 // A pick report stays longer than the other notices: it is read, not glanced at.
 constexpr float kPickNoticeSeconds = 8.0f;
@@ -107,6 +112,11 @@ struct Engine::Impl {
     // The look's "options-enabled": whether sidebars offer the global options at all.
     bool optionsEnabled = true;
     std::uint64_t lastViewChangeTick = 0;
+    DetailBudget detailBudget;
+    // When some scene's camera last differed from the frame before.
+    std::uint64_t lastCameraMoveTick = 0;
+    // The last frame left points out; draw again once the camera is still.
+    bool refinePending = false;
 };
 
 Engine::Engine() : impl_(std::make_unique<Impl>())
@@ -487,12 +497,19 @@ void Engine::Update()
     s.gui.InjectTime(dt);
     s.lastTick = now;
 
+    if (s.refinePending && !IsDragging() && now >= s.lastCameraMoveTick + kDetailSettleTicks)
+        RequestRedraw();
     if (!s.options.IsOptimizedRendering() || s.gui.IsDirty() || s.redraw)
     {
         Render();
         s.redraw = false;
     }
     s.window->UnsetContextConditional();
+}
+
+bool Engine::IsDragging() const
+{
+    return impl_->cameraController && impl_->cameraController->GetDragMode() != CameraController::kDragNone;
 }
 
 void Engine::SaveDirtySettings(std::uint64_t now, bool final)
@@ -505,7 +522,7 @@ void Engine::SaveDirtySettings(std::uint64_t now, bool final)
     if (!s.viewareaSettings.IsDirty())
         return;
     // While a drag goes on, or the camera moved a moment ago, more changes are on their way.
-    const bool dragging = s.cameraController && s.cameraController->GetDragMode() != CameraController::kDragNone;
+    const bool dragging = IsDragging();
     const std::uint64_t sinceChange = now > s.lastViewChangeTick ? now - s.lastViewChangeTick : 0;
     if (!final && (dragging || sinceChange < kViewSettleTicks))
         return;
@@ -524,12 +541,19 @@ void Engine::ShowNotice(const std::string& text, float seconds)
     RequestRedraw();
 }
 
-void Engine::Render()
+void Engine::Render(bool fullDetail)
 {
     Impl& s = *impl_;
     if (!s.window || !s.renderSystem)
         return;
     s.window->SetContextConditional();
+    const std::uint64_t start = GetTicks();
+    const bool viewsChanged = s.renderSystem->HaveViewsChanged();
+    if (viewsChanged)
+        s.lastCameraMoveTick = start;
+    const bool moving =
+        !fullDetail && (viewsChanged || IsDragging() || start < s.lastCameraMoveTick + kDetailSettleTicks);
+    s.renderSystem->SetPointBudget(moving ? s.detailBudget.Get() : 0);
     draw::TextRenderer& texts = s.renderSystem->GetTextRenderer();
     for (const auto& area : s.viewareas)
     {
@@ -553,6 +577,10 @@ void Engine::Render()
         s.screenshotPath.clear();
     }
     s.window->SwapBuffers();
+    // Presenting waits for the rasteriser, so this is the frame's whole cost.
+    const double seconds = static_cast<double>(GetTicks() - start) / static_cast<double>(kTicksPerSecond);
+    s.detailBudget.Record(seconds, s.renderSystem->GetDrawnPoints(), moving);
+    s.refinePending = s.renderSystem->GetSkippedPoints() > 0;
     const std::string error = plor::GetLastGlError();
     if (!error.empty())
         rlog::Fail("OpenGL error " + error, "vexa::Engine::Render");
@@ -567,7 +595,7 @@ bool Engine::SaveScreenshot(const std::string& path)
         return false;
     s.screenshotPath = path;
     s.screenshotSaved = false;
-    Render();
+    Render(true);
     s.screenshotPath.clear();
     return s.screenshotSaved;
 }

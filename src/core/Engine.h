@@ -52,7 +52,11 @@ public:
     /// be created. An empty look file means the built-in look.
     bool Initialize(const std::string& lookFile);
     void Update();
-    void Render();
+    /// Draws a frame now. While the camera moves, point clouds draw a budgeted subset unless
+    /// `fullDetail` asks for everything (screenshots).
+    void Render(bool fullDetail = false);
+    /// A mouse drag is turning, panning or dollying a camera.
+    bool IsDragging() const;
     /// Draws a frame now and writes it to `path` as PNG; false when it could not.
     bool SaveScreenshot(const std::string& path);
     void CheckGpuVersion();

@@ -30,7 +30,7 @@ void ColoringChoice::Validate(const ColoringData& data)
         dataOption = 0;
 }
 
-const std::vector<tesk::Color3f>* ColoringChoice::SelectedColors(const ColoringData& data) const
+const ColoringData::ColorSet* ColoringChoice::SelectedColors(const ColoringData& data) const
 {
     const auto index = static_cast<std::size_t>(std::max(coloringOption, 0));
     if (index >= data.GetColoringNames().size())

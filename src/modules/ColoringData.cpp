@@ -9,9 +9,43 @@
 
 namespace vexa::modules {
 
-const std::vector<tesk::Color3f>& ColoringData::GetColoringOption(std::size_t index) const
+namespace {
+
+/// A fresh copy of a property's first `count` values, faulted in on huge pages (ten million
+/// float colours are 120 MB).
+template <class T>
+std::vector<T> CopyFirst(std::span<const T> values, std::size_t count)
+{
+    const std::span<const T> kept = values.first(std::min(values.size(), count));
+    std::vector<T> copy;
+    runa::ReserveFresh(copy, kept.size());
+    copy.assign(kept.begin(), kept.end());
+    return copy;
+}
+
+} // namespace
+
+const ColoringData::ColorSet& ColoringData::GetColoringOption(std::size_t index) const
 {
     return coloringOptions_.at(index);
+}
+
+tesk::Color3f ColoringData::ColorAt(const ColorSet& set, std::size_t index)
+{
+    if (const auto* floats = std::get_if<std::vector<tesk::Color3f>>(&set))
+        return index < floats->size() ? (*floats)[index] : tesk::Color3f();
+    const auto& bytes = std::get<std::vector<tesk::Color3b>>(set);
+    return index < bytes.size() ? bytes[index].ToFloat() : tesk::Color3f();
+}
+
+std::vector<tesk::Color3f> ColoringData::ToFloatColors(const ColorSet& set)
+{
+    if (const auto* floats = std::get_if<std::vector<tesk::Color3f>>(&set))
+        return *floats;
+    const auto& bytes = std::get<std::vector<tesk::Color3b>>(set);
+    std::vector<tesk::Color3f> converted(bytes.size());
+    std::transform(bytes.begin(), bytes.end(), converted.begin(), [](tesk::Color3b c) { return c.ToFloat(); });
+    return converted;
 }
 
 const ColoringData::DataRecord& ColoringData::GetFDataOption(std::size_t index) const
@@ -29,19 +63,18 @@ void ColoringData::Store(const tesk::PointCloud& cloud, std::size_t count)
     {
         if (property.GetType() == tesk::PropertyType::Color)
         {
-            const std::span<const tesk::Color3f> colors = property.GetColors().first(std::min(property.Size(), count));
             coloringNames_.push_back(property.GetName());
-            std::vector<tesk::Color3f>& copy = coloringOptions_.emplace_back();
-            // Ten million colours are 120 MB of fresh memory: fault it in huge pages.
-            runa::ReserveFresh(copy, colors.size());
-            copy.assign(colors.begin(), colors.end());
+            coloringOptions_.emplace_back(CopyFirst(property.GetColors(), count));
+        }
+        else if (property.GetType() == tesk::PropertyType::ByteColor)
+        {
+            coloringNames_.push_back(property.GetName());
+            coloringOptions_.emplace_back(CopyFirst(property.GetByteColors(), count));
         }
         else if (property.GetType() == tesk::PropertyType::Float)
         {
-            const std::span<const float> values = property.GetFloats().first(std::min(property.Size(), count));
             DataRecord record;
-            runa::ReserveFresh(record.values, values.size());
-            record.values.assign(values.begin(), values.end());
+            record.values = CopyFirst(property.GetFloats(), count);
             // NaNs and infinities stay out of the range (they would make every other value
             // map to one colour).
             for (float v : record.values)
@@ -62,9 +95,9 @@ std::string ColoringData::DescribeValues(std::size_t index) const
     std::string text;
     for (std::size_t set = 0; set < coloringNames_.size(); ++set)
     {
-        if (index >= coloringOptions_[set].size())
+        if (index >= std::visit([](const auto& colors) { return colors.size(); }, coloringOptions_[set]))
             continue;
-        const tesk::Color3f& c = coloringOptions_[set][index];
+        const tesk::Color3f c = ColorAt(coloringOptions_[set], index);
         text += "; " + coloringNames_[set] + " (" + FormatValue(c.r) + ", " + FormatValue(c.g) + ", " +
                 FormatValue(c.b) + ")";
     }

@@ -93,9 +93,12 @@ void MeshGadget::UpdateColors()
 {
     if (mesh_ == nullptr)
         return;
-    if (const std::vector<tesk::Color3f>* colors = choice_.SelectedColors(mesh_->GetColoringData()))
+    if (const ColoringData::ColorSet* colors = choice_.SelectedColors(mesh_->GetColoringData()))
     {
-        mesh_->GetRenderer()->SetCustomColors(*colors);
+        if (const auto* floats = std::get_if<std::vector<tesk::Color3f>>(colors))
+            mesh_->GetRenderer()->SetCustomColors(*floats);
+        else
+            mesh_->GetRenderer()->SetCustomColors(ColoringData::ToFloatColors(*colors));
         DrawOnNextUpdate();
     }
 }

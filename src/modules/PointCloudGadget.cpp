@@ -140,9 +140,9 @@ void PointCloudGadget::UpdateColors()
 {
     if (cloud_ == nullptr)
         return;
-    if (const std::vector<tesk::Color3f>* colors = choice_.SelectedColors(cloud_->GetColoringData()))
+    if (const ColoringData::ColorSet* colors = choice_.SelectedColors(cloud_->GetColoringData()))
     {
-        cloud_->GetRenderer()->SetColors(*colors);
+        std::visit([this](const auto& set) { cloud_->GetRenderer()->SetColors(std::span(set)); }, *colors);
         DrawOnNextUpdate();
     }
 }

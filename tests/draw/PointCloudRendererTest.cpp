@@ -70,7 +70,8 @@ TEST(PointCloudRendererTest, BuildsWithoutContextAndKeepsOnlyFinitePointsInItsBo
         EXPECT_TRUE(renderer.HasPendingData());
         EXPECT_EQ(renderer.GetCpuDataBytes(), 2 * 4 * sizeof(glm::vec3));
         EXPECT_TRUE(renderer.SetColors(std::vector<tesk::Color3f>(4, tesk::Color3f(1, 0, 0))));
-        EXPECT_EQ(renderer.GetCpuDataBytes(), 3 * 4 * sizeof(glm::vec3));
+        // Colours wait as bytes, whatever form they came in.
+        EXPECT_EQ(renderer.GetCpuDataBytes(), 2 * 4 * sizeof(glm::vec3) + 4 * sizeof(tesk::Color3b));
     }
     EXPECT_TRUE(log.Contains("2 of 4 points have a non-finite coordinate and are not drawn", kBuildLabel));
     EXPECT_EQ(plor::PendingGlDeletes(), 0u);
@@ -260,10 +261,10 @@ TEST_F(PointCloudGlTest, CameraMovesUploadNothingAndColoursUploadOnlyTheirBuffer
         const std::uint64_t uploads = plor::ArrayObject::GetUploadCount();
         const std::uint64_t bytes = plor::ArrayObject::GetUploadedBytes();
         ASSERT_TRUE(renderer->SetColors(std::vector<tesk::Color3f>(kCount, tesk::Color3f(0, 0, 1))));
-        EXPECT_EQ(renderer->GetCpuDataBytes(), kCount * sizeof(tesk::Color3f));
+        EXPECT_EQ(renderer->GetCpuDataBytes(), kCount * sizeof(tesk::Color3b));
         Render();
         EXPECT_EQ(plor::ArrayObject::GetUploadCount() - uploads, 1u) << "round " << round;
-        EXPECT_EQ(plor::ArrayObject::GetUploadedBytes() - bytes, kCount * sizeof(tesk::Color3f))
+        EXPECT_EQ(plor::ArrayObject::GetUploadedBytes() - bytes, kCount * sizeof(tesk::Color3b))
             << "round " << round;
         EXPECT_EQ(renderer->GetCpuDataBytes(), 0u);
     }
@@ -272,6 +273,45 @@ TEST_F(PointCloudGlTest, CameraMovesUploadNothingAndColoursUploadOnlyTheirBuffer
     renderer->ReleaseGpuResources();
     const Pixels released = Render();
     EXPECT_EQ(released.CountDifferent(kBackground), 0);
+}
+
+TEST_F(PointCloudGlTest, UnderAPointBudgetTheSameSpreadSubsetIsDrawnEveryFrame)
+{
+    // A dense grid across the view, four blocks of points.
+    constexpr int kSide = 256;
+    std::vector<glm::vec3> grid;
+    for (int row = 0; row < kSide; ++row)
+        for (int column = 0; column < kSide; ++column)
+            grid.emplace_back(-1.5f + 3.0f * column / kSide, -1.5f + 3.0f * row / kSide, -5.0f);
+    auto renderer = std::make_shared<PointCloudRenderer>(MakeCloud(grid));
+    auto style = FlatStyle();
+    style->pointSize = 1.0f;
+    ASSERT_GT(scene_->AddInstance(renderer, style), 0);
+    const std::size_t count = grid.size();
+
+    const int full = Render().Count(IsDrawn, 0, 0, kSize, kSize);
+    EXPECT_EQ(renderer->GetDrawnCount(), count);
+    EXPECT_EQ(system_->GetSkippedPoints(), 0u);
+
+    system_->SetPointBudget(count / 10);
+    const Pixels first = Render();
+    EXPECT_NEAR(static_cast<double>(renderer->GetDrawnCount()), count / 10.0, 4.0);
+    EXPECT_EQ(system_->GetDrawnPoints() + system_->GetSkippedPoints(), count);
+    const int sparse = first.Count(IsDrawn, 0, 0, kSize, kSize);
+    EXPECT_LT(sparse, full * 0.6);
+    // Spread over the whole grid, not its first rows: every quarter of the view has points.
+    for (const auto& [x, y] : {std::pair{0, 0}, {64, 0}, {0, 64}, {64, 64}})
+        EXPECT_GT(first.Count(IsDrawn, x, y, x + 64, y + 64), sparse / 8) << x << ", " << y;
+    // No flicker: the next frame under the budget draws the very same points.
+    const Pixels second = Render();
+    int differing = 0;
+    for (int y = 0; y < kSize; ++y)
+        for (int x = 0; x < kSize; ++x)
+            differing += Near(second.At(x, y), first.At(x, y), 0) ? 0 : 1;
+    EXPECT_EQ(differing, 0) << "subset frames differ";
+
+    system_->SetPointBudget(0);
+    EXPECT_EQ(Render().Count(IsDrawn, 0, 0, kSize, kSize), full);
 }
 
 TEST_F(PointCloudGlTest, PicksTheSamePointFromThePendingCopyAndFromTheBuffer)

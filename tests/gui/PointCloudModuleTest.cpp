@@ -34,6 +34,7 @@
 namespace {
 
 using vexa::modules::ColoringChoice;
+using vexa::modules::ColoringData;
 using vexa::modules::PointCloudGadget;
 using vexa::modules::PointCloudResource;
 using vexa::modules::ScanGadget;
@@ -93,16 +94,21 @@ TEST(PointCloudResource, CopiesColourSetsAndFloatDataWithRangesThatIncludeZero)
     tesk::PointCloud cloud = RichCloud();
     cloud.AddUVProperty("uv", std::vector<glm::vec2>(4));
     cloud.AddFloatProperty("Depth", std::vector<float>{-3.0f, -1.0f, std::numeric_limits<float>::infinity(), -2.0f});
+    cloud.AddColorProperty("Scanner", std::vector<tesk::Color3b>(4, tesk::Color3b(255, 0, 128)));
     PointCloudResource resource("rich", cloud);
 
     EXPECT_TRUE(resource.HasNormals());
-    EXPECT_EQ(resource.GetColoringNames(), (std::vector<std::string>{"RGB", "Labels"}));
+    EXPECT_EQ(resource.GetColoringNames(), (std::vector<std::string>{"RGB", "Labels", "Scanner"}));
     EXPECT_EQ(resource.GetFDataNames(), (std::vector<std::string>{"Intensity", "Depth"}));
-    EXPECT_EQ(resource.GetColoringOption(1)[0], tesk::Color3f(0.0f, 1.0f, 0.0f));
+    EXPECT_EQ(ColoringData::ColorAt(resource.GetColoringOption(1), 0), tesk::Color3f(0.0f, 1.0f, 0.0f));
+    // Byte colours stay bytes: a quarter of the memory of floats, and uploaded as they are.
+    const auto* bytes = std::get_if<std::vector<tesk::Color3b>>(&resource.GetColoringOption(2));
+    ASSERT_NE(bytes, nullptr);
+    EXPECT_EQ(bytes->at(3), tesk::Color3b(255, 0, 128));
     // Values in 5..10 get the range 0..10; all-negative data gets -3..0; infinities stay out.
     EXPECT_EQ(glm::vec2(resource.GetFDataOption(0).minimum, resource.GetFDataOption(0).maximum), glm::vec2(0, 10));
     EXPECT_EQ(glm::vec2(resource.GetFDataOption(1).minimum, resource.GetFDataOption(1).maximum), glm::vec2(-3, 0));
-    EXPECT_THROW(resource.GetColoringOption(2), std::out_of_range);
+    EXPECT_THROW(resource.GetColoringOption(3), std::out_of_range);
     EXPECT_THROW(resource.GetFDataOption(2), std::out_of_range);
 
     EXPECT_EQ(resource.GetSpaceId(), "N/A");

@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <optional>
+#include <variant>
 #include <vector>
 
 namespace runa {
@@ -51,7 +52,8 @@ public:
     void Validate(const ColoringData& data);
 
     /// The chosen colour set; null when `data` has none.
-    const std::vector<tesk::Color3f>* SelectedColors(const ColoringData& data) const;
+    const std::variant<std::vector<tesk::Color3f>, std::vector<tesk::Color3b>>* SelectedColors(
+        const ColoringData& data) const;
     /// The chosen float property mapped to colours (see MapParameter); none when `data` has
     /// no float data.
     std::optional<std::vector<tesk::Color3f>> MapSelectedData(const ColoringData& data) const;

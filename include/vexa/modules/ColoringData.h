@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace vexa::modules {
@@ -24,7 +25,17 @@ public:
         float maximum = 0.0f;
     };
 
-    /// Takes the colour properties and float properties of `cloud`, in the cloud's order, at
+    /// One colour set, in the form the host gave it: floats, or bytes (kept as bytes, a
+    /// quarter of the memory, and uploaded as they are).
+    using ColorSet = std::variant<std::vector<tesk::Color3f>, std::vector<tesk::Color3b>>;
+
+    /// Colour `index` of a set as floats (0..1); black past the end.
+    static tesk::Color3f ColorAt(const ColorSet& set, std::size_t index);
+    /// The set as floats, for consumers that take only those.
+    static std::vector<tesk::Color3f> ToFloatColors(const ColorSet& set);
+
+    /// Takes the colour properties (float and byte ones) and float properties of `cloud`, in
+    /// the cloud's order, at
     /// most `count` values each; replaces whatever was stored.
     void Store(const tesk::PointCloud& cloud, std::size_t count);
 
@@ -33,7 +44,7 @@ public:
     const std::vector<std::string>& GetColoringNames() const { return coloringNames_; }
     const std::vector<std::string>& GetFDataNames() const { return fdataNames_; }
     /// Throws std::out_of_range past the end.
-    const std::vector<tesk::Color3f>& GetColoringOption(std::size_t index) const;
+    const ColorSet& GetColoringOption(std::size_t index) const;
     /// Throws std::out_of_range past the end.
     const DataRecord& GetFDataOption(std::size_t index) const;
 
@@ -47,7 +58,7 @@ public:
 
 private:
     std::vector<std::string> coloringNames_;
-    std::vector<std::vector<tesk::Color3f>> coloringOptions_;
+    std::vector<ColorSet> coloringOptions_;
     std::vector<std::string> fdataNames_;
     std::vector<DataRecord> fdataOptions_;
 };

@@ -33,7 +33,7 @@ public:
     const std::vector<std::string>& GetColoringNames() const { return coloring_.GetColoringNames(); }
     const std::vector<std::string>& GetFDataNames() const { return coloring_.GetFDataNames(); }
     /// Throws std::out_of_range past the end.
-    const std::vector<tesk::Color3f>& GetColoringOption(std::size_t index) const
+    const ColoringData::ColorSet& GetColoringOption(std::size_t index) const
     {
         return coloring_.GetColoringOption(index);
     }

@@ -2,6 +2,8 @@
 
 #include <vexa/draw/PointPicking.h>
 #include <vexa/draw/RenderContext.h>
+#include <vexa/draw/RenderSystem.h>
+#include <vexa/draw/ShuffledOrder.h>
 
 #include "LightingUniforms.h"
 #include "TransformUniforms.h"
@@ -37,6 +39,14 @@ constexpr std::size_t kNormalSlot = 1;
 constexpr std::size_t kColorSlot = 2;
 
 constexpr std::string_view kPointsProgram = "pointcloud.points";
+// Without normals in use a point is only its place and colour: a lean program, with the
+// per-point colour as a variant of its own rather than a branch every vertex takes.
+constexpr std::string_view kFlatProgram = "pointcloud.flat";
+constexpr std::string_view kFlatColoredProgram = "pointcloud.flat.colored";
+constexpr plor::ProgramFiles kFlatFiles{"pointcloud/flat.vert", "pointcloud/flat.frag"};
+constexpr plor::ProgramFiles kFlatColoredFiles{"pointcloud/flat.vert", "pointcloud/flat.frag", {},
+                                               "PER_POINT_COLOR"};
+const plor::Attribute kColorAttribute{2, 3, plor::DataType::UnsignedByte, true};
 constexpr std::string_view kNormalsProgram = "pointcloud.normals";
 constexpr plor::ProgramFiles kPointsFiles{"pointcloud/points.vert", "pointcloud/points.frag"};
 constexpr plor::ProgramFiles kNormalsFiles{"pointcloud/normals.vert", "pointcloud/normals.frag",
@@ -73,12 +83,13 @@ PositionScan ScanPositionsPointwise(std::span<const glm::vec3> positions)
     return scan;
 }
 
-/// The fast scan for the usual cloud without a single bad coordinate. Four points are twelve
-/// floats, so twelve running minima and maxima (lane j always holds coordinate j % 3) turn
-/// the loop into plain vector min/max the compiler emits without shuffles. `v * 0` is 0 for
-/// finite v and NaN otherwise, so one sum per lane tells whether some value was not finite;
-/// then the exact scan runs instead, which only such clouds pay for.
-PositionScan ScanPositions(std::span<const glm::vec3> positions)
+/// The fast scan for the usual cloud without a single bad coordinate, copying the positions
+/// to `copy` on the way (one pass over the host's array instead of two). Four points are
+/// twelve floats, so twelve running minima and maxima (lane j always holds coordinate j % 3)
+/// turn the loop into plain vector min/max the compiler emits without shuffles. `v * 0` is 0
+/// for finite v and NaN otherwise, so one sum per lane tells whether some value was not
+/// finite; then the exact scan runs instead, which only such clouds pay for.
+PositionScan ScanAndCopyPositions(std::span<const glm::vec3> positions, float* copy)
 {
     constexpr int kLanes = 12;
     constexpr std::size_t kPointsPerBlock = kLanes / 3;
@@ -91,16 +102,18 @@ PositionScan ScanPositions(std::span<const glm::vec3> positions)
     }
     const std::size_t blocks = positions.size() / kPointsPerBlock;
     const float* p = glm::value_ptr(positions[0]);
-    for (std::size_t b = 0; b < blocks; ++b, p += kLanes)
+    for (std::size_t b = 0; b < blocks; ++b, p += kLanes, copy += kLanes)
         for (int j = 0; j < kLanes; ++j) {
             const float v = p[j];
+            copy[j] = v;
             lo[j] = v < lo[j] ? v : lo[j];
             hi[j] = v > hi[j] ? v : hi[j];
             check[j] += v * 0.0f;
         }
-    for (std::size_t i = blocks * kPointsPerBlock; i < positions.size(); ++i, p += 3)
+    for (std::size_t i = blocks * kPointsPerBlock; i < positions.size(); ++i, p += 3, copy += 3)
         for (int j = 0; j < 3; ++j) {
             const float v = p[j];
+            copy[j] = v;
             lo[j] = v < lo[j] ? v : lo[j];
             hi[j] = v > hi[j] ? v : hi[j];
             check[j] += v * 0.0f;
@@ -122,7 +135,7 @@ PositionScan ScanPositions(std::span<const glm::vec3> positions)
 
 /// A vertex buffer's bytes in one allocation and one memcpy: no zero-fill first, no per-point
 /// loop, and for large clouds memory that does not fault in page by page.
-std::unique_ptr<plor::OwnedBytes> CopyBytes(std::span<const std::byte> bytes)
+std::unique_ptr<plor::UploadBytes> CopyBytes(std::span<const std::byte> bytes)
 {
     return plor::UploadBytes::CopyOf(bytes);
 }
@@ -148,6 +161,21 @@ struct PointUniforms {
         shadeColors = p.GetUniformLocation("uShadeColors");
         orientedDiscs = p.GetUniformLocation("uOrientedDiscs");
         lighting.Refresh(p);
+    }
+};
+
+struct FlatUniforms {
+    unsigned int program = 0;
+    GLint clipFromModel = -1, pointSize = -1, baseColor = -1;
+
+    void Refresh(plor::Program& p)
+    {
+        if (p.GetId() == program)
+            return;
+        program = p.GetId();
+        clipFromModel = p.GetUniformLocation("uClipFromModel");
+        pointSize = p.GetUniformLocation("uPointSize");
+        baseColor = p.GetUniformLocation("uBaseColor");
     }
 };
 
@@ -183,12 +211,36 @@ bool AcceptsColors(std::size_t colorCount, std::size_t pointCount)
     return true;
 }
 
+/// Colours become bytes on their way to the buffer: 3 bytes a point instead of 12, and
+/// more precision than a screen shows anyway.
+std::unique_ptr<plor::UploadBytes> ShuffledBytes(std::span<const tesk::Color3f> colors)
+{
+    auto bytes = std::make_unique<plor::UploadBytes>(colors.size() * sizeof(tesk::Color3b));
+    const std::span<tesk::Color3b> target(reinterpret_cast<tesk::Color3b*>(bytes->MutableBytes().data()),
+                                          colors.size());
+    ShuffledOrder::Gather(colors, target, [](const tesk::Color3f& c) { return c.ToByte(); });
+    return bytes;
+}
+
+std::unique_ptr<plor::UploadBytes> ShuffledBytes(std::span<const tesk::Color3b> colors)
+{
+    auto bytes = std::make_unique<plor::UploadBytes>(colors.size() * sizeof(tesk::Color3b));
+    ShuffledOrder::Gather(colors, std::span<tesk::Color3b>(
+                                      reinterpret_cast<tesk::Color3b*>(bytes->MutableBytes().data()), colors.size()));
+    return bytes;
+}
+
 } // namespace
 
 struct PointCloudRenderer::Gpu {
     plor::ArrayObject array;
     PointUniforms points;
+    FlatUniforms flat;
+    FlatUniforms flatColored;
     NormalUniforms normals;
+    /// One run per block for subset frames, sized once.
+    std::vector<int> runFirsts;
+    std::vector<int> runCounts;
 };
 
 PointCloudRenderer::PointCloudRenderer() : gpu_(std::make_unique<Gpu>()) {}
@@ -202,7 +254,9 @@ PointCloudRenderer::PointCloudRenderer(const tesk::PointCloud& cloud) : gpu_(std
         return;
     }
 
-    const PositionScan scan = ScanPositions(positions);
+    pendingPositions_ = std::make_unique<plor::UploadBytes>(positions.size_bytes());
+    const PositionScan scan =
+        ScanAndCopyPositions(positions, reinterpret_cast<float*>(pendingPositions_->MutableBytes().data()));
     bounds_ = scan.bounds;
     nonFiniteCount_ = scan.nonFinite;
     if (nonFiniteCount_ > 0)
@@ -210,14 +264,30 @@ PointCloudRenderer::PointCloudRenderer(const tesk::PointCloud& cloud) : gpu_(std
                        " points have a non-finite coordinate and are not drawn",
                    kBuildLabel);
 
-    plor::ArrayObject& array = gpu_->array;
-    array.SetBuffer(kPositionSlot, CopyBytes(std::as_bytes(positions)),
-                    {plor::Attribute{0, 3, plor::DataType::Float}});
     hasNormals_ = cloud.HasNormals();
     if (hasNormals_)
-        array.SetBuffer(kNormalSlot, CopyBytes(std::as_bytes(cloud.GetNormals())),
-                        {plor::Attribute{1, 3, plor::DataType::Float}});
-    array.SetVertexCount(pointCount_);
+        pendingNormals_ = CopyBytes(std::as_bytes(cloud.GetNormals()));
+    gpu_->array.SetVertexCount(pointCount_);
+    gpu_->runFirsts.resize(ShuffledOrder::BlockCount(pointCount_));
+    gpu_->runCounts.resize(ShuffledOrder::BlockCount(pointCount_));
+}
+
+void PointCloudRenderer::ShufflePending()
+{
+    if (pendingPositions_) {
+        const std::span<std::byte> bytes = pendingPositions_->MutableBytes();
+        ShuffledOrder::ShuffleInPlace(
+            std::span<glm::vec3>(reinterpret_cast<glm::vec3*>(bytes.data()), bytes.size() / sizeof(glm::vec3)));
+        gpu_->array.SetBuffer(kPositionSlot, std::unique_ptr<plor::OwnedBytes>(std::move(pendingPositions_)),
+                              {plor::Attribute{0, 3, plor::DataType::Float}});
+    }
+    if (pendingNormals_) {
+        const std::span<std::byte> bytes = pendingNormals_->MutableBytes();
+        ShuffledOrder::ShuffleInPlace(
+            std::span<glm::vec3>(reinterpret_cast<glm::vec3*>(bytes.data()), bytes.size() / sizeof(glm::vec3)));
+        gpu_->array.SetBuffer(kNormalSlot, std::unique_ptr<plor::OwnedBytes>(std::move(pendingNormals_)),
+                              {plor::Attribute{1, 3, plor::DataType::Float}});
+    }
 }
 
 PointCloudRenderer::~PointCloudRenderer()
@@ -229,25 +299,34 @@ bool PointCloudRenderer::SetColors(std::span<const tesk::Color3f> colors)
 {
     if (!AcceptsColors(colors.size(), pointCount_))
         return false;
-    if (hasColors_)
-        gpu_->array.UpdateBuffer(kColorSlot, CopyBytes(std::as_bytes(colors)));
-    else
-        gpu_->array.SetBuffer(kColorSlot, CopyBytes(std::as_bytes(colors)),
-                              {plor::Attribute{2, 3, plor::DataType::Float}});
-    hasColors_ = true;
+    StoreColors(ShuffledBytes(colors));
     return true;
 }
 
-bool PointCloudRenderer::SetColors(std::vector<tesk::Color3f>&& colors)
+bool PointCloudRenderer::SetColors(std::span<const tesk::Color3b> colors)
 {
     if (!AcceptsColors(colors.size(), pointCount_))
         return false;
+    StoreColors(ShuffledBytes(colors));
+    return true;
+}
+
+bool PointCloudRenderer::SetColors(std::vector<tesk::Color3b>&& colors)
+{
+    if (!AcceptsColors(colors.size(), pointCount_))
+        return false;
+    ShuffledOrder::ShuffleInPlace(std::span<tesk::Color3b>(colors));
+    StoreColors(std::make_unique<plor::OwnedVector<tesk::Color3b>>(std::move(colors)));
+    return true;
+}
+
+void PointCloudRenderer::StoreColors(std::unique_ptr<plor::OwnedBytes> colors)
+{
     if (hasColors_)
         gpu_->array.UpdateBuffer(kColorSlot, std::move(colors));
     else
-        gpu_->array.SetBuffer(kColorSlot, std::move(colors), {plor::Attribute{2, 3, plor::DataType::Float}});
+        gpu_->array.SetBuffer(kColorSlot, std::move(colors), {kColorAttribute});
     hasColors_ = true;
-    return true;
 }
 
 void PointCloudRenderer::ClearColors()
@@ -260,12 +339,13 @@ void PointCloudRenderer::ClearColors()
 
 bool PointCloudRenderer::HasPendingData() const
 {
-    return gpu_->array.HasPendingData();
+    return pendingPositions_ || pendingNormals_ || gpu_->array.HasPendingData();
 }
 
 std::size_t PointCloudRenderer::GetCpuDataBytes() const
 {
-    return gpu_->array.PendingBytes();
+    return (pendingPositions_ ? pendingPositions_->Size() : 0) + (pendingNormals_ ? pendingNormals_->Size() : 0) +
+           gpu_->array.PendingBytes();
 }
 
 std::optional<std::size_t> PointCloudRenderer::Pick(const glm::mat4& clipFromPoints,
@@ -274,12 +354,23 @@ std::optional<std::size_t> PointCloudRenderer::Pick(const glm::mat4& clipFromPoi
 {
     if (pointCount_ == 0 || released_)
         return std::nullopt;
+    if (pendingPositions_) {
+        const std::span<const std::byte> bytes = pendingPositions_->Bytes();
+        const std::span<const glm::vec3> positions(reinterpret_cast<const glm::vec3*>(bytes.data()),
+                                                   bytes.size() / sizeof(glm::vec3));
+        const std::optional<std::size_t> index = PickPoint(positions, clipFromPoints, viewport, cursor, radius);
+        if (index && position)
+            *position = positions[*index];
+        return index;
+    }
     const plor::BufferReadView view = gpu_->array.ReadBuffer(kPositionSlot);
     const std::span<const glm::vec3> positions = view.As<glm::vec3>();
-    const std::optional<std::size_t> index = PickPoint(positions, clipFromPoints, viewport, cursor, radius);
-    if (index && position)
-        *position = positions[*index];
-    return index;
+    const std::optional<std::size_t> found = PickPoint(positions, clipFromPoints, viewport, cursor, radius);
+    if (!found)
+        return std::nullopt;
+    if (position)
+        *position = positions[*found];
+    return ShuffledOrder::OriginalIndex(*found, pointCount_);
 }
 
 bool PointCloudRenderer::IsCompatibileWithStyle(const Style& style) const
@@ -287,13 +378,30 @@ bool PointCloudRenderer::IsCompatibileWithStyle(const Style& style) const
     return dynamic_cast<const PointCloudStyle*>(&style) != nullptr;
 }
 
+std::size_t PointCloudRenderer::PlanDraw(std::size_t budget)
+{
+    if (budget == 0 || budget >= pointCount_)
+        return pointCount_;
+    return ShuffledOrder::SubsetRuns(pointCount_, budget, gpu_->runFirsts, gpu_->runCounts);
+}
+
+void PointCloudRenderer::DrawPoints(std::size_t drawn)
+{
+    if (drawn == pointCount_)
+        gpu_->array.Draw(plor::PrimitiveType::Points);
+    else
+        gpu_->array.DrawRuns(plor::PrimitiveType::Points, gpu_->runFirsts, gpu_->runCounts);
+}
+
 void PointCloudRenderer::Render(const RenderContext& context, const Style& baseStyle)
 {
+    drawnCount_ = 0;
     const auto* pointStyle = dynamic_cast<const PointCloudStyle*>(&baseStyle);
     if (!pointStyle || !pointStyle->visible || pointCount_ == 0 || released_ || !context.programs)
         return;
     const PointCloudStyle& style = *pointStyle;
     Gpu& gpu = *gpu_;
+    ShufflePending();
 
     const glm::mat4 model = style.transform.GetMatrix();
     // The inverse-transpose keeps normals perpendicular under non-uniform scaling.
@@ -305,24 +413,44 @@ void PointCloudRenderer::Render(const RenderContext& context, const Style& baseS
         std::isfinite(style.pointSize)
             ? std::clamp(style.pointSize, PointCloudStyle::kMinPointSize, PointCloudStyle::kMaxPointSize)
             : PointCloudStyle::kMinPointSize;
+    const std::size_t drawn = PlanDraw(context.pointBudget);
 
-    if (plor::Program& program = context.programs->GetOrAdd(kPointsProgram, kPointsFiles); program.Use()) {
-        PointUniforms& u = gpu.points;
-        u.Refresh(program);
-        u.transform.Upload(context, model, normalMatrix);
-        glUniform1f(u.pointSize, size * pixelScale);
-        glUniform1i(u.hasNormals, useNormals ? 1 : 0);
-        glUniform1i(u.cullBackFacing, style.cullBackFacing ? 1 : 0);
-        glUniform1i(u.hasColors, hasColors_ ? 1 : 0);
-        glUniform1i(u.colorMode, style.colorMode);
-        glUniform1i(u.shadeColors, style.shadeColors ? 1 : 0);
-        glUniform1i(u.orientedDiscs, style.orientedDiscs ? 1 : 0);
-        u.lighting.Upload(context, style.material);
-
-        glEnable(GL_PROGRAM_POINT_SIZE);
-        gpu.array.Draw(plor::PrimitiveType::Points);
-        glDisable(GL_PROGRAM_POINT_SIZE);
+    glEnable(GL_PROGRAM_POINT_SIZE);
+    if (useNormals) {
+        if (plor::Program& program = context.programs->GetOrAdd(kPointsProgram, kPointsFiles); program.Use()) {
+            PointUniforms& u = gpu.points;
+            u.Refresh(program);
+            u.transform.Upload(context, model, normalMatrix);
+            glUniform1f(u.pointSize, size * pixelScale);
+            glUniform1i(u.hasNormals, 1);
+            glUniform1i(u.cullBackFacing, style.cullBackFacing ? 1 : 0);
+            glUniform1i(u.hasColors, hasColors_ ? 1 : 0);
+            glUniform1i(u.colorMode, style.colorMode);
+            glUniform1i(u.shadeColors, style.shadeColors ? 1 : 0);
+            glUniform1i(u.orientedDiscs, style.orientedDiscs ? 1 : 0);
+            u.lighting.Upload(context, style.material);
+            DrawPoints(drawn);
+            drawnCount_ = drawn;
+        }
+    } else {
+        const bool perPoint = style.colorMode == ColorMode::PerPoint && hasColors_;
+        plor::Program& program = perPoint ? context.programs->GetOrAdd(kFlatColoredProgram, kFlatColoredFiles)
+                                          : context.programs->GetOrAdd(kFlatProgram, kFlatFiles);
+        if (program.Use()) {
+            FlatUniforms& u = perPoint ? gpu.flatColored : gpu.flat;
+            u.Refresh(program);
+            const glm::mat4 clipFromModel = context.viewProjection * model;
+            glUniformMatrix4fv(u.clipFromModel, 1, GL_FALSE, glm::value_ptr(clipFromModel));
+            glUniform1f(u.pointSize, size * pixelScale);
+            const tesk::Color3f& color = style.material.color;
+            glUniform3f(u.baseColor, color.r, color.g, color.b);
+            DrawPoints(drawn);
+            drawnCount_ = drawn;
+        }
     }
+    glDisable(GL_PROGRAM_POINT_SIZE);
+    if (context.system)
+        context.system->CountPoints(drawnCount_, pointCount_ - std::min(drawnCount_, pointCount_));
 
     if (style.showNormals && useNormals) {
         plor::Program& program = context.programs->GetOrAdd(kNormalsProgram, kNormalsFiles);
@@ -334,7 +462,7 @@ void PointCloudRenderer::Render(const RenderContext& context, const Style& baseS
             glUniform1i(u.cullBackFacing, style.cullBackFacing ? 1 : 0);
             glUniform1f(u.length, length);
             glUniform3f(u.color, style.color.r, style.color.g, style.color.b);
-            gpu.array.Draw(plor::PrimitiveType::Points);
+            DrawPoints(drawn);
         }
     }
 }
@@ -348,7 +476,11 @@ void PointCloudRenderer::ReleaseGpuResources()
     if (pointCount_ > 0)
         released_ = true;
     gpu_->array.Release();
+    pendingPositions_.reset();
+    pendingNormals_.reset();
     gpu_->points = PointUniforms();
+    gpu_->flat = FlatUniforms();
+    gpu_->flatColored = FlatUniforms();
     gpu_->normals = NormalUniforms();
     hasColors_ = false;
 }

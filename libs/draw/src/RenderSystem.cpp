@@ -270,6 +270,16 @@ void RenderSystem::RenderTo(plor::Framebuffer& target)
     RenderFrame(&target, target.GetWidth(), target.GetHeight());
 }
 
+bool RenderSystem::HaveViewsChanged() const
+{
+    if (drawnViews_.size() != scenes_.size())
+        return true;
+    for (std::size_t i = 0; i < scenes_.size(); ++i)
+        if (drawnViews_[i] != scenes_[i]->GetProjectionMatrix() * scenes_[i]->GetCamera()->GetViewMatrix())
+            return true;
+    return false;
+}
+
 void RenderSystem::RenderFrame(const plor::Framebuffer* output, int width, int height)
 {
     if (width <= 0 || height <= 0)
@@ -360,6 +370,12 @@ void RenderSystem::RenderScenes(int targetWidth, int targetHeight)
     RenderContext& context = gpu.context;
     context.system = this;
     context.programs = &gpu.programs;
+    context.pointBudget = pointBudget_;
+    drawnPoints_ = 0;
+    skippedPoints_ = 0;
+    drawnViews_.resize(scenes_.size());
+    for (std::size_t i = 0; i < scenes_.size(); ++i)
+        drawnViews_[i] = scenes_[i]->GetProjectionMatrix() * scenes_[i]->GetCamera()->GetViewMatrix();
     context.checkerTexture = &gpu.checker;
     context.framebufferSize = {targetWidth, targetHeight};
     context.pixelScale = scaleX;

@@ -345,6 +345,18 @@ void ArrayObject::Draw(PrimitiveType primitive, std::size_t first, std::size_t c
     glBindVertexArray(0);
 }
 
+void ArrayObject::DrawRuns(PrimitiveType primitive, std::span<const int> firsts, std::span<const int> counts)
+{
+    if ((vao_ == 0 || HasPendingData()) && !Upload())
+        return;
+    const std::size_t runs = std::min(firsts.size(), counts.size());
+    if (vao_ == 0 || runs == 0)
+        return;
+    Bind();
+    glMultiDrawArrays(ToGl(primitive), firsts.data(), counts.data(), static_cast<GLsizei>(runs));
+    glBindVertexArray(0);
+}
+
 void ArrayObject::DrawElements(PrimitiveType primitive, std::size_t first, std::size_t count)
 {
     // An array without buffers still needs its vertex array: shaders may draw from gl_VertexID.

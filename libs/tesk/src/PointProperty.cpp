@@ -33,6 +33,8 @@ const char* PropertyTypeName(PropertyType type)
         return "UV";
     case PropertyType::Color:
         return "Color";
+    case PropertyType::ByteColor:
+        return "ByteColor";
     }
     return "Unknown";
 }
@@ -52,6 +54,11 @@ PointProperty::PointProperty(std::string name, std::vector<Color3f>&& values)
 {
 }
 
+PointProperty::PointProperty(std::string name, std::vector<Color3b>&& values)
+    : name_(std::move(name)), values_(std::move(values))
+{
+}
+
 PropertyType PointProperty::GetType() const
 {
     return std::visit(
@@ -61,8 +68,10 @@ PropertyType PointProperty::GetType() const
                 return PropertyType::Float;
             else if constexpr (std::is_same_v<T, glm::vec2>)
                 return PropertyType::UV;
-            else
+            else if constexpr (std::is_same_v<T, Color3f>)
                 return PropertyType::Color;
+            else
+                return PropertyType::ByteColor;
         },
         values_);
 }
@@ -84,6 +93,10 @@ std::span<const Color3f> PointProperty::GetColors() const
 {
     return ValuesIf<Color3f>(values_);
 }
+std::span<const Color3b> PointProperty::GetByteColors() const
+{
+    return ValuesIf<Color3b>(values_);
+}
 
 std::span<float> PointProperty::GetMutableFloats()
 {
@@ -96,6 +109,10 @@ std::span<glm::vec2> PointProperty::GetMutableUVs()
 std::span<Color3f> PointProperty::GetMutableColors()
 {
     return MutableValuesIf<Color3f>(values_);
+}
+std::span<Color3b> PointProperty::GetMutableByteColors()
+{
+    return MutableValuesIf<Color3b>(values_);
 }
 
 const void* PointProperty::Data() const

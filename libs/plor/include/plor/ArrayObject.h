@@ -142,6 +142,9 @@ public:
 
     /// Draws `count` vertices from `first` (count 0 = all), uploading first if needed.
     void Draw(PrimitiveType primitive, std::size_t first = 0, std::size_t count = 0);
+    /// Draws several runs of vertices in one call, run i being `counts[i]` vertices from
+    /// `firsts[i]` (both arrays of the same length, each run within the vertex count).
+    void DrawRuns(PrimitiveType primitive, std::span<const int> firsts, std::span<const int> counts);
     /// Draws with the index buffer (count 0 = all indices).
     void DrawElements(PrimitiveType primitive, std::size_t first = 0, std::size_t count = 0);
 

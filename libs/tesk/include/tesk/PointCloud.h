@@ -85,6 +85,9 @@ public:
     bool AddFloatProperty(const std::string& name, std::vector<float>&& values);
     bool AddColorProperty(const std::string& name, std::span<const Color3f> values);
     bool AddColorProperty(const std::string& name, std::vector<Color3f>&& values);
+    /// Byte colours are kept as bytes (type ByteColor), a quarter of the memory of floats.
+    bool AddColorProperty(const std::string& name, std::span<const Color3b> values);
+    bool AddColorProperty(const std::string& name, std::vector<Color3b>&& values);
     bool AddUVProperty(const std::string& name, std::span<const glm::vec2> values);
     bool AddUVProperty(const std::string& name, std::vector<glm::vec2>&& values);
 
@@ -110,6 +113,7 @@ public:
     /// Values of the named property; an empty span when it is missing or of another type.
     std::span<const float> GetFloatProperty(std::string_view name) const;
     std::span<const Color3f> GetColorProperty(std::string_view name) const;
+    std::span<const Color3b> GetByteColorProperty(std::string_view name) const;
     std::span<const glm::vec2> GetUVProperty(std::string_view name) const;
 
     /// False when there was no property of that name.

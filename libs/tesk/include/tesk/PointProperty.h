@@ -18,22 +18,25 @@ namespace tesk {
 /// What one point of a property holds. The integer codes are part of the data contract
 /// with hosts and modules (1 = float, 4 = colour) and never change.
 enum class PropertyType : int {
-    Float = 1, ///< one float per point (data to map through a colour map)
-    UV = 2,    ///< one glm::vec2 texture coordinate per point
-    Color = 4, ///< one tesk::Color3f per point
+    Float = 1,     ///< one float per point (data to map through a colour map)
+    UV = 2,        ///< one glm::vec2 texture coordinate per point
+    Color = 4,     ///< one tesk::Color3f per point
+    ByteColor = 8, ///< one tesk::Color3b per point, as scanners and most files deliver them
 };
 
-/// "Float", "UV", "Color".
+/// "Float", "UV", "Color", "ByteColor".
 const char* PropertyTypeName(PropertyType type);
 
 class PointProperty {
 public:
-    using Storage = std::variant<std::vector<float>, std::vector<glm::vec2>, std::vector<Color3f>>;
+    using Storage =
+        std::variant<std::vector<float>, std::vector<glm::vec2>, std::vector<Color3f>, std::vector<Color3b>>;
 
     PointProperty() = default;
     PointProperty(std::string name, std::vector<float>&& values);
     PointProperty(std::string name, std::vector<glm::vec2>&& values);
     PointProperty(std::string name, std::vector<Color3f>&& values);
+    PointProperty(std::string name, std::vector<Color3b>&& values);
 
     const std::string& GetName() const { return name_; }
     PropertyType GetType() const;
@@ -44,11 +47,13 @@ public:
     std::span<const float> GetFloats() const;
     std::span<const glm::vec2> GetUVs() const;
     std::span<const Color3f> GetColors() const;
+    std::span<const Color3b> GetByteColors() const;
 
     /// Writable views of the same values (the length cannot change through them).
     std::span<float> GetMutableFloats();
     std::span<glm::vec2> GetMutableUVs();
     std::span<Color3f> GetMutableColors();
+    std::span<Color3b> GetMutableByteColors();
 
     /// The values as raw bytes, whatever the type: Size() * ElementSize() bytes.
     const void* Data() const;

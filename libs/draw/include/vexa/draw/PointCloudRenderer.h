@@ -3,18 +3,21 @@
 // per-point colours or normal colours, lit (as small discs facing along their normals) when
 // the cloud has normals, with optional back-face culling and normal lines.
 //
-// Memory: the constructor copies the positions (and normals) once, contiguously, into the
-// pending vertex buffers; the first Render uploads them and frees the CPU copies, so from
-// then on the renderer holds only counts and bounds while the GPU holds the points. A camera
-// move therefore draws without uploading anything. Per-point colours are kept on the CPU
-// only until their upload, too.
+// Memory: the constructor copies the positions (and normals) once, contiguously; the first
+// Render puts them into drawing order (ShuffledOrder), uploads them and frees the CPU copies,
+// so from then on the renderer holds only counts and bounds while the GPU holds the points.
+// A camera move therefore draws without uploading anything. Per-point colours are kept on
+// the CPU only until their upload, as bytes (3 a point), whatever form they came in.
+//
+// Detail: when the render context carries a point budget (the camera is moving), the cloud
+// draws an evenly spread subset of about that many points, the same one every frame.
 //
 // Points with a non-finite coordinate stay in the buffers (so per-point colours keep their
 // indices) and are dropped by the vertex shader; the bounding box skips them.
 //
 // Picking reads the positions where they are at that moment: the pending copy before the
 // first Render, the vertex buffer mapped for reading after it, so no second copy is kept
-// for it.
+// for it. Indices are always the caller's.
 
 #include <vexa/draw/PointCloudStyle.h>
 #include <vexa/draw/Renderer.h>
@@ -33,6 +36,11 @@
 #include <span>
 #include <vector>
 
+namespace plor {
+class OwnedBytes;
+class UploadBytes;
+} // namespace plor
+
 namespace vexa::draw {
 
 class PointCloudRenderer : public Renderer {
@@ -49,8 +57,9 @@ public:
     /// and the previous colours stay. Only the colour buffer is uploaded again (in place when
     /// colours were set before).
     bool SetColors(std::span<const tesk::Color3f> colors);
-    /// Same, taking the array over without copying it.
-    bool SetColors(std::vector<tesk::Color3f>&& colors);
+    bool SetColors(std::span<const tesk::Color3b> colors);
+    /// Same, taking a byte array over and reordering it where it is, without a copy.
+    bool SetColors(std::vector<tesk::Color3b>&& colors);
     /// Back to the material colour in ColorMode::PerPoint.
     void ClearColors();
 
@@ -76,6 +85,8 @@ public:
 
     bool IsCompatibileWithStyle(const Style& style) const override;
     void Render(const RenderContext& context, const Style& style) override;
+    /// Points the last Render drew: all of them, or the subset a point budget allowed.
+    std::size_t GetDrawnCount() const { return drawnCount_; }
     /// Box of the finite points in model space; empty when there is none.
     geom::TAabb<3, float> GetBoundingBox() const override { return bounds_; }
     /// Frees the GPU buffers. The points were dropped from the CPU at upload, so the renderer
@@ -84,7 +95,18 @@ public:
 
 private:
     struct Gpu;
+    /// Puts the pending positions and normals into drawing order and hands them to the
+    /// vertex array (first Render).
+    void ShufflePending();
+    /// How many points to draw under `budget` (0: all), filling the runs when it is a subset.
+    std::size_t PlanDraw(std::size_t budget);
+    void DrawPoints(std::size_t drawn);
+    void StoreColors(std::unique_ptr<plor::OwnedBytes> colors);
+
     std::unique_ptr<Gpu> gpu_;
+    std::unique_ptr<plor::UploadBytes> pendingPositions_;
+    std::unique_ptr<plor::UploadBytes> pendingNormals_;
+    std::size_t drawnCount_ = 0;
     std::size_t pointCount_ = 0;
     std::size_t nonFiniteCount_ = 0;
     bool hasNormals_ = false;

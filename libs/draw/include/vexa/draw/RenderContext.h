@@ -9,6 +9,7 @@
 #include <glm/vec3.hpp>
 #include <glm/vec4.hpp>
 
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -46,6 +47,10 @@ struct RenderContext {
 
     /// Lights resolved to world-space directions (camera-relative ones already turned).
     std::vector<Light> lights;
+
+    /// Points a point cloud may draw in this frame (0: all). Set while the camera moves, so
+    /// that frames keep coming at an interactive rate.
+    std::size_t pointBudget = 0;
 
     /// Shared textures: a black-and-white checker for UV display.
     plor::Texture* checkerTexture = nullptr;

@@ -7,8 +7,10 @@
 #include <tesk/Color.h>
 #include <tesk/Image.h>
 
+#include <glm/mat4x4.hpp>
 #include <glm/vec2.hpp>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -76,6 +78,23 @@ public:
     TextRenderer& GetTextRenderer() { return textRenderer_; }
     plor::ProgramList& GetPrograms();
 
+    /// Points each point cloud may draw in the coming frames (0: all of them): a budget set
+    /// while the camera moves, so that frames keep coming at an interactive rate.
+    void SetPointBudget(std::size_t points) { pointBudget_ = points; }
+    std::size_t GetPointBudget() const { return pointBudget_; }
+    /// Points drawn by point clouds in the last frame, and those a budget left out (0 when
+    /// the frame showed everything).
+    std::size_t GetDrawnPoints() const { return drawnPoints_; }
+    std::size_t GetSkippedPoints() const { return skippedPoints_; }
+    /// Called by point renderers as they draw.
+    void CountPoints(std::size_t drawn, std::size_t skipped)
+    {
+        drawnPoints_ += drawn;
+        skippedPoints_ += skipped;
+    }
+    /// True when some scene's camera or projection differs from the one it was last drawn with.
+    bool HaveViewsChanged() const;
+
     /// Number of frames drawn so far (tests use it to tell whether a frame happened).
     std::uint64_t GetFrameCount() const { return frameCount_; }
 
@@ -96,6 +115,11 @@ private:
     AntiAliasingMethod antiAliasing_ = AntiAliasingMethod::Msaa4x;
     bool reloadRequested_ = false;
     std::uint64_t frameCount_ = 0;
+    std::size_t pointBudget_ = 0;
+    std::size_t drawnPoints_ = 0;
+    std::size_t skippedPoints_ = 0;
+    /// Each scene's projection x view as last drawn, in scene order.
+    std::vector<glm::mat4> drawnViews_;
     TextRenderer textRenderer_;
     std::unique_ptr<Gpu> gpu_;
 };
