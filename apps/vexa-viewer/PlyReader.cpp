@@ -349,6 +349,8 @@ struct VertexArrays {
     std::vector<std::vector<float>> extras;
     std::vector<Target> targets; // one per vertex property; out is null for ignored ones
     CoordinateShift shift;
+    // Colours all read from uchar properties go to the cloud as bytes, a quarter of the memory.
+    bool byteColors = true;
 };
 
 static_assert(sizeof(glm::vec3) == 3 * sizeof(float), "glm::vec3 is three packed floats");
@@ -385,6 +387,7 @@ void AllocateArrays(const PlyElement& vertex, const VertexLayout& layout, std::s
             break;
         case Role::Color:
             target = {&arrays.colors.data()->r + role.component, 3, ColorDivisor(vertex.properties[i].type)};
+            arrays.byteColors = arrays.byteColors && target.divisor == 255.0f;
             break;
         case Role::UV:
             target = {&arrays.uvs.data()->x + role.component, 2, 1.0f};
@@ -410,8 +413,16 @@ void StoreInCloud(VertexArrays& arrays, const VertexLayout& layout, tesk::PointC
     cloud.SetOriginOffset(arrays.shift.Offset());
     if (layout.hasNormals && !cloud.Empty())
         cloud.SetNormals(std::move(arrays.normals));
-    if (layout.hasColors)
+    if (layout.hasColors && arrays.byteColors) {
+        std::vector<tesk::Color3b> bytes;
+        runa::ReserveFresh(bytes, arrays.colors.size());
+        for (const tesk::Color3f& color : arrays.colors)
+            bytes.push_back(color.ToByte());
+        std::vector<tesk::Color3f>().swap(arrays.colors);
+        cloud.AddColorProperty("RGB", std::move(bytes));
+    } else if (layout.hasColors) {
         cloud.AddColorProperty("RGB", std::move(arrays.colors));
+    }
     if (layout.hasUVs)
         cloud.SetUVs(std::move(arrays.uvs));
     for (std::size_t i = 0; i < arrays.extras.size(); ++i)

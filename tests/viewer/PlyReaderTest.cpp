@@ -134,12 +134,14 @@ TEST(PlyReader, EveryEncodingGivesTheSameCloud)
         const std::vector<std::string> names = {"RGB", "intensity", "label", "quality", "flag", "weight"};
         EXPECT_EQ(testing_support::PropertyNames(cloud), names);
 
-        const auto colors = cloud.GetColorProperty("RGB");
+        // Colours read from bytes stay bytes.
+        const auto colors = cloud.GetByteColorProperty("RGB");
         for (std::size_t i = 0; i < vertices.size(); ++i) {
             const Vertex& v = vertices[i];
             EXPECT_EQ(cloud.GetPositions()[i], glm::vec3(v.x, v.y, v.z));
             EXPECT_EQ(cloud.GetNormals()[i], glm::vec3(v.nx, v.ny, v.nz));
-            EXPECT_EQ(colors[i], tesk::Color3f(v.red / 255.0f, v.green / 255.0f, v.blue / 255.0f));
+            EXPECT_EQ(colors[i], tesk::Color3b(static_cast<std::uint8_t>(v.red), static_cast<std::uint8_t>(v.green),
+                                               static_cast<std::uint8_t>(v.blue)));
             std::vector<float> values;
             for (std::size_t p = 1; p < names.size(); ++p)
                 values.push_back(cloud.GetFloatProperty(names[p])[i]);
@@ -211,8 +213,8 @@ TEST(PlyReader, ReadsHeadersAsOtherProgramsWriteThem)
     EXPECT_TRUE(std::isinf(cloud.GetPositions()[2].z));
     EXPECT_EQ(cloud.CountNonFinite(), 1u);
     ASSERT_EQ(cloud.PropertyCount(), 2u);
-    EXPECT_EQ(cloud.GetColorProperty("RGB")[0], tesk::Color3f(1.0f, 0.0f, 0.0f));
-    EXPECT_EQ(cloud.GetColorProperty("RGB")[2], tesk::Color3f(0.0f, 0.0f, 1.0f));
+    EXPECT_EQ(cloud.GetByteColorProperty("RGB")[0], tesk::Color3b(255, 0, 0));
+    EXPECT_EQ(cloud.GetByteColorProperty("RGB")[2], tesk::Color3b(0, 0, 255));
     EXPECT_EQ(cloud.GetFloatProperty("scalar_Intensity")[1], 1.5f);
     EXPECT_FALSE(cloud.HasProperty("alpha"));
 }
@@ -368,7 +370,7 @@ TEST(PlyMesh, NormalAndTextureCoordinateNames)
             EXPECT_EQ(cloud.GetNormals()[1], glm::vec3(0.0f, 1.0f, 0.0f));
             ASSERT_TRUE(mesh.HasUVs());
             EXPECT_EQ(cloud.GetUVs()[1], glm::vec2(0.25f, 0.5f));
-            EXPECT_EQ(cloud.GetColorProperty("RGB")[0], tesk::Color3f(1.0f, 0.0f, 0.2f));
+            EXPECT_EQ(cloud.GetByteColorProperty("RGB")[0], tesk::Color3b(255, 0, 51));
             EXPECT_EQ(cloud.PropertyCount(), 2u) << "RGB and uv, nothing else";
         }
     }
