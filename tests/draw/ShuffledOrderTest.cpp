@@ -82,6 +82,13 @@ TEST(ShuffledOrder, ASubsetIsSpreadAlongScanLinesWithoutHolesOrStripes)
         columns.insert(index % 128);
     EXPECT_GT(columns.size(), 100u);
 
+    // Blocks do not repeat each other's places: samples lined up block after block form a
+    // lattice, which shows as stripes across a scan.
+    int same = 0;
+    for (std::size_t j = 0; j < 64; ++j)
+        same += ShuffledOrder::OriginalIndex(j, count) + kBlock == ShuffledOrder::OriginalIndex(kBlock + j, count);
+    EXPECT_LT(same, 8);
+
     // Small budgets still take something from every block; a budget past the count is all.
     EXPECT_EQ(SubsetIndices(count, 3).size(), 3u);
     EXPECT_EQ(SubsetIndices(count, 10 * count).size(), count);

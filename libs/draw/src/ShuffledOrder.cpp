@@ -69,12 +69,17 @@ std::vector<std::uint16_t> ShuffledOrder::PartialBlockOrder(std::size_t length)
     return order;
 }
 
+std::uint16_t ShuffledOrder::BlockMask(std::size_t block)
+{
+    return static_cast<std::uint16_t>(Mix(static_cast<std::uint32_t>(block) * 2654435761u) & (kBlockSize - 1));
+}
+
 std::size_t ShuffledOrder::OriginalIndex(std::size_t position, std::size_t count)
 {
     const std::size_t start = position / kBlockSize * kBlockSize;
     const std::size_t offset = position - start;
     if (start + kBlockSize <= count)
-        return start + FullBlockOrder()[offset];
+        return start + (FullBlockOrder()[offset] ^ BlockMask(start / kBlockSize));
     // Only picking asks about the last, partial block; walking the order there is cheap.
     const std::size_t length = count - start;
     std::size_t seen = 0;

@@ -9,6 +9,11 @@
 // the whole cloud, with no holes along a scan line, no stripes where a regular stride would
 // beat against a scan's row length, and no flicker, since every frame draws the same sample.
 //
+// Every whole block uses the permutation with its point numbers XORed by a mask of its own.
+// That keeps the strata (it only exchanges them and mirrors the places within them) but
+// stops the samples of successive blocks from lining up into a lattice, which shows as
+// stripes when the block length and a scan's row length have a common rhythm.
+//
 // Reordering only within blocks keeps it cache-local (a block of positions fits in the
 // second-level cache), and sharing one permutation means no per-point index is stored: a
 // buffer position turns back into the point's own index by arithmetic.
@@ -53,25 +58,38 @@ public:
     /// block holds the block's point Order(length)[j]. A full block's order is built once.
     static std::span<const std::uint16_t> FullBlockOrder();
     static std::vector<std::uint16_t> PartialBlockOrder(std::size_t length);
+    /// The mask whole block `block` XORs its point numbers with.
+    static std::uint16_t BlockMask(std::size_t block);
+
+private:
+    /// One block of `length` points, block number `block` of the cloud.
+    template <class Source, class Target, class Convert>
+    static void GatherBlock(const Source* from, Target* to, std::size_t length, std::size_t block, Convert convert);
 };
+
+template <class Source, class Target, class Convert>
+void ShuffledOrder::GatherBlock(const Source* from, Target* to, std::size_t length, std::size_t block,
+                                Convert convert)
+{
+    if (length == kBlockSize) {
+        const std::span<const std::uint16_t> full = FullBlockOrder();
+        const std::uint16_t mask = BlockMask(block);
+        for (std::size_t j = 0; j < kBlockSize; ++j)
+            to[j] = convert(from[full[j] ^ mask]);
+        return;
+    }
+    const std::vector<std::uint16_t> partial = PartialBlockOrder(length);
+    for (std::size_t j = 0; j < partial.size(); ++j)
+        to[j] = convert(from[partial[j]]);
+}
 
 template <class Source, class Target, class Convert>
 void ShuffledOrder::Gather(std::span<const Source> source, std::span<Target> target, Convert convert)
 {
     const std::size_t count = std::min(source.size(), target.size());
-    const std::span<const std::uint16_t> full = FullBlockOrder();
-    const std::size_t whole = count / kBlockSize * kBlockSize;
-    for (std::size_t start = 0; start < whole; start += kBlockSize) {
-        const Source* from = source.data() + start;
-        Target* to = target.data() + start;
-        for (std::size_t j = 0; j < kBlockSize; ++j)
-            to[j] = convert(from[full[j]]);
-    }
-    if (whole < count) {
-        const std::vector<std::uint16_t> partial = PartialBlockOrder(count - whole);
-        for (std::size_t j = 0; j < partial.size(); ++j)
-            target[whole + j] = convert(source[whole + partial[j]]);
-    }
+    for (std::size_t start = 0; start < count; start += kBlockSize)
+        GatherBlock(source.data() + start, target.data() + start, std::min(kBlockSize, count - start),
+                    start / kBlockSize, convert);
 }
 
 template <class T>
@@ -82,7 +100,7 @@ void ShuffledOrder::ShuffleInPlace(std::span<T> values)
     for (std::size_t start = 0; start < values.size(); start += kBlockSize) {
         const std::span<T> part = values.subspan(start, std::min(kBlockSize, values.size() - start));
         block.assign(part.begin(), part.end());
-        Gather(std::span<const T>(block), part);
+        GatherBlock(block.data(), part.data(), part.size(), start / kBlockSize, [](const T& value) { return value; });
     }
 }
 
