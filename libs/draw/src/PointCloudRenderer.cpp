@@ -24,6 +24,7 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 using namespace gl;
 
@@ -213,20 +214,18 @@ bool AcceptsColors(std::size_t colorCount, std::size_t pointCount)
 
 /// Colours become bytes on their way to the buffer: 3 bytes a point instead of 12, and
 /// more precision than a screen shows anyway.
-std::unique_ptr<plor::UploadBytes> ShuffledBytes(std::span<const tesk::Color3f> colors)
+template <class Color>
+std::unique_ptr<plor::UploadBytes> ShuffledBytes(std::span<const Color> colors)
 {
     auto bytes = std::make_unique<plor::UploadBytes>(colors.size() * sizeof(tesk::Color3b));
     const std::span<tesk::Color3b> target(reinterpret_cast<tesk::Color3b*>(bytes->MutableBytes().data()),
                                           colors.size());
-    ShuffledOrder::Gather(colors, target, [](const tesk::Color3f& c) { return c.ToByte(); });
-    return bytes;
-}
-
-std::unique_ptr<plor::UploadBytes> ShuffledBytes(std::span<const tesk::Color3b> colors)
-{
-    auto bytes = std::make_unique<plor::UploadBytes>(colors.size() * sizeof(tesk::Color3b));
-    ShuffledOrder::Gather(colors, std::span<tesk::Color3b>(
-                                      reinterpret_cast<tesk::Color3b*>(bytes->MutableBytes().data()), colors.size()));
+    ShuffledOrder::Gather(colors, target, [](const Color& c) {
+        if constexpr (std::is_same_v<Color, tesk::Color3f>)
+            return c.ToByte();
+        else
+            return c;
+    });
     return bytes;
 }
 
@@ -274,20 +273,17 @@ PointCloudRenderer::PointCloudRenderer(const tesk::PointCloud& cloud) : gpu_(std
 
 void PointCloudRenderer::ShufflePending()
 {
-    if (pendingPositions_) {
-        const std::span<std::byte> bytes = pendingPositions_->MutableBytes();
+    const auto handOver = [this](std::unique_ptr<plor::UploadBytes>& pending, std::size_t slot, unsigned int location) {
+        if (!pending)
+            return;
+        const std::span<std::byte> bytes = pending->MutableBytes();
         ShuffledOrder::ShuffleInPlace(
             std::span<glm::vec3>(reinterpret_cast<glm::vec3*>(bytes.data()), bytes.size() / sizeof(glm::vec3)));
-        gpu_->array.SetBuffer(kPositionSlot, std::unique_ptr<plor::OwnedBytes>(std::move(pendingPositions_)),
-                              {plor::Attribute{0, 3, plor::DataType::Float}});
-    }
-    if (pendingNormals_) {
-        const std::span<std::byte> bytes = pendingNormals_->MutableBytes();
-        ShuffledOrder::ShuffleInPlace(
-            std::span<glm::vec3>(reinterpret_cast<glm::vec3*>(bytes.data()), bytes.size() / sizeof(glm::vec3)));
-        gpu_->array.SetBuffer(kNormalSlot, std::unique_ptr<plor::OwnedBytes>(std::move(pendingNormals_)),
-                              {plor::Attribute{1, 3, plor::DataType::Float}});
-    }
+        gpu_->array.SetBuffer(slot, std::unique_ptr<plor::OwnedBytes>(std::move(pending)),
+                              {plor::Attribute{location, 3, plor::DataType::Float}});
+    };
+    handOver(pendingPositions_, kPositionSlot, 0);
+    handOver(pendingNormals_, kNormalSlot, 1);
 }
 
 PointCloudRenderer::~PointCloudRenderer()
@@ -354,22 +350,25 @@ std::optional<std::size_t> PointCloudRenderer::Pick(const glm::mat4& clipFromPoi
 {
     if (pointCount_ == 0 || released_)
         return std::nullopt;
+    // Before the first Render the positions wait in the caller's order; after it they are
+    // read from the buffer, in drawing order.
+    plor::BufferReadView view;
+    std::span<const std::byte> bytes;
     if (pendingPositions_) {
-        const std::span<const std::byte> bytes = pendingPositions_->Bytes();
-        const std::span<const glm::vec3> positions(reinterpret_cast<const glm::vec3*>(bytes.data()),
-                                                   bytes.size() / sizeof(glm::vec3));
-        const std::optional<std::size_t> index = PickPoint(positions, clipFromPoints, viewport, cursor, radius);
-        if (index && position)
-            *position = positions[*index];
-        return index;
+        bytes = pendingPositions_->Bytes();
+    } else {
+        view = gpu_->array.ReadBuffer(kPositionSlot);
+        bytes = view.Bytes();
     }
-    const plor::BufferReadView view = gpu_->array.ReadBuffer(kPositionSlot);
-    const std::span<const glm::vec3> positions = view.As<glm::vec3>();
+    const std::span<const glm::vec3> positions(reinterpret_cast<const glm::vec3*>(bytes.data()),
+                                               bytes.size() / sizeof(glm::vec3));
     const std::optional<std::size_t> found = PickPoint(positions, clipFromPoints, viewport, cursor, radius);
     if (!found)
         return std::nullopt;
     if (position)
         *position = positions[*found];
+    if (pendingPositions_)
+        return found;
     return ShuffledOrder::OriginalIndex(*found, pointCount_);
 }
 
