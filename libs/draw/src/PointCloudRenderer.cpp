@@ -214,18 +214,11 @@ bool AcceptsColors(std::size_t colorCount, std::size_t pointCount)
 
 /// Colours become bytes on their way to the buffer: 3 bytes a point instead of 12, and
 /// more precision than a screen shows anyway.
-template <class Color>
-std::unique_ptr<plor::UploadBytes> ShuffledBytes(std::span<const Color> colors)
+std::unique_ptr<plor::UploadBytes> ByteColors(std::span<const tesk::Color3f> colors)
 {
     auto bytes = std::make_unique<plor::UploadBytes>(colors.size() * sizeof(tesk::Color3b));
-    const std::span<tesk::Color3b> target(reinterpret_cast<tesk::Color3b*>(bytes->MutableBytes().data()),
-                                          colors.size());
-    ShuffledOrder::Gather(colors, target, [](const Color& c) {
-        if constexpr (std::is_same_v<Color, tesk::Color3f>)
-            return c.ToByte();
-        else
-            return c;
-    });
+    auto* target = reinterpret_cast<tesk::Color3b*>(bytes->MutableBytes().data());
+    std::transform(colors.begin(), colors.end(), target, [](const tesk::Color3f& c) { return c.ToByte(); });
     return bytes;
 }
 
@@ -238,8 +231,10 @@ struct PointCloudRenderer::Gpu {
     FlatUniforms flatColored;
     NormalUniforms normals;
     /// One run per block for subset frames, sized once.
-    std::vector<int> runFirsts;
     std::vector<int> runCounts;
+    std::vector<std::size_t> runStarts;
+    std::vector<int> runBases;
+    bool hasSubsetOrder = false;
 };
 
 PointCloudRenderer::PointCloudRenderer() : gpu_(std::make_unique<Gpu>()) {}
@@ -253,9 +248,8 @@ PointCloudRenderer::PointCloudRenderer(const tesk::PointCloud& cloud) : gpu_(std
         return;
     }
 
-    pendingPositions_ = std::make_unique<plor::UploadBytes>(positions.size_bytes());
-    const PositionScan scan =
-        ScanAndCopyPositions(positions, reinterpret_cast<float*>(pendingPositions_->MutableBytes().data()));
+    auto copy = std::make_unique<plor::UploadBytes>(positions.size_bytes());
+    const PositionScan scan = ScanAndCopyPositions(positions, reinterpret_cast<float*>(copy->MutableBytes().data()));
     bounds_ = scan.bounds;
     nonFiniteCount_ = scan.nonFinite;
     if (nonFiniteCount_ > 0)
@@ -263,27 +257,18 @@ PointCloudRenderer::PointCloudRenderer(const tesk::PointCloud& cloud) : gpu_(std
                        " points have a non-finite coordinate and are not drawn",
                    kBuildLabel);
 
+    plor::ArrayObject& array = gpu_->array;
+    array.SetBuffer(kPositionSlot, std::unique_ptr<plor::OwnedBytes>(std::move(copy)),
+                    {plor::Attribute{0, 3, plor::DataType::Float}});
     hasNormals_ = cloud.HasNormals();
     if (hasNormals_)
-        pendingNormals_ = CopyBytes(std::as_bytes(cloud.GetNormals()));
-    gpu_->array.SetVertexCount(pointCount_);
-    gpu_->runFirsts.resize(ShuffledOrder::BlockCount(pointCount_));
-    gpu_->runCounts.resize(ShuffledOrder::BlockCount(pointCount_));
-}
-
-void PointCloudRenderer::ShufflePending()
-{
-    const auto handOver = [this](std::unique_ptr<plor::UploadBytes>& pending, std::size_t slot, unsigned int location) {
-        if (!pending)
-            return;
-        const std::span<std::byte> bytes = pending->MutableBytes();
-        ShuffledOrder::ShuffleInPlace(
-            std::span<glm::vec3>(reinterpret_cast<glm::vec3*>(bytes.data()), bytes.size() / sizeof(glm::vec3)));
-        gpu_->array.SetBuffer(slot, std::unique_ptr<plor::OwnedBytes>(std::move(pending)),
-                              {plor::Attribute{location, 3, plor::DataType::Float}});
-    };
-    handOver(pendingPositions_, kPositionSlot, 0);
-    handOver(pendingNormals_, kNormalSlot, 1);
+        array.SetBuffer(kNormalSlot, CopyBytes(std::as_bytes(cloud.GetNormals())),
+                        {plor::Attribute{1, 3, plor::DataType::Float}});
+    array.SetVertexCount(pointCount_);
+    const std::size_t blocks = ShuffledOrder::BlockCount(pointCount_);
+    gpu_->runCounts.resize(blocks);
+    gpu_->runStarts.resize(blocks);
+    gpu_->runBases.resize(blocks);
 }
 
 PointCloudRenderer::~PointCloudRenderer()
@@ -295,7 +280,7 @@ bool PointCloudRenderer::SetColors(std::span<const tesk::Color3f> colors)
 {
     if (!AcceptsColors(colors.size(), pointCount_))
         return false;
-    StoreColors(ShuffledBytes(colors));
+    StoreColors(ByteColors(colors));
     return true;
 }
 
@@ -303,7 +288,7 @@ bool PointCloudRenderer::SetColors(std::span<const tesk::Color3b> colors)
 {
     if (!AcceptsColors(colors.size(), pointCount_))
         return false;
-    StoreColors(ShuffledBytes(colors));
+    StoreColors(CopyBytes(std::as_bytes(colors)));
     return true;
 }
 
@@ -311,7 +296,6 @@ bool PointCloudRenderer::SetColors(std::vector<tesk::Color3b>&& colors)
 {
     if (!AcceptsColors(colors.size(), pointCount_))
         return false;
-    ShuffledOrder::ShuffleInPlace(std::span<tesk::Color3b>(colors));
     StoreColors(std::make_unique<plor::OwnedVector<tesk::Color3b>>(std::move(colors)));
     return true;
 }
@@ -335,13 +319,12 @@ void PointCloudRenderer::ClearColors()
 
 bool PointCloudRenderer::HasPendingData() const
 {
-    return pendingPositions_ || pendingNormals_ || gpu_->array.HasPendingData();
+    return gpu_->array.HasPendingData();
 }
 
 std::size_t PointCloudRenderer::GetCpuDataBytes() const
 {
-    return (pendingPositions_ ? pendingPositions_->Size() : 0) + (pendingNormals_ ? pendingNormals_->Size() : 0) +
-           gpu_->array.PendingBytes();
+    return gpu_->array.PendingBytes();
 }
 
 std::optional<std::size_t> PointCloudRenderer::Pick(const glm::mat4& clipFromPoints,
@@ -350,26 +333,12 @@ std::optional<std::size_t> PointCloudRenderer::Pick(const glm::mat4& clipFromPoi
 {
     if (pointCount_ == 0 || released_)
         return std::nullopt;
-    // Before the first Render the positions wait in the caller's order; after it they are
-    // read from the buffer, in drawing order.
-    plor::BufferReadView view;
-    std::span<const std::byte> bytes;
-    if (pendingPositions_) {
-        bytes = pendingPositions_->Bytes();
-    } else {
-        view = gpu_->array.ReadBuffer(kPositionSlot);
-        bytes = view.Bytes();
-    }
-    const std::span<const glm::vec3> positions(reinterpret_cast<const glm::vec3*>(bytes.data()),
-                                               bytes.size() / sizeof(glm::vec3));
-    const std::optional<std::size_t> found = PickPoint(positions, clipFromPoints, viewport, cursor, radius);
-    if (!found)
-        return std::nullopt;
-    if (position)
-        *position = positions[*found];
-    if (pendingPositions_)
-        return found;
-    return ShuffledOrder::OriginalIndex(*found, pointCount_);
+    const plor::BufferReadView view = gpu_->array.ReadBuffer(kPositionSlot);
+    const std::span<const glm::vec3> positions = view.As<glm::vec3>();
+    const std::optional<std::size_t> index = PickPoint(positions, clipFromPoints, viewport, cursor, radius);
+    if (index && position)
+        *position = positions[*index];
+    return index;
 }
 
 bool PointCloudRenderer::IsCompatibileWithStyle(const Style& style) const
@@ -381,7 +350,14 @@ std::size_t PointCloudRenderer::PlanDraw(std::size_t budget)
 {
     if (budget == 0 || budget >= pointCount_)
         return pointCount_;
-    return ShuffledOrder::SubsetRuns(pointCount_, budget, gpu_->runFirsts, gpu_->runCounts);
+    Gpu& gpu = *gpu_;
+    // The subset order is made when the camera first moves over a big cloud; clouds that are
+    // never moved over, or are small enough to draw whole, never pay for it.
+    if (!gpu.hasSubsetOrder) {
+        gpu.array.SetIndices(ShuffledOrder::Indices(pointCount_));
+        gpu.hasSubsetOrder = true;
+    }
+    return ShuffledOrder::SubsetRuns(pointCount_, budget, gpu.runCounts, gpu.runStarts, gpu.runBases);
 }
 
 void PointCloudRenderer::DrawPoints(std::size_t drawn)
@@ -389,7 +365,7 @@ void PointCloudRenderer::DrawPoints(std::size_t drawn)
     if (drawn == pointCount_)
         gpu_->array.Draw(plor::PrimitiveType::Points);
     else
-        gpu_->array.DrawRuns(plor::PrimitiveType::Points, gpu_->runFirsts, gpu_->runCounts);
+        gpu_->array.DrawElementRuns(plor::PrimitiveType::Points, gpu_->runCounts, gpu_->runStarts, gpu_->runBases);
 }
 
 void PointCloudRenderer::Render(const RenderContext& context, const Style& baseStyle)
@@ -400,7 +376,6 @@ void PointCloudRenderer::Render(const RenderContext& context, const Style& baseS
         return;
     const PointCloudStyle& style = *pointStyle;
     Gpu& gpu = *gpu_;
-    ShufflePending();
 
     const glm::mat4 model = style.transform.GetMatrix();
     // The inverse-transpose keeps normals perpendicular under non-uniform scaling.
@@ -475,8 +450,7 @@ void PointCloudRenderer::ReleaseGpuResources()
     if (pointCount_ > 0)
         released_ = true;
     gpu_->array.Release();
-    pendingPositions_.reset();
-    pendingNormals_.reset();
+    gpu_->hasSubsetOrder = false;
     gpu_->points = PointUniforms();
     gpu_->flat = FlatUniforms();
     gpu_->flatColored = FlatUniforms();

@@ -1,5 +1,6 @@
 #include <vexa/draw/ShuffledOrder.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace vexa::draw {
@@ -49,58 +50,64 @@ std::vector<std::uint16_t> BuildFullOrder()
     return order;
 }
 
-} // namespace
-
-std::span<const std::uint16_t> ShuffledOrder::FullBlockOrder()
+/// The order of a whole block, built once.
+std::span<const std::uint16_t> FullBlockOrder()
 {
     static const std::vector<std::uint16_t> order = BuildFullOrder();
     return order;
 }
 
-std::vector<std::uint16_t> ShuffledOrder::PartialBlockOrder(std::size_t length)
+std::uint32_t VariantMask(std::size_t variant)
 {
-    // The full order with the points past the block's end left out is still a permutation,
-    // and its prefixes stay spread.
-    std::vector<std::uint16_t> order;
-    order.reserve(length);
-    for (const std::uint16_t point : FullBlockOrder())
-        if (point < length)
-            order.push_back(point);
-    return order;
+    return variant == 0 ? 0u : Mix(static_cast<std::uint32_t>(variant) * 2654435761u) & (ShuffledOrder::kBlockSize - 1);
 }
 
-std::uint16_t ShuffledOrder::BlockMask(std::size_t block)
+std::size_t VariantCount(std::size_t count)
 {
-    return static_cast<std::uint16_t>(Mix(static_cast<std::uint32_t>(block) * 2654435761u) & (kBlockSize - 1));
+    return std::min(ShuffledOrder::kVariants, count / ShuffledOrder::kBlockSize);
 }
 
-std::size_t ShuffledOrder::OriginalIndex(std::size_t position, std::size_t count)
+} // namespace
+
+std::vector<std::uint32_t> ShuffledOrder::Indices(std::size_t count)
 {
-    const std::size_t start = position / kBlockSize * kBlockSize;
-    const std::size_t offset = position - start;
-    if (start + kBlockSize <= count)
-        return start + (FullBlockOrder()[offset] ^ BlockMask(start / kBlockSize));
-    // Only picking asks about the last, partial block; walking the order there is cheap.
-    const std::size_t length = count - start;
-    std::size_t seen = 0;
-    for (const std::uint16_t point : FullBlockOrder())
-        if (point < length && seen++ == offset)
-            return start + point;
-    return position;
+    const std::span<const std::uint16_t> full = FullBlockOrder();
+    const std::size_t variants = VariantCount(count);
+    const std::size_t partial = count % kBlockSize;
+    std::vector<std::uint32_t> indices;
+    indices.reserve(variants * kBlockSize + partial);
+    for (std::size_t v = 0; v < variants; ++v)
+        for (const std::uint16_t point : full)
+            indices.push_back(point ^ VariantMask(v));
+    // The last block's order is the whole block's with the points past its end left out:
+    // still a permutation, and its prefixes stay spread.
+    for (const std::uint16_t point : full)
+        if (point < partial)
+            indices.push_back(point);
+    return indices;
 }
 
-std::size_t ShuffledOrder::SubsetRuns(std::size_t count, std::size_t budget, std::span<int> firsts,
-                                      std::span<int> counts)
+std::size_t ShuffledOrder::OrderStart(std::size_t block, std::size_t count)
 {
-    const std::size_t blocks = std::min({BlockCount(count), firsts.size(), counts.size()});
+    const std::size_t variants = VariantCount(count);
+    if ((block + 1) * kBlockSize > count)
+        return variants * kBlockSize;
+    return Mix(static_cast<std::uint32_t>(block)) % variants * kBlockSize;
+}
+
+std::size_t ShuffledOrder::SubsetRuns(std::size_t count, std::size_t budget, std::span<int> counts,
+                                      std::span<std::size_t> starts, std::span<int> bases)
+{
+    const std::size_t blocks = std::min({BlockCount(count), counts.size(), starts.size(), bases.size()});
     const double share = count > 0 ? std::min(1.0, static_cast<double>(budget) / static_cast<double>(count)) : 0.0;
     std::size_t total = 0;
     for (std::size_t b = 0; b < blocks; ++b) {
-        const std::size_t start = b * kBlockSize;
-        const std::size_t length = std::min(kBlockSize, count - start);
+        const std::size_t first = b * kBlockSize;
+        const std::size_t length = std::min(kBlockSize, count - first);
         const auto take = std::min(length, static_cast<std::size_t>(std::ceil(share * static_cast<double>(length))));
-        firsts[b] = static_cast<int>(start);
         counts[b] = static_cast<int>(take);
+        starts[b] = OrderStart(b, count);
+        bases[b] = static_cast<int>(first);
         total += take;
     }
     return total;

@@ -345,15 +345,21 @@ void ArrayObject::Draw(PrimitiveType primitive, std::size_t first, std::size_t c
     glBindVertexArray(0);
 }
 
-void ArrayObject::DrawRuns(PrimitiveType primitive, std::span<const int> firsts, std::span<const int> counts)
+void ArrayObject::DrawElementRuns(PrimitiveType primitive, std::span<const int> counts,
+                                  std::span<const std::size_t> starts, std::span<const int> bases)
 {
     if ((vao_ == 0 || HasPendingData()) && !Upload())
         return;
-    const std::size_t runs = std::min(firsts.size(), counts.size());
-    if (vao_ == 0 || runs == 0)
+    const std::size_t runs = std::min({counts.size(), starts.size(), bases.size()});
+    if (vao_ == 0 || indexBuffer_ == 0 || runs == 0)
         return;
+    // GL takes the starts as byte offsets into the bound index buffer, in pointers.
+    runOffsets_.resize(runs);
+    for (std::size_t i = 0; i < runs; ++i)
+        runOffsets_[i] = reinterpret_cast<const void*>(std::min(starts[i], indexCount_) * sizeof(std::uint32_t));
     Bind();
-    glMultiDrawArrays(ToGl(primitive), firsts.data(), counts.data(), static_cast<GLsizei>(runs));
+    glMultiDrawElementsBaseVertex(ToGl(primitive), counts.data(), GL_UNSIGNED_INT, runOffsets_.data(),
+                                  static_cast<GLsizei>(runs), bases.data());
     glBindVertexArray(0);
 }
 

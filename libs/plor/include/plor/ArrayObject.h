@@ -142,9 +142,10 @@ public:
 
     /// Draws `count` vertices from `first` (count 0 = all), uploading first if needed.
     void Draw(PrimitiveType primitive, std::size_t first = 0, std::size_t count = 0);
-    /// Draws several runs of vertices in one call, run i being `counts[i]` vertices from
-    /// `firsts[i]` (both arrays of the same length, each run within the vertex count).
-    void DrawRuns(PrimitiveType primitive, std::span<const int> firsts, std::span<const int> counts);
+    /// Draws several runs of the index buffer in one call: run i takes `counts[i]` indices from
+    /// index `starts[i]` on, each added to `bases[i]` (all three of one length).
+    void DrawElementRuns(PrimitiveType primitive, std::span<const int> counts, std::span<const std::size_t> starts,
+                         std::span<const int> bases);
     /// Draws with the index buffer (count 0 = all indices).
     void DrawElements(PrimitiveType primitive, std::size_t first = 0, std::size_t count = 0);
 
@@ -190,6 +191,8 @@ private:
 
     std::vector<Slot> slots_;
     std::vector<std::uint32_t> pendingIndices_;
+    /// DrawElementRuns' offsets, kept so that drawing allocates only when the run count grows.
+    std::vector<const void*> runOffsets_;
     bool indicesDirty_ = false;
     unsigned int indexBuffer_ = 0;
     std::size_t indexGpuBytes_ = 0;

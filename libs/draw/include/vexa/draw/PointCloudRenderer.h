@@ -3,21 +3,22 @@
 // per-point colours or normal colours, lit (as small discs facing along their normals) when
 // the cloud has normals, with optional back-face culling and normal lines.
 //
-// Memory: the constructor copies the positions (and normals) once, contiguously; the first
-// Render puts them into drawing order (ShuffledOrder), uploads them and frees the CPU copies,
-// so from then on the renderer holds only counts and bounds while the GPU holds the points.
-// A camera move therefore draws without uploading anything. Per-point colours are kept on
-// the CPU only until their upload, as bytes (3 a point), whatever form they came in.
+// Memory: the constructor copies the positions (and normals) once, contiguously, into the
+// pending vertex buffers; the first Render uploads them and frees the CPU copies, so from
+// then on the renderer holds only counts and bounds while the GPU holds the points. A camera
+// move therefore draws without uploading anything. Per-point colours are kept on the CPU
+// only until their upload, as bytes (3 a point), whatever form they came in.
 //
 // Detail: when the render context carries a point budget (the camera is moving), the cloud
-// draws an evenly spread subset of about that many points, the same one every frame.
+// draws an evenly spread subset of about that many points, the same one every frame, through
+// an index list (ShuffledOrder) made the first time it is needed.
 //
 // Points with a non-finite coordinate stay in the buffers (so per-point colours keep their
 // indices) and are dropped by the vertex shader; the bounding box skips them.
 //
 // Picking reads the positions where they are at that moment: the pending copy before the
 // first Render, the vertex buffer mapped for reading after it, so no second copy is kept
-// for it. Indices are always the caller's.
+// for it.
 
 #include <vexa/draw/PointCloudStyle.h>
 #include <vexa/draw/Renderer.h>
@@ -38,8 +39,7 @@
 
 namespace plor {
 class OwnedBytes;
-class UploadBytes;
-} // namespace plor
+}
 
 namespace vexa::draw {
 
@@ -58,7 +58,7 @@ public:
     /// colours were set before).
     bool SetColors(std::span<const tesk::Color3f> colors);
     bool SetColors(std::span<const tesk::Color3b> colors);
-    /// Same, taking a byte array over and reordering it where it is, without a copy.
+    /// Same, taking a byte array over without a copy.
     bool SetColors(std::vector<tesk::Color3b>&& colors);
     /// Back to the material colour in ColorMode::PerPoint.
     void ClearColors();
@@ -95,17 +95,12 @@ public:
 
 private:
     struct Gpu;
-    /// Puts the pending positions and normals into drawing order and hands them to the
-    /// vertex array (first Render).
-    void ShufflePending();
     /// How many points to draw under `budget` (0: all), filling the runs when it is a subset.
     std::size_t PlanDraw(std::size_t budget);
     void DrawPoints(std::size_t drawn);
     void StoreColors(std::unique_ptr<plor::OwnedBytes> colors);
 
     std::unique_ptr<Gpu> gpu_;
-    std::unique_ptr<plor::UploadBytes> pendingPositions_;
-    std::unique_ptr<plor::UploadBytes> pendingNormals_;
     std::size_t drawnCount_ = 0;
     std::size_t pointCount_ = 0;
     std::size_t nonFiniteCount_ = 0;
