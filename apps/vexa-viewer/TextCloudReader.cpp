@@ -21,6 +21,10 @@ namespace vexa::viewer {
 namespace {
 
 constexpr const char* Label = "vexa::viewer::ReadTextCloud";
+// Far more columns than any scanner writes. Each one becomes a property of its own, and the
+// cost of a property grows with the number of them: a 5 MB line of numbers would otherwise
+// keep the reader busy for hours.
+constexpr std::size_t kMaxColumns = 1024;
 
 bool IsSeparator(char c)
 {
@@ -341,6 +345,11 @@ private:
         columnCount_ = tokens.size();
         if (columnCount_ < 3) {
             message = At(number) + "expected at least 3 values (x y z), found " + std::to_string(columnCount_);
+            return false;
+        }
+        if (columnCount_ > kMaxColumns) {
+            message = At(number) + std::to_string(columnCount_) + " values on one line; at most " +
+                      std::to_string(kMaxColumns) + " columns are read";
             return false;
         }
         if (!names_.empty()) {

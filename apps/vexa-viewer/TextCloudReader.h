@@ -11,6 +11,7 @@
 //   there; the remaining columns become float properties "Value 1", "Value 2"...
 // - Numbers with a decimal comma ("1,5;2,25;3,0" or "1,5 2,25 3,0") are recognised from the
 //   first data lines; ';', spaces and tabs then separate the values.
+// - A data line of more than 1024 values fails the file.
 // Colours are stored as the colour property "RGB", scaled to 0..1. Coordinates are read as
 // doubles and go through CoordinateShift, so far-away data keeps its millimetres.
 //

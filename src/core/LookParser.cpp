@@ -183,6 +183,12 @@ bool ReadViewareaLooks(json_t* vexa, std::vector<ViewareaLook>& views)
     json_t* array = GetArray(vexa, "views");
     if (!array || json_array_size(array) == 0)
         return true; // keep the default full-window view area
+    if (json_array_size(array) > LookParser::kMaxViewareas) {
+        rlog::Fail("The look has " + std::to_string(json_array_size(array)) + " view areas; at most " +
+                       std::to_string(LookParser::kMaxViewareas) + " are supported",
+                   kViewLabel);
+        return false;
+    }
 
     std::vector<ViewareaLook> read;
     read.reserve(json_array_size(array));

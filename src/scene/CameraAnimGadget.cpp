@@ -272,27 +272,21 @@ bool CameraAnimGadget::SaveAnimation() const
     return true;
 }
 
-bool CameraAnimGadget::LoadAnimation()
+namespace {
+
+// Fills `loaded` from a parsed file; false (logged) when it has another shape.
+bool ReadKeyframes(json_t* root, const std::string& source, tesk::Interpolator<Camera::Pose>& loaded)
 {
-    const std::string file = GetAnimationFile();
+    if (!json_is_array(root))
+    {
+        LogLoadFailure(source, "the file holds no array of key frames");
+        return false;
+    }
+    loaded.Reserve(json_array_size(root));
     json_error_t error;
-    JsonPtr root(json_load_file(file.c_str(), 0, &error));
-    if (!root)
-    {
-        LogLoadFailure(error.source, error.text);
-        return false;
-    }
-    if (!json_is_array(root.get()))
-    {
-        LogLoadFailure(file, "the file holds no array of key frames");
-        return false;
-    }
-    // Read into a fresh store: the held key frames stay until the whole file has been read.
-    tesk::Interpolator<Camera::Pose> loaded;
-    loaded.Reserve(json_array_size(root.get()));
     size_t index = 0;
     json_t* element = nullptr;
-    json_array_foreach(root.get(), index, element)
+    json_array_foreach(root, index, element)
     {
         const char* time = nullptr;
         const char* position = nullptr;
@@ -307,8 +301,44 @@ bool CameraAnimGadget::LoadAnimation()
         Camera::Pose pose(ParseVector(target), ParseVector(position), ParseVector(up));
         loaded.Insert(std::stof(time), pose);
     }
+    return true;
+}
+
+} // namespace
+
+bool CameraAnimGadget::LoadAnimation()
+{
+    const std::string file = GetAnimationFile();
+    json_error_t error;
+    JsonPtr root(json_load_file(file.c_str(), 0, &error));
+    if (!root)
+    {
+        LogLoadFailure(error.source, error.text);
+        return false;
+    }
+    // Read into a fresh store: the held key frames stay until the whole file has been read.
+    tesk::Interpolator<Camera::Pose> loaded;
+    if (!ReadKeyframes(root.get(), file, loaded))
+        return false;
     keyframes_ = std::move(loaded);
     RefreshCount();
+    return true;
+}
+
+bool CameraAnimGadget::ParseAnimation(const std::string& json, const std::string& source,
+                                      tesk::Interpolator<Camera::Pose>& keyframes)
+{
+    json_error_t error;
+    JsonPtr root(json_loadb(json.data(), json.size(), 0, &error));
+    if (!root)
+    {
+        LogLoadFailure(source + ":" + std::to_string(error.line), error.text);
+        return false;
+    }
+    tesk::Interpolator<Camera::Pose> loaded;
+    if (!ReadKeyframes(root.get(), source, loaded))
+        return false;
+    keyframes = std::move(loaded);
     return true;
 }
 

@@ -13,6 +13,7 @@
 #include "EngineTestSupport.h"
 #include "LogCapture.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <stdexcept>
@@ -338,4 +339,33 @@ TEST_F(Engine, HostGadgetsMayReachTheirViewAreaOnTheWayOutAndChangeGadgetsFromAH
     log.clear();
     vexa::Terminate();
     EXPECT_EQ(log, (std::vector<std::string>{"terminate c with camera"}));
+}
+
+TEST_F(Engine, ALookWithHundredsOfViewAreasStartsAsFastAsTheDefaultOne)
+{
+    // Every view area costs the GUI more the more there are; a generated look with hundreds
+    // of them once kept the start busy for minutes. It now fails like any broken look.
+    std::string views;
+    for (int i = 0; i < 300; ++i)
+        views += std::string(i == 0 ? "" : ", ") + R"({"position": ")" + std::to_string(i) +
+                 R"(,0;0,0", "size": "0,1;1,0"})";
+    const std::string many = WriteLook(R"({"vexa": {"version": "1.0", "views": [)" + views + "]}}", "many.json");
+    const std::string one = WriteLook(R"({"vexa": {"version": "1.0"}})", "one.json");
+
+    const auto startTime = [&](const std::string& look, const std::string& folder) {
+        testing_support::LogCapture log;
+        vexa::Engine engine;
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_TRUE(engine_test::Start(engine, state / folder, look));
+        const auto took = std::chrono::steady_clock::now() - start;
+        EXPECT_EQ(engine.GetViewareas().size(), 1u);
+        return std::pair(took, log.Contains("The look has 300 view areas; at most 64 are supported",
+                                            "vexa::LookParser::ReadViewareaLooks"));
+    };
+    const auto [usual, usualWarned] = startTime(one, "one");
+    const auto [refused, refusedWarned] = startTime(many, "many");
+    EXPECT_FALSE(usualWarned);
+    EXPECT_TRUE(refusedWarned);
+    EXPECT_TRUE(boxes.Has("VEXA Initialization", "Errors occurred when parsing look json. See log for more info."));
+    EXPECT_LT(refused - usual, std::chrono::seconds(1));
 }

@@ -197,3 +197,67 @@ TEST(SpaceDefinition, TruncationAtEveryOffsetKeepsWhatWasRead)
         EXPECT_EQ(log.messages[0].label, size >= 11 ? kSpaceLabel : kBasisLabel);
     }
 }
+
+TEST(SpaceDefinition, UnknownUnitIsRefusedWhereItIsRead)
+{
+    // An unknown unit would throw from every later use (its name, the JSON form), so the
+    // stream reader refuses it and the definition keeps a unit it can show.
+    SpaceDefinition space = SpaceDefinition::TivraMarker;
+    testing_support::LogCapture log;
+    EXPECT_FALSE(ReadWritten(space, [](BinaryWriter& w) {
+        WriteBasis(w, 1, "odd");
+        w.Write(std::uint8_t{2}).Write(std::uint8_t{200}).Write(std::uint8_t{SpaceCategory::Camera});
+    }));
+    EXPECT_EQ(space.units, LengthUnit::Millimeter);
+    EXPECT_EQ(space.category, SpaceCategory::Marker);
+    nlohmann::json json;
+    EXPECT_NO_THROW(space.WriteJson(json));
+    ASSERT_EQ(log.messages.size(), 1u);
+    EXPECT_EQ(log.messages[0].label, kSpaceLabel);
+    EXPECT_NE(log.messages[0].message.find("Unknown length unit 200 at byte 1 of the space part"),
+              std::string::npos)
+        << log.messages[0].message;
+}
+
+TEST(SpaceDefinition, NamesThatAreNotUtf8AreRefused)
+{
+    // {name, is UTF-8}: the name is shown in panels and written to JSON, which take only UTF-8.
+    const std::vector<std::pair<std::string, bool>> names{
+        {"Tivra \xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", true},
+        {"", true},
+        {"cut \xC3", false},
+        {"\xFF\xFF", false},
+        {"overlong \xC0\xAF", false},
+        {"surrogate \xED\xA0\x80", false},
+        {"past \xF4\x90\x80\x80", false},
+    };
+    for (const auto& [name, valid] : names) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(runa::IsValidUtf8(name), valid);
+        testing_support::LogCapture log;
+        SpaceDefinition space = SpaceDefinition::TivraMarker;
+        EXPECT_EQ(
+            ReadWritten(
+                space,
+                [&name](BinaryWriter& w) {
+                    WriteBasis(w, 1, name);
+                    w.Write(std::uint8_t{2}).Write(std::uint8_t{LengthUnit::Inch}).Write(std::uint8_t{0});
+                }),
+            valid);
+        EXPECT_EQ(space.name, valid ? name : "Tivra Marker");
+        nlohmann::json json;
+        space.WriteJson(json);
+        EXPECT_NO_THROW(json.dump());
+        EXPECT_EQ(log.messages.size(), valid ? 0u : 1u);
+    }
+    // The older derived record's own copy of the name is checked the same way.
+    SpaceDefinition space = SpaceDefinition::TeskCamera;
+    testing_support::LogCapture log;
+    EXPECT_FALSE(ReadWritten(space, [](BinaryWriter& w) {
+        WriteBasis(w, 0, "");
+        w.Write(std::uint8_t{0}).WriteString("\xFF").Write(std::uint8_t{LengthUnit::Meter});
+    }));
+    EXPECT_EQ(space.name, "TESK Camera");
+    ASSERT_EQ(log.messages.size(), 1u);
+    EXPECT_EQ(log.messages[0].label, kSpaceLabel);
+}

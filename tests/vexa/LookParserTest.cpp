@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <fstream>
 #include <functional>
 #include <stdexcept>
@@ -201,4 +202,34 @@ TEST_F(LookParserTest, ParsesFromText)
     EXPECT_TRUE(parser.Succeeded());
     EXPECT_EQ(parser.GetWindowLook().width, 800);
     EXPECT_EQ(parser.GetViewareaLooks().size(), 2u);
+}
+
+TEST_F(LookParserTest, LooksWithMoreViewAreasThanTheLimitFailAtOnce)
+{
+    // Narrow columns side by side, as a generated look would place them.
+    const auto views = [](std::size_t count) {
+        std::string list;
+        for (std::size_t i = 0; i < count; ++i)
+            list += std::string(i == 0 ? "" : ", ") + R"({"position": ")" + std::to_string(i) +
+                    R"(,0;0,0", "size": "0,1;1,0"})";
+        return Look(R"("caption": "many", "views": [)" + list + "]");
+    };
+    {
+        LogCapture log;
+        const auto parser = Parse(views(LookParser::kMaxViewareas));
+        EXPECT_TRUE(parser.Succeeded());
+        EXPECT_EQ(parser.GetViewareaLooks().size(), LookParser::kMaxViewareas);
+        EXPECT_TRUE(log.messages.empty());
+    }
+    for (const std::size_t count : {LookParser::kMaxViewareas + 1, std::size_t{300}}) {
+        LogCapture log;
+        const auto start = std::chrono::steady_clock::now();
+        const auto parser = Parse(views(count));
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+        EXPECT_FALSE(parser.Succeeded());
+        EXPECT_TRUE(
+            log.Contains("The look has " + std::to_string(count) + " view areas; at most 64 are supported",
+                         "vexa::LookParser::ReadViewareaLooks"));
+        ExpectDefaultLook(parser);
+    }
 }

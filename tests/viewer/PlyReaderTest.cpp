@@ -251,6 +251,35 @@ TEST(PlyReader, BadFilesFailWithTheirPlaceAndLeaveTheCloudAlone)
     });
 }
 
+TEST(PlyReader, FourBillionVerticesInOneKilobyteAreRefusedBeforeAnyAllocation)
+{
+    // The file would need 48 GB of floats; what it holds is checked against what it claims
+    // before anything is reserved. Each file is 1 KB.
+    const auto kilobyte = [](const std::string& format, const std::string& element) {
+        std::string file =
+            "ply\nformat " + format + " 1.0\nelement " + element + " 4000000000\n" +
+            (element == "face" ? "property list uchar int vertex_indices\nelement vertex 3\n" : "") +
+            "property float x\nproperty float y\nproperty float z\nend_header\n";
+        return std::pair(file.size(),
+                         file + std::string(1024 - file.size(), format == "ascii" ? '\n' : '\0'));
+    };
+    const auto [binaryHeader, binary] = kilobyte("binary_little_endian", "vertex");
+    const auto [asciiHeader, ascii] = kilobyte("ascii", "vertex");
+    const auto [faceHeader, faces] = kilobyte("binary_big_endian", "face");
+    const std::size_t whole = (1024 - binaryHeader) / 12;
+
+    testing_support::ExpectEachFails<tesk::Mesh>(
+        Ply, "huge.ply", "vexa::viewer::ReadPly",
+        {
+            {binary, "byte " + std::to_string(binaryHeader + whole * 12) + ": file ends inside vertex " +
+                         std::to_string(whole + 1) + " of 4000000000"},
+            // Seven header lines, then one empty line per byte left.
+            {ascii,
+             "line " + std::to_string(7 + 1024 - asciiHeader) + ": file ends after 0 of 4000000000 vertices"},
+            {faces, "byte " + std::to_string(faceHeader) + ": file is too short for 4000000000 faces"},
+        });
+}
+
 // ---------------------------------------------------------------------------------------------
 // Meshes
 // ---------------------------------------------------------------------------------------------

@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using testing_support::PropertyNames;
@@ -188,4 +190,37 @@ TEST(TextCloudReader, FarCoordinatesKeepTheirMillimetres)
 
     ASSERT_TRUE(Reads(Text, "1 2 3\n", cloud));
     EXPECT_FALSE(cloud.HasOriginOffset()) << "a new read starts without the last file's offset";
+}
+
+TEST(TextCloudReader, FiveMegabyteLinesAreHandledWithinASecond)
+{
+    const std::size_t fiveMegabytes = 5u << 20;
+    std::string manyColumns = "1 2 3";
+    while (manyColumns.size() < fiveMegabytes)
+        manyColumns += " 4.5";
+    const std::string columnCount = std::to_string((manyColumns.size() - 5) / 4 + 3);
+
+    // {text, points read (0: refused), message after "long.xyz: "}
+    const std::vector<std::tuple<std::string, std::size_t, std::string>> cases{
+        {manyColumns, 0, "line 1: " + columnCount + " values on one line; at most 1024 columns are read"},
+        {"1 2 3\n4 5 " + std::string(fiveMegabytes, 'x') + "\n", 0,
+         "line 2: '" + std::string(40, 'x') + "...' is not a number"},
+        {"1 2 " + std::string(fiveMegabytes, '7') + "\n", 1, ""},
+        {"# " + std::string(fiveMegabytes, '=') + "\n1 2 3\n", 1, ""},
+        {"1 2 3" + std::string(fiveMegabytes, ' ') + "\n4 5 6\n", 2, ""},
+    };
+    for (const auto& [text, points, message] : cases) {
+        SCOPED_TRACE(message.empty() ? std::to_string(points) + " points" : message.substr(0, 60));
+        testing_support::LogCapture log;
+        tesk::PointCloud cloud;
+        std::string error;
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(ReadTextCloudFromMemory(text, "long.xyz", cloud, error), points > 0);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+        EXPECT_EQ(cloud.Size(), points);
+        EXPECT_EQ(error, message.empty() ? "" : "long.xyz: " + message);
+        if (!message.empty()) {
+            EXPECT_TRUE(log.Contains("long.xyz: " + message, "vexa::viewer::ReadTextCloud"));
+        }
+    }
 }

@@ -61,6 +61,10 @@ public:
     /// False (logged) when the file cannot be read or is not a camera animation.
     bool LoadAnimation();
     std::string GetAnimationFile() const;
+    /// Reads key frames from JSON text in the file's form, with LoadAnimation's messages and
+    /// exceptions; `source` names the text. `keyframes` is replaced only when all was read.
+    static bool ParseAnimation(const std::string& json, const std::string& source,
+                               tesk::Interpolator<Camera::Pose>& keyframes);
 
     bool IsRotatingAround() const { return rotateAround_; }
     void SetRotateAround(bool rotate) { rotateAround_ = rotate; }

@@ -109,10 +109,30 @@ bool SpaceDefinition::ReadFromStream(std::istream& in)
                    label);
         return false;
     }
-    if (version == 0 && !reader.ReadString(name))
+    if (version == 0) {
+        std::string read;
+        if (!reader.ReadString(read))
+            return false;
+        if (!IsValidUtf8(read)) {
+            rlog::Warn("The space name ending at byte " + std::to_string(reader.Offset()) +
+                           " of the space part is not UTF-8; keeping \"" + name + "\"",
+                       label);
+            return false;
+        }
+        name = std::move(read);
+    }
+    std::uint8_t unit = units;
+    if (!reader.Read(unit))
         return false;
-    if (!reader.Read(units))
+    // Every later use of the unit looks it up in the table, and an unknown one throws there:
+    // a damaged byte must stop here, where it can still be refused.
+    if (UnitTable().count(unit) == 0) {
+        rlog::Warn("Unknown length unit " + std::to_string(unit) + " at byte " +
+                       std::to_string(reader.Offset() - 1) + " of the space part; keeping the previous unit",
+                   label);
         return false;
+    }
+    units = unit;
     if (version >= 2 && !reader.Read(category))
         return false;
     return true;

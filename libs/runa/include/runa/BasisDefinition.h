@@ -10,6 +10,7 @@
 #include <istream>
 #include <ostream>
 #include <string>
+#include <string_view>
 
 namespace runa {
 
@@ -49,6 +50,10 @@ public:
 
     bool operator==(const BasisDefinition& other) const;
 };
+
+/// True when `text` is well-formed UTF-8: names are shown in the GUI and written to JSON,
+/// and both take nothing else.
+bool IsValidUtf8(std::string_view text);
 
 /// "x, y, z" with each component printed by "%f", as the JSON forms write vectors.
 std::string VectorToString(const glm::vec3& vector);
