@@ -11,6 +11,9 @@ PACKAGES=(
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth libxtst-dev
   libgl1-mesa-dri libgl1-mesa-dev libglx-mesa0 libegl-mesa0 mesa-utils
+  # The sanitizer and fuzz builds: clang, its sanitizer and libFuzzer runtimes (only recommended
+  # by clang, so not pulled in without recommends) and llvm-symbolizer for readable reports.
+  clang libclang-rt-14-dev llvm
 )
 
 missing=()

@@ -31,12 +31,6 @@ class Style;
 class TextRenderer;
 } // namespace draw
 
-// Resources are destroyed through shared pointers of their concrete type (see Resource.h),
-// so the public non-virtual destructor is safe; keep hosts' -Wnon-virtual-dtor quiet about it.
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-#endif
 class VEXA_API Debugger : public Resource {
 public:
     enum SlotIndex : unsigned int { BoxSlot = 0, SphereSlot = 1, LinesSlot = 2 };
@@ -79,9 +73,6 @@ private:
     std::string message_;
     float messageTime_ = -1.0f;
 };
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
 
 /// Puts the debugger's shapes into one view area's scene and prints its message there.
 class VEXA_API DebuggerGadget : public Gadget {

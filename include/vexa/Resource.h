@@ -2,9 +2,8 @@
 // Base of everything a host hands to the viewer for display. A resource holds data and its
 // identity; it draws nothing. For every view area that shows it, it creates a gadget.
 //
-// The destructor is deliberately not virtual: resources are always created as shared pointers
-// of their concrete type (std::make_shared<ConcreteResource>(...)), whose deleter destroys the
-// right type. Never delete a resource through a base-class pointer by hand.
+// The destructor is virtual: a scan is a point cloud resource and hosts derive their own, and
+// whoever ends up holding one through a base class must destroy the whole of it.
 
 #include <vexa/Export.h>
 #include <vexa/ResourceId.h>
@@ -20,6 +19,7 @@ class VEXA_API Resource {
 public:
     Resource(const std::string& name, const std::string& type);
     explicit Resource(const ResourceId& id);
+    virtual ~Resource() = default;
 
     Resource(const Resource&) = default;
     Resource& operator=(const Resource&) = default;
@@ -40,9 +40,6 @@ public:
     ResourceId id;
 
 protected:
-    // Protected and non-virtual: see the note at the top of this file.
-    ~Resource() = default;
-
     /// The next library update redraws; for data changes existing gadgets show as they are.
     void DrawOnNextUpdate() const;
 };

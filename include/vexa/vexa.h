@@ -3,10 +3,6 @@
 
 #include <vexa/Config.h>
 
-#if !VEXA_WITH_GRAPHICS
-#error "This VEXA was built without its graphics libraries (VEXA_WITH_GRAPHICS=OFF): there is no viewer to drive. Include the runa and tesk headers you need directly, or build VEXA with graphics."
-#endif
-
 #include <vexa/Export.h>
 #include <vexa/Platform.h>
 #include <vexa/ResourceId.h>

@@ -16,7 +16,7 @@ class CameraController;
 class GeneralOptions;
 namespace draw {
 class RenderSystem;
-class Light;
+struct Light;
 }
 
 class EngineServices {

@@ -6,6 +6,8 @@
 
 #include <vexa/Resource.h>
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <map>
 #include <string>
@@ -14,9 +16,12 @@ namespace testing_support {
 
 class FakeEngine final : public vexa::EngineServices {
 public:
+    // The process id keeps tests that run in parallel apart: an object's address alone repeats
+    // from one process to the next (always so under AddressSanitizer).
     FakeEngine()
         : root_(std::filesystem::temp_directory_path() /
-                ("vexa-fake-engine-" + std::to_string(reinterpret_cast<std::uintptr_t>(this))))
+                ("vexa-fake-engine-" + std::to_string(::getpid()) + "-" +
+                 std::to_string(reinterpret_cast<std::uintptr_t>(this))))
     {
         std::filesystem::create_directories(root_);
         directory_ = root_.string() + "/";

@@ -14,6 +14,14 @@ namespace {
 constexpr auto kSettleTime = 300ms;
 constexpr auto kPollInterval = 25ms;
 
+// In the sanitizer build a fault in the program is reported in its output and ends it with an
+// error, which a case judging only pixels (or one that stops the program itself) would miss.
+void ExpectNoSanitizerReport(const std::string& output)
+{
+    for (const char* report : {"ERROR: AddressSanitizer", "ERROR: LeakSanitizer", "runtime error:"})
+        EXPECT_EQ(output.find(report), std::string::npos) << "the program's output holds \"" << report << "\"";
+}
+
 } // namespace
 
 void E2eTest::SetUp()
@@ -30,10 +38,18 @@ void E2eTest::SetUp()
 
 void E2eTest::TearDown()
 {
+    // Closed as a person closes it, the program ends through Terminate, and in the sanitizer
+    // build LeakSanitizer checks what it left behind; one that does not end in time is stopped.
+    if (program && program->IsRunning() && x && x->WindowArea().Width() > 0)
+    {
+        x->RequestClose();
+        program->WaitForExit(15s);
+    }
     if (program)
         program->Stop();
     program.reset();
     x.reset();
+    ExpectNoSanitizerReport(Output());
     // VEXA_E2E_KEEP_PICTURES=1 keeps a passing case's pictures too, for a person to look at.
     const char* keepAll = std::getenv("VEXA_E2E_KEEP_PICTURES");
     if (!HasFailure() && (keepAll == nullptr || std::string(keepAll) != "1"))
@@ -47,6 +63,9 @@ void E2eTest::TearDown()
 
 ::testing::AssertionResult E2eTest::Launch(const std::string& path, const std::vector<std::string>& arguments)
 {
+    // A program started before in this case (to see what it kept) writes to the same file.
+    if (program)
+        ExpectNoSanitizerReport(Output());
     // The program must use our private server, whatever the test runner was started under.
     program = std::make_unique<ChildProcess>(ChildProcess::Options{
         .program = path, .arguments = arguments, .workingDirectory = workingDirectory_.string(),

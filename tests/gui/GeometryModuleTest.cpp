@@ -204,7 +204,7 @@ tesk::Mesh Strip(std::size_t count)
 
 std::shared_ptr<MeshGadget> MakeGadget(const std::shared_ptr<MeshResource>& resource)
 {
-    return gui_test::InitializedGadget<MeshGadget>(*resource);
+    return gui_test::InitializedGadget<MeshGadget>(resource);
 }
 
 TEST(MeshResource, CentreSamplesEveryTenthVertexAndDividesByTheWholeTens)

@@ -3,6 +3,7 @@
 #include <vexa/modules/GuiResource.h>
 
 #include "GuiTestSupport.h"
+#include "IgnoredLeaks.h"
 
 #include <CEGUI/CEGUI.h>
 
@@ -41,9 +42,14 @@ TEST_F(GuiResourceModuleTest, WindowsAreFoundByNameAndASecondSetupReplacesTheTre
     EXPECT_FALSE(CEGUI::WindowManager::getSingleton().isAlive(first)) << "the first tree was kept";
     EXPECT_NE(resource.GetRootWindow(), nullptr);
 
-    // A broken layout leaves no window, and says so.
+    // A broken layout leaves no window, and says so. (CEGUI's XML reader loses its own state
+    // when the unknown type throws inside it; that is CEGUI's, and the parser module is unloaded
+    // before exit, so no suppression could name it.)
     testing_support::LogCapture log;
-    EXPECT_FALSE(resource.Setup("<GUILayout version=\"4\"><Window type=\"NoSuchType\" name=\"x\"/></GUILayout>"));
+    {
+        testing_support::IgnoredLeaks cegui;
+        EXPECT_FALSE(resource.Setup("<GUILayout version=\"4\"><Window type=\"NoSuchType\" name=\"x\"/></GUILayout>"));
+    }
     EXPECT_EQ(resource.GetRootWindow(), nullptr);
     ASSERT_FALSE(log.messages.empty());
     EXPECT_NE(log.messages.back().message.find("GuiDataUnit:Tools"), std::string::npos) << log.messages.back().message;

@@ -74,6 +74,21 @@ std::shared_ptr<GadgetType> InitializedGadget(vexa::Resource& resource)
     return gadget;
 }
 
+/// As above, and the gadget returned keeps its resource alive: a gadget only points at its
+/// resource (in the library the engine's list owns both), so one made from a temporary would
+/// outlive it.
+template <class GadgetType, class ResourceType>
+std::shared_ptr<GadgetType> InitializedGadget(const std::shared_ptr<ResourceType>& resource)
+{
+    // Members go in reverse order: the gadget before its resource.
+    struct Kept {
+        std::shared_ptr<ResourceType> resource;
+        std::shared_ptr<GadgetType> gadget;
+    };
+    auto kept = std::make_shared<Kept>(Kept{resource, InitializedGadget<GadgetType>(*resource)});
+    return std::shared_ptr<GadgetType>(kept, kept->gadget.get());
+}
+
 /// A fresh "DarkVexa/ArrayPanel", 300 px wide, under the root for the test's lifetime.
 class PanelTest : public testing::Test {
 protected:

@@ -60,7 +60,7 @@ tesk::PointCloud RichCloud()
 
 std::shared_ptr<PointCloudGadget> MakeGadget(const std::shared_ptr<PointCloudResource>& resource)
 {
-    return gui_test::InitializedGadget<PointCloudGadget>(*resource);
+    return gui_test::InitializedGadget<PointCloudGadget>(resource);
 }
 
 TEST(PointCloudResource, SamplesAboutAThousandPointsForCentreAndRadius)

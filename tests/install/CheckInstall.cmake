@@ -11,7 +11,9 @@ endfunction()
 
 run_step(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${PREFIX})
 run_step(${CMAKE_COMMAND} -S ${HOST_SOURCE_DIR} -B ${WORK_DIR}/host -G ${GENERATOR}
-  -DCMAKE_PREFIX_PATH=${PREFIX} -DCMAKE_BUILD_TYPE=Release)
+  -DCMAKE_PREFIX_PATH=${PREFIX} -DCMAKE_BUILD_TYPE=Release
+  # The build's own compiler, and its sanitizer flags when the libraries carry them.
+  -DCMAKE_CXX_COMPILER=${CXX_COMPILER} "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}" "-DCMAKE_EXE_LINKER_FLAGS=${CXX_FLAGS}")
 run_step(${CMAKE_COMMAND} --build ${WORK_DIR}/host)
 run_step(${WORK_DIR}/host/vexa-install-host)
 # The persistence host opens a window: only with a display.

@@ -12,12 +12,6 @@
 
 namespace vexa::modules {
 
-// Resources are destroyed through shared pointers of their concrete type (see Resource.h),
-// so the public non-virtual destructor is safe; keep hosts' -Wnon-virtual-dtor quiet about it.
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-#endif
 class VEXA_API CameraAnimResource : public Resource {
 public:
     /// Resource type "CameraAnimResource".
@@ -25,8 +19,5 @@ public:
 
     std::shared_ptr<Gadget> CreateGadget() override;
 };
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
 
 } // namespace vexa::modules

@@ -16,12 +16,6 @@ class GeometryRenderer;
 
 namespace vexa::modules {
 
-// Resources are destroyed through shared pointers of their concrete type (see Resource.h),
-// so the public non-virtual destructor is safe; keep hosts' -Wnon-virtual-dtor quiet about it.
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-#endif
 class VEXA_API GeometryResource : public Resource {
 public:
     /// Shows `geometry` under `name`; resource type "GeometryResource".
@@ -39,9 +33,6 @@ private:
     draw::GeometryName geometry_;
     std::shared_ptr<draw::GeometryRenderer> renderer_;
 };
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
 
 /// Registers a built-in shape under `name` (when the library is running) and returns it.
 VEXA_API std::shared_ptr<GeometryResource> AddGeometry(const std::string& name, draw::GeometryName geometry);

@@ -13,12 +13,6 @@
 
 namespace vexa::modules {
 
-// Resources are destroyed through shared pointers of their concrete type (see Resource.h),
-// so the public non-virtual destructor is safe; keep hosts' -Wnon-virtual-dtor quiet about it.
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-#endif
 class VEXA_API GraphResource : public Resource {
 public:
     /// An empty graph under `name`; resource type "GraphResource".
@@ -36,8 +30,5 @@ public:
 private:
     std::vector<glm::vec2> points_;
 };
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
 
 } // namespace vexa::modules

@@ -28,10 +28,6 @@ class Window;
 
 namespace vexa::modules {
 
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-#endif
 class VEXA_API GuiResource : public Resource {
 public:
     /// Which gadget holds the window tree in its panel; shared with the gadgets so that
@@ -69,8 +65,5 @@ private:
 
     std::shared_ptr<Holder> holder_ = std::make_shared<Holder>();
 };
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
 
 } // namespace vexa::modules

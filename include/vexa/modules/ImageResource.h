@@ -16,12 +16,6 @@ class ImageRenderer;
 
 namespace vexa::modules {
 
-// Resources are destroyed through shared pointers of their concrete type (see Resource.h),
-// so the public non-virtual destructor is safe; keep hosts' -Wnon-virtual-dtor quiet about it.
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-#endif
 class VEXA_API ImageResource : public Resource {
 public:
     /// Shows a copy of `image` under `name`; resource type "ImageResource". An empty image is
@@ -38,9 +32,6 @@ public:
 private:
     std::shared_ptr<draw::ImageRenderer> renderer_;
 };
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
 
 /// Makes a resource of `image` under `name` and, when the library is running, shows it (or
 /// replaces the listed one with that name).

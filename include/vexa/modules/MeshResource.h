@@ -27,12 +27,6 @@ class MeshRenderer;
 
 namespace vexa::modules {
 
-// Resources are destroyed through shared pointers of their concrete type (see Resource.h),
-// so the public non-virtual destructor is safe; keep hosts' -Wnon-virtual-dtor quiet about it.
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-#endif
 class VEXA_API MeshResource : public Resource, public VertexAttributes {
 public:
 
@@ -70,9 +64,6 @@ private:
     glm::vec3 centerOfMass_{0.0f};
     glm::vec3 cameraPos_{1.0f};
 };
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
 
 /// Makes a resource of `mesh` under `name` and, when the library is running, shows it (or
 /// replaces the listed one with that name).

@@ -27,18 +27,8 @@ class PointCloudRenderer;
 
 namespace vexa::modules {
 
-// Resources are destroyed through shared pointers of their concrete type (see Resource.h),
-// so the public non-virtual destructor is safe; keep hosts' -Wnon-virtual-dtor quiet about it.
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-#endif
 class VEXA_API PointCloudResource : public Resource, public VertexAttributes {
 public:
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
-
     PointCloudResource(const std::string& name, const tesk::PointCloud& cloud);
 
     std::shared_ptr<Gadget> CreateGadget() override;

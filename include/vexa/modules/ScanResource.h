@@ -19,10 +19,6 @@
 
 namespace vexa::modules {
 
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-#endif
 class VEXA_API ScanResource : public PointCloudResource {
 public:
     /// Shows `scan` under `name`; resource type "ScanResource".
@@ -48,9 +44,6 @@ private:
     glm::mat3 cameraBasis_{1.0f};
     runa::BasisDefinition basisDefinition_;
 };
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
 
 /// Makes a resource of `scan` under `name` and, when the library is running, shows it (or
 /// replaces the listed one with that name).

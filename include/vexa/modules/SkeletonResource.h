@@ -19,12 +19,6 @@
 
 namespace vexa::modules {
 
-// Resources are destroyed through shared pointers of their concrete type (see Resource.h),
-// so the public non-virtual destructor is safe; keep hosts' -Wnon-virtual-dtor quiet about it.
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-#endif
 class VEXA_API SkeletonResource : public Resource {
 public:
     /// Shows `skeleton` (copied) under `name` in its rest pose; resource type "SkeletonResource".
@@ -55,9 +49,6 @@ private:
     std::unique_ptr<tesk::SkeletonAction> action_;
     std::uint64_t poseChanges_ = 0;
 };
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
 
 /// Makes a resource of `skeleton` under `name` and, when the library is running, shows it (or
 /// replaces the listed one with that name).
