@@ -7,8 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <span>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace bench {

@@ -46,18 +46,21 @@ void* operator new(std::size_t size)
         return p;
     throw std::bad_alloc();
 }
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+void operator delete(void* p) noexcept
+{
+    std::free(p);
+}
+void operator delete(void* p, std::size_t) noexcept
+{
+    std::free(p);
+}
 #pragma GCC diagnostic pop
 
 namespace {
 
 class BoxGadget final : public vexa::Gadget {
 public:
-    explicit BoxGadget(const vexa::Resource* resource)
-        : Gadget(resource)
-    {
-    }
+    explicit BoxGadget(const vexa::Resource* resource) : Gadget(resource) {}
     void Initialize() override
     {
         LoadState();
@@ -69,10 +72,7 @@ public:
 
 class BoxResource final : public vexa::Resource {
 public:
-    explicit BoxResource(const std::string& name)
-        : Resource(name, "BoxResource")
-    {
-    }
+    explicit BoxResource(const std::string& name) : Resource(name, "BoxResource") {}
     std::shared_ptr<vexa::Gadget> CreateGadget() override { return std::make_shared<BoxGadget>(this); }
 };
 
@@ -88,8 +88,7 @@ double Seconds(std::chrono::steady_clock::duration d)
 // Alone, for reference: what any GLFW program pays per loop turn.
 void BM_PollEvents(benchmark::State& state)
 {
-    if (bench::BenchEngine() == nullptr)
-    {
+    if (bench::BenchEngine() == nullptr) {
         state.SkipWithError("No window (no display?)");
         return;
     }
@@ -102,8 +101,7 @@ void BM_PollEvents(benchmark::State& state)
 void BM_IdleUpdate(benchmark::State& state)
 {
     vexa::Engine* engine = bench::BenchEngine();
-    if (engine == nullptr)
-    {
+    if (engine == nullptr) {
         state.SkipWithError("No engine (no display?)");
         return;
     }
@@ -111,8 +109,7 @@ void BM_IdleUpdate(benchmark::State& state)
     double pollSeconds = 0.0;
     const std::uint64_t framesBefore = engine->GetRenderSystem()->GetFrameCount();
     const std::uint64_t allocationsBefore = allocations.load();
-    for (auto _ : state)
-    {
+    for (auto _ : state) {
         const auto start = std::chrono::steady_clock::now();
         engine->Update();
         const auto middle = std::chrono::steady_clock::now();
@@ -128,9 +125,9 @@ void BM_IdleUpdate(benchmark::State& state)
     state.counters["update_us"] = updateSeconds / iterations * 1e6;
     state.counters["poll_us"] = pollSeconds / iterations * 1e6;
     state.counters["ratio_to_poll"] = pollSeconds > 0.0 ? updateSeconds / pollSeconds : 0.0;
-    state.counters["allocs_per_update"] = static_cast<double>(allocationsAfter - allocationsBefore) / iterations;
-    state.counters["frames_per_update"] =
-        static_cast<double>(framesAfter - framesBefore) / iterations;
+    state.counters["allocs_per_update"] =
+        static_cast<double>(allocationsAfter - allocationsBefore) / iterations;
+    state.counters["frames_per_update"] = static_cast<double>(framesAfter - framesBefore) / iterations;
 }
 
 BENCHMARK(BM_PollEvents)->Repetitions(5)->ReportAggregatesOnly(true);
@@ -148,16 +145,14 @@ vexa::Engine* bench::BenchEngine()
     auto engine = std::make_unique<vexa::Engine>();
     engine->SetAssetDirectory(VEXA_SOURCE_ASSET_DIR);
     engine->SetIntermediateDirectory(stateDirectory.string());
-    if (!engine->Initialize(""))
-    {
+    if (!engine->Initialize("")) {
         std::fprintf(stderr, "The engine could not start (no display?); its benchmarks are skipped\n");
         return nullptr;
     }
     for (int i = 0; i < 3; ++i)
         engine->AddResource(std::make_shared<BoxResource>("box" + std::to_string(i)));
     // Let the first frames, the uploads and the settings files happen before measuring.
-    for (int i = 0; i < 20; ++i)
-    {
+    for (int i = 0; i < 20; ++i) {
         engine->Update();
         std::this_thread::sleep_for(std::chrono::milliseconds(40));
     }

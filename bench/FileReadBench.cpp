@@ -60,7 +60,8 @@ const std::string& BenchFile(const std::string& name, const std::function<std::s
 
 /// Times `read(path)` and one FileBytes::Load of the same file per iteration; reports the
 /// reader's time (manual time), the floor and their ratio.
-void ReadAgainstFloor(benchmark::State& state, const std::string& path, const std::function<bool(const std::string&)>& read)
+void ReadAgainstFloor(benchmark::State& state, const std::string& path,
+                      const std::function<bool(const std::string&)>& read)
 {
     double readSeconds = 0.0;
     double floorSeconds = 0.0;
@@ -95,7 +96,8 @@ void ReadAgainstFloor(benchmark::State& state, const std::string& path, const st
 void WritePosition(char* out, std::int64_t i)
 {
     const float t = static_cast<float>(i) * 1e-5f;
-    const float xyz[3] = {t * 0.5f - 1.0f, static_cast<float>(i % 1000) * 1e-3f, static_cast<float>(i % 7919) * 1e-4f};
+    const float xyz[3] = {t * 0.5f - 1.0f, static_cast<float>(i % 1000) * 1e-3f,
+                          static_cast<float>(i % 7919) * 1e-4f};
     std::memcpy(out, xyz, 12);
 }
 
@@ -103,7 +105,8 @@ void WritePosition(char* out, std::int64_t i)
 std::string BinaryPly(std::int64_t count)
 {
     std::string bytes = "ply\nformat binary_little_endian 1.0\ncomment vexa-bench input\nelement vertex " +
-                        std::to_string(count) + "\nproperty float x\nproperty float y\nproperty float z\nend_header\n";
+                        std::to_string(count) +
+                        "\nproperty float x\nproperty float y\nproperty float z\nend_header\n";
     const std::size_t header = bytes.size();
     bytes.resize(header + static_cast<std::size_t>(count) * 12);
     for (std::int64_t i = 0; i < count; ++i)
@@ -115,9 +118,11 @@ std::string BinaryPly(std::int64_t count)
 /// the Point Cloud Library write them.
 std::string BinaryPcd(std::int64_t count)
 {
-    std::string bytes = "# .PCD v0.7 - Point Cloud Data file format\nVERSION 0.7\nFIELDS x y z rgb\nSIZE 4 4 4 4\n"
-                        "TYPE F F F U\nCOUNT 1 1 1 1\nWIDTH " + std::to_string(count) +
-                        "\nHEIGHT 1\nVIEWPOINT 0 0 0 1 0 0 0\nPOINTS " + std::to_string(count) + "\nDATA binary\n";
+    std::string bytes =
+        "# .PCD v0.7 - Point Cloud Data file format\nVERSION 0.7\nFIELDS x y z rgb\nSIZE 4 4 4 4\n"
+        "TYPE F F F U\nCOUNT 1 1 1 1\nWIDTH " +
+        std::to_string(count) + "\nHEIGHT 1\nVIEWPOINT 0 0 0 1 0 0 0\nPOINTS " + std::to_string(count) +
+        "\nDATA binary\n";
     const std::size_t header = bytes.size();
     bytes.resize(header + static_cast<std::size_t>(count) * 16);
     for (std::int64_t i = 0; i < count; ++i) {

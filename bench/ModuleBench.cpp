@@ -8,8 +8,8 @@
 
 #include "core/Engine.h"
 
-#include <vexa/modules/PointCloudResource.h>
 #include <vexa/draw/RenderSystem.h>
+#include <vexa/modules/PointCloudResource.h>
 
 #include <tesk/PointCloud.h>
 
@@ -58,8 +58,7 @@ double TimeWarmMemcpy(const tesk::PointCloud& cloud, std::vector<unsigned char>&
 void BM_AddPointCloud(benchmark::State& state)
 {
     vexa::Engine* engine = bench::BenchEngine();
-    if (engine == nullptr)
-    {
+    if (engine == nullptr) {
         state.SkipWithError("No engine (no display?)");
         return;
     }
@@ -68,8 +67,7 @@ void BM_AddPointCloud(benchmark::State& state)
     double addSeconds = 0.0;
     double memcpySeconds = 0.0;
     double warmSeconds = 0.0;
-    for (auto _ : state)
-    {
+    for (auto _ : state) {
         const auto start = Clock::now();
         auto resource = std::make_shared<vexa::modules::PointCloudResource>("bench/cloud", cloud);
         engine->AddResource(resource);
@@ -94,16 +92,14 @@ void BM_AddPointCloud(benchmark::State& state)
 void BM_AddPointCloudToFirstFrame(benchmark::State& state)
 {
     vexa::Engine* engine = bench::BenchEngine();
-    if (engine == nullptr)
-    {
+    if (engine == nullptr) {
         state.SkipWithError("No engine (no display?)");
         return;
     }
     const tesk::PointCloud& cloud = bench::CloudOf(static_cast<std::size_t>(state.range(0)));
     double frameSeconds = 0.0;
     double memcpySeconds = 0.0;
-    for (auto _ : state)
-    {
+    for (auto _ : state) {
         const std::uint64_t frames = engine->GetRenderSystem()->GetFrameCount();
         const auto start = Clock::now();
         auto resource = std::make_shared<vexa::modules::PointCloudResource>("bench/cloud", cloud);
@@ -126,4 +122,9 @@ void BM_AddPointCloudToFirstFrame(benchmark::State& state)
 } // namespace
 
 BENCHMARK(BM_AddPointCloud)->Arg(10'000'000)->Unit(benchmark::kMillisecond)->Iterations(5)->UseRealTime();
-BENCHMARK(BM_AddPointCloudToFirstFrame)->Arg(1'000'000)->Arg(10'000'000)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
+BENCHMARK(BM_AddPointCloudToFirstFrame)
+    ->Arg(1'000'000)
+    ->Arg(10'000'000)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(3)
+    ->UseRealTime();

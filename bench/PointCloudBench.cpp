@@ -57,8 +57,6 @@ double Seconds(Clock::duration d)
     return std::chrono::duration<double>(d).count();
 }
 
-
-
 /// Warm destination for the floor: allocated and touched once, outside any timing.
 std::byte* FloorBuffer(std::size_t bytes)
 {
@@ -448,7 +446,8 @@ void BM_PickPointCpu(benchmark::State& state)
     const tesk::PointCloud& cloud = CloudOf(static_cast<std::size_t>(state.range(0)));
     const PickView view(state.range(1) != 0);
     TimePicks(state, cloud.GetPositions(), [&] {
-        return vexa::draw::PickPoint(cloud.GetPositions(), view.clip, view.viewport, view.cursor, view.radius);
+        return vexa::draw::PickPoint(cloud.GetPositions(), view.clip, view.viewport, view.cursor,
+                                     view.radius);
     });
 }
 
@@ -472,9 +471,8 @@ void BM_PickPointMapped(benchmark::State& state)
     if (renderer->HasPendingData()) {
         state.SkipWithError("The cloud was not uploaded");
     } else {
-        TimePicks(state, cloud.GetPositions(), [&] {
-            return renderer->Pick(view.clip, view.viewport, view.cursor, view.radius);
-        });
+        TimePicks(state, cloud.GetPositions(),
+                  [&] { return renderer->Pick(view.clip, view.viewport, view.cursor, view.radius); });
         state.counters["renderer_cpu_bytes"] = static_cast<double>(renderer->GetCpuDataBytes());
     }
     rig->scene->RemoveInstance(handle);
@@ -542,4 +540,3 @@ BENCHMARK(BM_PickPointMapped)
     ->ReportAggregatesOnly(true);
 
 } // namespace
-

@@ -25,7 +25,8 @@ constexpr int kItems = 100;
 
 vexa::ResourceId Id(int group, int sub, int item)
 {
-    return vexa::ResourceId("group" + std::to_string(group) + "/sub" + std::to_string(sub) + "/item" + std::to_string(item),
+    return vexa::ResourceId("group" + std::to_string(group) + "/sub" + std::to_string(sub) + "/item" +
+                                std::to_string(item),
                             "PointCloudResource");
 }
 
@@ -54,8 +55,7 @@ void BM_InspectorInsert10k(benchmark::State& state)
 {
     if (!HaveGui(state))
         return;
-    for (auto _ : state)
-    {
+    for (auto _ : state) {
         std::unique_ptr<vexa::GuiResourceInspector> inspector = MakeInspector();
         state.PauseTiming();
         inspector.reset();
@@ -89,34 +89,42 @@ void BM_InspectorRebuild(benchmark::State& state)
         inspector->GetList()->findItemWithText(text, nullptr)->setSelected(true);
         inspector->Update();
     };
-    if (state.range(0) == 1)
-    {
+    if (state.range(0) == 1) {
         pick("group4/");
         pick("sub4/");
-    }
-    else if (state.range(0) >= 2)
-    {
+    } else if (state.range(0) >= 2) {
         client->getChild("EditSearch")->setText(state.range(0) == 2 ? "item1" : "item");
     }
     inspector->Update();
     double maxMs = 0.0;
-    for (auto _ : state)
-    {
+    for (auto _ : state) {
         // Selecting (nothing) is a change: the next update rebuilds.
         inspector->SetSelected(vexa::ResourceId());
         const auto start = std::chrono::steady_clock::now();
         inspector->Update();
         // CEGUI destroys the old items at the next frame; that belongs to the rebuild's cost.
         CEGUI::WindowManager::getSingleton().cleanDeadPool();
-        const double ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+        const double ms =
+            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
         maxMs = std::max(maxMs, ms);
     }
     state.counters["items"] = static_cast<double>(inspector->GetList()->getItemCount());
     state.counters["max_ms"] = maxMs;
 }
 
-BENCHMARK(BM_InspectorInsert10k)->Unit(benchmark::kMillisecond)->Iterations(5)->Repetitions(3)->ReportAggregatesOnly(true);
+BENCHMARK(BM_InspectorInsert10k)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(5)
+    ->Repetitions(3)
+    ->ReportAggregatesOnly(true);
 BENCHMARK(BM_InspectorIdleUpdate)->Repetitions(5)->ReportAggregatesOnly(true);
-BENCHMARK(BM_InspectorRebuild)->Arg(0)->Arg(1)->Arg(2)->Arg(3)->Unit(benchmark::kMillisecond)->Repetitions(5)->ReportAggregatesOnly(true);
+BENCHMARK(BM_InspectorRebuild)
+    ->Arg(0)
+    ->Arg(1)
+    ->Arg(2)
+    ->Arg(3)
+    ->Unit(benchmark::kMillisecond)
+    ->Repetitions(5)
+    ->ReportAggregatesOnly(true);
 
 } // namespace

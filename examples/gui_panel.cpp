@@ -39,8 +39,7 @@ void AddRing(int n)
     std::vector<glm::vec3> points;
     std::vector<tesk::Color3f> colors;
     const float radius = 0.4f + 0.15f * static_cast<float>(n);
-    for (int i = 0; i < 3000; ++i)
-    {
+    for (int i = 0; i < 3000; ++i) {
         const float a = 6.2831853f * static_cast<float>(i) / 3000.0f;
         points.emplace_back(radius * std::cos(a), 0.1f * static_cast<float>(n), radius * std::sin(a));
         colors.emplace_back(1.0f, 0.9f - 0.12f * static_cast<float>(n % 7), 0.2f);
@@ -56,7 +55,8 @@ void AddRing(int n)
 
 int main(int argc, char** argv)
 {
-    const long frames = argc == 3 && std::string(argv[1]) == "--frames" ? std::strtol(argv[2], nullptr, 10) : -1;
+    const long frames =
+        argc == 3 && std::string(argv[1]) == "--frames" ? std::strtol(argv[2], nullptr, 10) : -1;
     vexa::SetAssetDirectory(VEXA_DEFAULT_ASSET_DIR);
     if (!vexa::Initialize())
         return 1;

@@ -40,8 +40,7 @@ tesk::Image MakeGradient(std::uint32_t size)
     std::vector<std::uint8_t> pixels(static_cast<std::size_t>(size) * size * 4);
     const float centre = size / 2.0f, radius = size / 4.0f;
     for (std::uint32_t y = 0; y < size; ++y)
-        for (std::uint32_t x = 0; x < size; ++x)
-        {
+        for (std::uint32_t x = 0; x < size; ++x) {
             std::uint8_t* p = &pixels[(static_cast<std::size_t>(y) * size + x) * 4];
             const bool inDisc = std::hypot(x + 0.5f - centre, y + 0.5f - centre) < radius;
             p[0] = inDisc ? 255 : static_cast<std::uint8_t>(255 * x / (size - 1));
@@ -56,7 +55,8 @@ tesk::Image MakeGradient(std::uint32_t size)
 
 int main(int argc, char** argv)
 {
-    const long frames = argc == 3 && std::string(argv[1]) == "--frames" ? std::strtol(argv[2], nullptr, 10) : -1;
+    const long frames =
+        argc == 3 && std::string(argv[1]) == "--frames" ? std::strtol(argv[2], nullptr, 10) : -1;
     // Beside the settings the library keeps in the working directory (./vexa/).
     const std::filesystem::path look = "image_graph_look.json";
     std::ofstream(look) << kLook;
@@ -83,11 +83,9 @@ int main(int argc, char** argv)
         addSample();
     graph->SetData(samples);
 
-    for (long frame = 0; vexa::IsOpen() && (frames < 0 || frame < frames); ++frame)
-    {
+    for (long frame = 0; vexa::IsOpen() && (frames < 0 || frame < frames); ++frame) {
         // A few new samples a second; every SetData rebuilds the graph's gadgets.
-        if (frame % 10 == 9)
-        {
+        if (frame % 10 == 9) {
             addSample();
             graph->SetData(samples);
         }

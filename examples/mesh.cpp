@@ -16,8 +16,7 @@ tesk::Mesh Torus(std::uint32_t rings, std::uint32_t sides, float radius, float t
     std::vector<glm::vec3> positions;
     std::vector<float> angles;
     for (std::uint32_t i = 0; i < rings; ++i)
-        for (std::uint32_t j = 0; j < sides; ++j)
-        {
+        for (std::uint32_t j = 0; j < sides; ++j) {
             const float u = 6.2831853f * static_cast<float>(i) / static_cast<float>(rings);
             const float v = 6.2831853f * static_cast<float>(j) / static_cast<float>(sides);
             const float r = radius + tube * std::cos(v);
@@ -27,10 +26,10 @@ tesk::Mesh Torus(std::uint32_t rings, std::uint32_t sides, float radius, float t
     // Two triangles per quad of the grid, wound counter-clockwise seen from outside.
     std::vector<glm::uvec3> faces;
     for (std::uint32_t i = 0; i < rings; ++i)
-        for (std::uint32_t j = 0; j < sides; ++j)
-        {
+        for (std::uint32_t j = 0; j < sides; ++j) {
             const std::uint32_t a = i * sides + j, b = ((i + 1) % rings) * sides + j;
-            const std::uint32_t c = ((i + 1) % rings) * sides + (j + 1) % sides, d = i * sides + (j + 1) % sides;
+            const std::uint32_t c = ((i + 1) % rings) * sides + (j + 1) % sides,
+                                d = i * sides + (j + 1) % sides;
             faces.emplace_back(a, c, b);
             faces.emplace_back(a, d, c);
         }
@@ -44,7 +43,8 @@ tesk::Mesh Torus(std::uint32_t rings, std::uint32_t sides, float radius, float t
 
 int main(int argc, char** argv)
 {
-    const long frames = argc == 3 && std::string(argv[1]) == "--frames" ? std::strtol(argv[2], nullptr, 10) : -1;
+    const long frames =
+        argc == 3 && std::string(argv[1]) == "--frames" ? std::strtol(argv[2], nullptr, 10) : -1;
     vexa::SetAssetDirectory(VEXA_DEFAULT_ASSET_DIR);
     if (!vexa::Initialize())
         return 1;

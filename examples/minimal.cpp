@@ -16,15 +16,13 @@ int main(int argc, char** argv)
 {
     long frames = -1;
     std::string intermediate;
-    for (int i = 1; i < argc; ++i)
-    {
+    for (int i = 1; i < argc; ++i) {
         const std::string argument = argv[i];
         if (argument == "--frames" && i + 1 < argc)
             frames = std::strtol(argv[++i], nullptr, 10);
         else if (argument == "--intermediate" && i + 1 < argc)
             intermediate = argv[++i];
-        else
-        {
+        else {
             std::cerr << "usage: " << argv[0] << " [--frames N] [--intermediate DIR]\n";
             return 2;
         }
@@ -34,12 +32,10 @@ int main(int argc, char** argv)
     vexa::SetAssetDirectory(assets != nullptr ? assets : VEXA_DEFAULT_ASSET_DIR);
     if (!intermediate.empty())
         vexa::SetIntermediateDirectory(intermediate);
-    if (frames >= 0)
-    {
+    if (frames >= 0) {
         // Nobody is there to click a message box away.
-        vexa::SetMessageBoxHandler([](const std::string& caption, const std::string& text, vexa::MessageIcon) {
-            std::cerr << caption << ": " << text << "\n";
-        });
+        vexa::SetMessageBoxHandler([](const std::string& caption, const std::string& text,
+                                      vexa::MessageIcon) { std::cerr << caption << ": " << text << "\n"; });
     }
 
     if (!vexa::Initialize())

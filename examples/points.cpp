@@ -9,7 +9,8 @@
 
 int main(int argc, char** argv)
 {
-    const long frames = argc == 3 && std::string(argv[1]) == "--frames" ? std::strtol(argv[2], nullptr, 10) : -1;
+    const long frames =
+        argc == 3 && std::string(argv[1]) == "--frames" ? std::strtol(argv[2], nullptr, 10) : -1;
     vexa::SetAssetDirectory(VEXA_DEFAULT_ASSET_DIR);
     if (!vexa::Initialize())
         return 1;
@@ -17,8 +18,7 @@ int main(int argc, char** argv)
     std::vector<glm::vec3> points;
     std::vector<float> heights;
     for (int i = 0; i < 300; ++i)
-        for (int j = 0; j < 300; ++j)
-        {
+        for (int j = 0; j < 300; ++j) {
             const float x = i / 150.0f - 1.0f, z = j / 150.0f - 1.0f;
             points.emplace_back(x, 0.2f * std::sin(6.0f * x) * std::cos(4.0f * z), z);
             heights.push_back(points.back().y);

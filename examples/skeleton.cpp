@@ -23,8 +23,7 @@ tesk::Skeleton MakeFigure()
     const int spine = figure.AddJoint("spine", pelvis, {0.0f, 0.25f, 0.0f});
     const int neck = figure.AddJoint("neck", spine, {0.0f, 0.28f, 0.0f});
     figure.AddJoint("head", neck, {0.0f, 0.22f, 0.0f});
-    for (const auto& [side, x] : {std::pair{std::string(".L"), 1.0f}, std::pair{std::string(".R"), -1.0f}})
-    {
+    for (const auto& [side, x] : {std::pair{std::string(".L"), 1.0f}, std::pair{std::string(".R"), -1.0f}}) {
         const int shoulder = figure.AddJoint("shoulder" + side, neck, {0.19f * x, -0.04f, 0.0f});
         const int elbow = figure.AddJoint("elbow" + side, shoulder, {0.0f, -0.28f, 0.0f});
         figure.AddJoint("hand" + side, elbow, {0.0f, -0.25f, 0.0f});
@@ -63,7 +62,8 @@ tesk::SkeletonPose WalkPose(const tesk::Skeleton& figure, float phase)
 
 int main(int argc, char** argv)
 {
-    const long frames = argc == 3 && std::string(argv[1]) == "--frames" ? std::strtol(argv[2], nullptr, 10) : -1;
+    const long frames =
+        argc == 3 && std::string(argv[1]) == "--frames" ? std::strtol(argv[2], nullptr, 10) : -1;
     vexa::SetAssetDirectory(VEXA_DEFAULT_ASSET_DIR);
     if (!vexa::Initialize())
         return 1;
@@ -72,8 +72,7 @@ int main(int argc, char** argv)
     // Four keyframes a quarter stride apart over 1.2 s; the fifth repeats the first, so the
     // loop joins without a jump.
     tesk::SkeletonAction walk("walk");
-    for (int k = 0; k <= 4; ++k)
-    {
+    for (int k = 0; k <= 4; ++k) {
         const float phase = glm::half_pi<float>() * static_cast<float>(k % 4);
         walk.AddKeyframe(0.3f * static_cast<float>(k), WalkPose(figure, phase));
     }

@@ -5,20 +5,20 @@
 //   vexa-draw-gallery --out gallery.png [--assets DIR] [--tile WxH] [--aa off|msaa4|fxaa]
 
 #include <vexa/draw/GeometryRenderer.h>
+#include <vexa/draw/GeometryStyle.h>
 #include <vexa/draw/GraphRenderer.h>
 #include <vexa/draw/GraphStyle.h>
 #include <vexa/draw/ImageRenderer.h>
 #include <vexa/draw/ImageStyle.h>
+#include <vexa/draw/LineFieldRenderer.h>
+#include <vexa/draw/LineFieldStyle.h>
 #include <vexa/draw/MeshRenderer.h>
 #include <vexa/draw/PointCloudRenderer.h>
 #include <vexa/draw/PointCloudStyle.h>
-#include <vexa/draw/SkeletonRenderer.h>
-#include <vexa/draw/SkeletonStyle.h>
-#include <vexa/draw/GeometryStyle.h>
-#include <vexa/draw/LineFieldRenderer.h>
-#include <vexa/draw/LineFieldStyle.h>
 #include <vexa/draw/RenderSystem.h>
 #include <vexa/draw/Scene.h>
+#include <vexa/draw/SkeletonRenderer.h>
+#include <vexa/draw/SkeletonStyle.h>
 
 #include <plor/Framebuffer.h>
 #include <plor/Program.h>
@@ -26,18 +26,18 @@
 
 #include <runa/rlog.h>
 #include <tesk/ColorMap.h>
+#include <tesk/Image.h>
 #include <tesk/Mesh.h>
 #include <tesk/PointCloud.h>
 #include <tesk/Skeleton.h>
 #include <tesk/SkeletonPose.h>
-#include <tesk/Image.h>
 
 #include <glm/gtc/constants.hpp>
 
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 #include <cstring>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
@@ -57,7 +57,9 @@ struct Options {
 
 void PrintUsage()
 {
-    std::fprintf(stderr, "usage: vexa-draw-gallery --out FILE.png [--assets DIR] [--tile WxH] [--aa off|msaa4|fxaa]\n");
+    std::fprintf(
+        stderr,
+        "usage: vexa-draw-gallery --out FILE.png [--assets DIR] [--tile WxH] [--aa off|msaa4|fxaa]\n");
 }
 
 bool ParseArguments(int argc, char** argv, Options& options)
@@ -184,11 +186,16 @@ private:
 const char* ModeCaption(int mode)
 {
     switch (mode) {
-    case draw::RenderMode::Points: return "Points";
-    case draw::RenderMode::Wires: return "Wires";
-    case draw::RenderMode::PointsAndWires: return "Points & Wires";
-    case draw::RenderMode::Solid: return "Solid";
-    case draw::RenderMode::SolidAndWires: return "Solid & Wires";
+    case draw::RenderMode::Points:
+        return "Points";
+    case draw::RenderMode::Wires:
+        return "Wires";
+    case draw::RenderMode::PointsAndWires:
+        return "Points & Wires";
+    case draw::RenderMode::Solid:
+        return "Solid";
+    case draw::RenderMode::SolidAndWires:
+        return "Solid & Wires";
     }
     return "?";
 }
@@ -355,9 +362,10 @@ void BuildContentTiles(Gallery& gallery, const std::string& scratch)
         style->albedoTexture = renderer->GetAlbedoTexture();
         tile.scene->AddInstance(renderer, style);
     }
-    const std::pair<int, const char*> skeletonModes[] = {{draw::SkeletonRenderMode::Octahedron, "Skeleton - Octahedron"},
-                                                         {draw::SkeletonRenderMode::WiredOctahedron, "Skeleton - Wired Octahedron"},
-                                                         {draw::SkeletonRenderMode::Stickman, "Skeleton - Stickman"}};
+    const std::pair<int, const char*> skeletonModes[] = {
+        {draw::SkeletonRenderMode::Octahedron, "Skeleton - Octahedron"},
+        {draw::SkeletonRenderMode::WiredOctahedron, "Skeleton - Wired Octahedron"},
+        {draw::SkeletonRenderMode::Stickman, "Skeleton - Stickman"}};
     for (const auto& [mode, caption] : skeletonModes) {
         Tile& tile = gallery.AddTile(caption);
         tesk::Skeleton skeleton;
@@ -417,7 +425,8 @@ std::shared_ptr<draw::Scene> BuildTiles(Gallery& gallery)
     for (int shape = 0; shape < draw::kGeometryCount; ++shape) {
         const auto name = static_cast<draw::GeometryName>(shape);
         for (int mode : modes)
-            gallery.AddShape(name, mode, std::string(draw::GetGeometryCaption(name)) + " - " + ModeCaption(mode));
+            gallery.AddShape(name, mode,
+                             std::string(draw::GetGeometryCaption(name)) + " - " + ModeCaption(mode));
     }
 
     gallery.AddShape(draw::GeometryName::Sphere, draw::RenderMode::Solid, "Normals colour",
@@ -515,8 +524,9 @@ int main(int argc, char** argv)
     params.caption = "vexa-draw-gallery";
     auto window = plor::Window::Create(params);
     if (!window) {
-        std::fprintf(stderr, "vexa-draw-gallery: no OpenGL window could be opened; without a display run it as\n"
-                             "  xvfb-run -a -s \"-screen 0 1920x1200x24\" vexa-draw-gallery --out gallery.png\n");
+        std::fprintf(stderr,
+                     "vexa-draw-gallery: no OpenGL window could be opened; without a display run it as\n"
+                     "  xvfb-run -a -s \"-screen 0 1920x1200x24\" vexa-draw-gallery --out gallery.png\n");
         return 1;
     }
     window->MakeContextCurrent();

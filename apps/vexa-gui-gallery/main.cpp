@@ -89,8 +89,13 @@ void FillRows(vexa::GuiGenerator& gen, Settings& s, bool showAdvanced)
     gen.AddLabel("Shown while \"Advanced options\" is ticked");
     gen.AddCheckbox("Metallic")->SetLink(&s.metallic);
     gen.AddDroplist("Color map")
-        ->AddItems({{"Gray scale", 5}, {"Rainbow", 0}, {"Blue To Red", 2}, {"Red To Green", 3}, {"Thermal", 1},
-                    {"Colorful", 6}, {"Scattered", 4}})
+        ->AddItems({{"Gray scale", 5},
+                    {"Rainbow", 0},
+                    {"Blue To Red", 2},
+                    {"Red To Green", 3},
+                    {"Thermal", 1},
+                    {"Colorful", 6},
+                    {"Scattered", 4}})
         ->SetLink(&s.colorMap);
     gen.PanelEnd();
     gen.AddLabel("Hidden while \"Advanced options\" is ticked")
@@ -99,7 +104,8 @@ void FillRows(vexa::GuiGenerator& gen, Settings& s, bool showAdvanced)
     gen.AddLabel("Channels");
     auto* channels = gen.AddCheckboxList();
     const char* names[] = {"Red", "Green", "Blue", "Alpha"};
-    const tesk::Color3f colors[] = {{0.9f, 0.25f, 0.25f}, {0.3f, 0.8f, 0.35f}, {0.3f, 0.5f, 0.95f}, {0.8f, 0.8f, 0.8f}};
+    const tesk::Color3f colors[] = {
+        {0.9f, 0.25f, 0.25f}, {0.3f, 0.8f, 0.35f}, {0.3f, 0.5f, 0.95f}, {0.8f, 0.8f, 0.8f}};
     for (int i = 0; i < 4; ++i) {
         const auto id = channels->AddItem(names[i], i != 3);
         channels->SetItemColor(id, colors[i]);
@@ -139,8 +145,9 @@ int main(int argc, char** argv)
     params.caption = "vexa-gui-gallery";
     auto window = plor::Window::Create(params);
     if (!window) {
-        std::fprintf(stderr, "vexa-gui-gallery: no OpenGL window could be opened; without a display run it as\n"
-                             "  xvfb-run -a vexa-gui-gallery --out gui.png\n");
+        std::fprintf(stderr,
+                     "vexa-gui-gallery: no OpenGL window could be opened; without a display run it as\n"
+                     "  xvfb-run -a vexa-gui-gallery --out gui.png\n");
         return 1;
     }
     window->MakeContextCurrent();
@@ -153,7 +160,8 @@ int main(int argc, char** argv)
     gui.NotifyDisplaySizeChanged(kWidth, kHeight);
 
     // A backdrop like the 3D view behind a sidebar.
-    CEGUI::Window* backdrop = CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/ColorRect", "backdrop");
+    CEGUI::Window* backdrop =
+        CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/ColorRect", "backdrop");
     backdrop->setProperty("Colour", "FF3D3D3D");
     nubo::SetSize(backdrop, 1.0f, 0.0f, 1.0f, 0.0f);
     backdrop->setMousePassThroughEnabled(true);

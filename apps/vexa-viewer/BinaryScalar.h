@@ -10,7 +10,18 @@
 namespace vexa::viewer {
 
 /// Ordered by kind, then size (1, 2, 4, 8 bytes), so a kind plus log2(size) names a type.
-enum class Scalar : std::uint8_t { Int8, Int16, Int32, Int64, UInt8, UInt16, UInt32, UInt64, Float32, Float64 };
+enum class Scalar : std::uint8_t {
+    Int8,
+    Int16,
+    Int32,
+    Int64,
+    UInt8,
+    UInt16,
+    UInt32,
+    UInt64,
+    Float32,
+    Float64
+};
 
 /// Calls `visit.template operator()<T>()` with the C++ type of `type`.
 template <class Visit>

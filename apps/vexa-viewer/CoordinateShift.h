@@ -27,7 +27,8 @@ public:
     {
         if (!decided_)
             Decide(x, y, z);
-        return {static_cast<float>(x - offset_.x), static_cast<float>(y - offset_.y), static_cast<float>(z - offset_.z)};
+        return {static_cast<float>(x - offset_.x), static_cast<float>(y - offset_.y),
+                static_cast<float>(z - offset_.z)};
     }
 
     /// Whether any point needs a shift at all, for readers with a faster float-only path:

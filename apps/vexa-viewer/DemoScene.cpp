@@ -37,17 +37,18 @@ tesk::PointCloud MakeTerrain(std::size_t side)
     std::vector<float> height(count);
     std::vector<float> slope(count);
     const float step = 4.0f / static_cast<float>(side - 1);
-    for (std::size_t row = 0; row < side; ++row)
-    {
-        for (std::size_t column = 0; column < side; ++column)
-        {
+    for (std::size_t row = 0; row < side; ++row) {
+        for (std::size_t column = 0; column < side; ++column) {
             const std::size_t i = row * side + column;
             const float x = -2.0f + static_cast<float>(column) * step;
             const float z = -2.0f + static_cast<float>(row) * step;
-            const float y = 0.22f * std::sin(1.7f * x) * std::cos(1.3f * z) + 0.06f * std::sin(4.0f * x + 3.0f * z);
+            const float y =
+                0.22f * std::sin(1.7f * x) * std::cos(1.3f * z) + 0.06f * std::sin(4.0f * x + 3.0f * z);
             // Partial derivatives of y, for the normal and the slope.
-            const float dx = 0.22f * 1.7f * std::cos(1.7f * x) * std::cos(1.3f * z) + 0.06f * 4.0f * std::cos(4.0f * x + 3.0f * z);
-            const float dz = -0.22f * 1.3f * std::sin(1.7f * x) * std::sin(1.3f * z) + 0.06f * 3.0f * std::cos(4.0f * x + 3.0f * z);
+            const float dx = 0.22f * 1.7f * std::cos(1.7f * x) * std::cos(1.3f * z) +
+                             0.06f * 4.0f * std::cos(4.0f * x + 3.0f * z);
+            const float dz = -0.22f * 1.3f * std::sin(1.7f * x) * std::sin(1.3f * z) +
+                             0.06f * 3.0f * std::cos(4.0f * x + 3.0f * z);
             positions[i] = {x, y, z};
             normals[i] = glm::normalize(glm::vec3(-dx, 1.0f, -dz));
             height[i] = y;
@@ -74,8 +75,7 @@ tesk::PointCloud MakeSpiral(std::size_t count, float twist)
         seed = seed * 1664525u + 1013904223u;
         return static_cast<float>(seed >> 8) / 16777216.0f;
     };
-    for (std::size_t i = 0; i < count; ++i)
-    {
+    for (std::size_t i = 0; i < count; ++i) {
         const float t = static_cast<float>(i) / static_cast<float>(std::max<std::size_t>(count, 1));
         const std::size_t arm = i % 2;
         const float r = 0.1f + 1.3f * std::sqrt(t);
@@ -85,7 +85,8 @@ tesk::PointCloud MakeSpiral(std::size_t count, float twist)
         const float jitterR = (random() - 0.5f) * spread;
         const float jitterA = (random() - 0.5f) * spread;
         const float jitterY = (random() - 0.5f) * 0.12f * (1.6f - r);
-        positions[i] = {(r + jitterR) * std::cos(angle + jitterA), 1.1f + jitterY, (r + jitterR) * std::sin(angle + jitterA)};
+        positions[i] = {(r + jitterR) * std::cos(angle + jitterA), 1.1f + jitterY,
+                        (r + jitterR) * std::sin(angle + jitterA)};
         rainbow[i] = Hue(std::fmod(t * 0.9f, 1.0f));
         arms[i] = armColors[arm];
         radius[i] = r;
@@ -114,16 +115,14 @@ tesk::Mesh MakeKnot(std::size_t segments, std::size_t sides)
     positions.reserve(segments * sides);
     along.reserve(segments * sides);
     depth.reserve(segments * sides);
-    for (std::size_t i = 0; i < segments; ++i)
-    {
+    for (std::size_t i = 0; i < segments; ++i) {
         const float t = twoPi * static_cast<float>(i) / static_cast<float>(segments);
         const glm::vec3 centre = curve(t);
         const glm::vec3 tangent = glm::normalize(curve(t + 1e-3f) - curve(t - 1e-3f));
         // A frame around the tangent that does not twist much: built from the up axis.
         const glm::vec3 side = glm::normalize(glm::cross(tangent, glm::vec3(0.0f, 1.0f, 0.0f)));
         const glm::vec3 up = glm::cross(side, tangent);
-        for (std::size_t j = 0; j < sides; ++j)
-        {
+        for (std::size_t j = 0; j < sides; ++j) {
             const float a = twoPi * static_cast<float>(j) / static_cast<float>(sides);
             const glm::vec3 offset = tube * (std::cos(a) * side + std::sin(a) * up);
             positions.push_back(centre + offset);
@@ -133,11 +132,9 @@ tesk::Mesh MakeKnot(std::size_t segments, std::size_t sides)
     }
     std::vector<glm::uvec3> faces;
     faces.reserve(2 * segments * sides);
-    for (std::size_t i = 0; i < segments; ++i)
-    {
+    for (std::size_t i = 0; i < segments; ++i) {
         const std::size_t next = (i + 1) % segments;
-        for (std::size_t j = 0; j < sides; ++j)
-        {
+        for (std::size_t j = 0; j < sides; ++j) {
             const std::size_t k = (j + 1) % sides;
             const auto a = static_cast<std::uint32_t>(i * sides + j);
             const auto b = static_cast<std::uint32_t>(next * sides + j);
@@ -180,18 +177,17 @@ float BowlRange(const BowlCamera& camera, std::size_t side, std::size_t row, std
     const glm::vec3 ray = BowlRay(camera, side, row, column);
     const auto below = [&](float t) {
         const glm::vec3 p = camera.eye + t * ray;
-        const float bowl = 0.35f * (p.x * p.x + p.z * p.z) + 0.04f * std::sin(9.0f * p.x) * std::cos(7.0f * p.z) - 0.3f;
+        const float bowl =
+            0.35f * (p.x * p.x + p.z * p.z) + 0.04f * std::sin(9.0f * p.x) * std::cos(7.0f * p.z) - 0.3f;
         return p.y <= bowl && p.x * p.x + p.z * p.z < 0.81f;
     };
     // March to the surface y = bowl(x, z), then narrow the step down so that the range is
     // smooth; the pixels that miss it see nothing.
-    for (float t = 0.01f; t < 4.0f; t += 0.01f)
-    {
+    for (float t = 0.01f; t < 4.0f; t += 0.01f) {
         if (!below(t))
             continue;
         float outside = t - 0.01f;
-        for (int i = 0; i < 12; ++i)
-        {
+        for (int i = 0; i < 12; ++i) {
             const float middle = 0.5f * (outside + t);
             (below(middle) ? t : outside) = middle;
         }
@@ -221,10 +217,8 @@ tesk::Scan MakeBowlScan(std::size_t side)
     std::vector<glm::vec3> points;
     std::vector<tesk::Color3f> colors;
     std::vector<float> range;
-    for (std::size_t row = 0; row < side; ++row)
-    {
-        for (std::size_t column = 0; column < side; ++column)
-        {
+    for (std::size_t row = 0; row < side; ++row) {
+        for (std::size_t column = 0; column < side; ++column) {
             const float t = ranges[row * side + column];
             if (t < 0.0f)
                 continue;
@@ -258,9 +252,9 @@ Walker MakeWalker()
     const int neck = body.AddJoint("neck", spine, {0.0f, 0.2f, 0.0f});
     body.AddJoint("head", neck, {0.0f, 0.08f, 0.0f});
     // Limbs in pairs, left (+X) first: shoulder, elbow, hand; hip, knee, foot.
-    for (const float side : {1.0f, -1.0f})
-    {
-        const int shoulder = body.AddJoint(side > 0 ? "l_shoulder" : "r_shoulder", spine, {0.1f * side, 0.18f, 0.0f});
+    for (const float side : {1.0f, -1.0f}) {
+        const int shoulder =
+            body.AddJoint(side > 0 ? "l_shoulder" : "r_shoulder", spine, {0.1f * side, 0.18f, 0.0f});
         const int elbow = body.AddJoint(side > 0 ? "l_elbow" : "r_elbow", shoulder, {0.0f, -0.14f, 0.0f});
         body.AddJoint(side > 0 ? "l_hand" : "r_hand", elbow, {0.0f, -0.13f, 0.0f});
         const int hip = body.AddJoint(side > 0 ? "l_hip" : "r_hip", hips, {0.06f * side, -0.02f, 0.0f});
@@ -274,21 +268,20 @@ Walker MakeWalker()
     constexpr int kKeys = 96;
     constexpr float kLap = 8.0f;
     walker.action.SetName("Walk round");
-    for (int k = 0; k <= kKeys; ++k)
-    {
+    for (int k = 0; k <= kKeys; ++k) {
         const float time = kLap * static_cast<float>(k) / kKeys;
         const float around = glm::two_pi<float>() * time / kLap;
         const float stride = std::sin(glm::two_pi<float>() * time);
         tesk::SkeletonPose pose = body.GetRestPose();
         const glm::vec3 heading(-std::sin(around), 0.0f, std::cos(around));
-        pose.SetJoint(static_cast<std::size_t>(hips), {std::cos(around), -0.03f + 0.015f * std::abs(stride), std::sin(around)},
+        pose.SetJoint(static_cast<std::size_t>(hips),
+                      {std::cos(around), -0.03f + 0.015f * std::abs(stride), std::sin(around)},
                       glm::angleAxis(std::atan2(heading.x, heading.z), glm::vec3(0.0f, 1.0f, 0.0f)));
         const auto bend = [&](const std::string& name, float angle) {
             const auto joint = static_cast<std::size_t>(body.FindJoint(name));
             pose.SetJoint(joint, body.GetJoint(joint)->restTranslation, glm::angleAxis(angle, pitch));
         };
-        for (const float side : {1.0f, -1.0f})
-        {
+        for (const float side : {1.0f, -1.0f}) {
             // A leg swings forward under a negative pitch; the arm on its side swings back.
             const std::string prefix = side > 0.0f ? "l_" : "r_";
             const float swing = side * stride;
@@ -305,24 +298,23 @@ tesk::Image MakeRangePicture(std::span<const float> ranges, std::size_t side)
 {
     float nearest = std::numeric_limits<float>::max(), farthest = 0.0f;
     for (const float t : ranges)
-        if (t >= 0.0f)
-        {
+        if (t >= 0.0f) {
             nearest = std::min(nearest, t);
             farthest = std::max(farthest, t);
         }
     std::vector<std::uint8_t> pixels(side * side * 3, 24);
-    for (std::size_t i = 0; i < side * side && i < ranges.size(); ++i)
-    {
+    for (std::size_t i = 0; i < side * side && i < ranges.size(); ++i) {
         if (ranges[i] < 0.0f)
             continue;
         // Dimmed, so that the profile drawn over it stands out.
-        const tesk::Color3f c = tesk::MapValueToColor((ranges[i] - nearest) / std::max(farthest - nearest, 1e-6f),
-                                                      tesk::ColorMap::Thermal);
+        const tesk::Color3f c = tesk::MapValueToColor(
+            (ranges[i] - nearest) / std::max(farthest - nearest, 1e-6f), tesk::ColorMap::Thermal);
         pixels[3 * i] = static_cast<std::uint8_t>(150.0f * c.r);
         pixels[3 * i + 1] = static_cast<std::uint8_t>(150.0f * c.g);
         pixels[3 * i + 2] = static_cast<std::uint8_t>(150.0f * c.b);
     }
-    return tesk::Image(static_cast<std::uint32_t>(side), static_cast<std::uint32_t>(side), 3, std::move(pixels));
+    return tesk::Image(static_cast<std::uint32_t>(side), static_cast<std::uint32_t>(side), 3,
+                       std::move(pixels));
 }
 
 namespace {
@@ -353,24 +345,27 @@ void DemoScene::Show()
 {
     using modules::PointCloudGadget;
     controls_ = std::make_shared<modules::GuiResource>("Demo/Controls");
-    if (controls_->Setup(kControlsLayout))
-    {
+    if (controls_->Setup(kControlsLayout)) {
         controls_->GetWindow("Twist")->setText("Spiral twist: " + std::to_string(static_cast<int>(twist_)));
-        controls_->GetWindow("TwistMore")->subscribeEvent(CEGUI::PushButton::EventClicked, [this](const CEGUI::EventArgs&) {
-            twist_ = twist_ >= 11.0f ? 2.0f : twist_ + 3.0f;
-            controls_->GetWindow("Twist")->setText("Spiral twist: " + std::to_string(static_cast<int>(twist_)));
-            ShowSpiral();
-            return true;
-        });
+        controls_->GetWindow("TwistMore")
+            ->subscribeEvent(CEGUI::PushButton::EventClicked, [this](const CEGUI::EventArgs&) {
+                twist_ = twist_ >= 11.0f ? 2.0f : twist_ + 3.0f;
+                controls_->GetWindow("Twist")->setText("Spiral twist: " +
+                                                       std::to_string(static_cast<int>(twist_)));
+                ShowSpiral();
+                return true;
+            });
         AddResource(controls_);
     }
     auto terrain = std::make_shared<modules::PointCloudResource>("Demo/Terrain", MakeTerrain(360));
-    terrain->SetPreferredColorSource(PointCloudGadget::DataMapping, 0, static_cast<int>(tesk::ColorMap::Rainbow));
+    terrain->SetPreferredColorSource(PointCloudGadget::DataMapping, 0,
+                                     static_cast<int>(tesk::ColorMap::Rainbow));
     AddResource(terrain);
     ShowSpiral();
 
     auto knot = std::make_shared<modules::MeshResource>("Demo/Knot", MakeKnot(480, 32));
-    knot->SetPreferredColorSource(modules::MeshGadget::FloatDataMapping, 0, static_cast<int>(tesk::ColorMap::Rainbow));
+    knot->SetPreferredColorSource(modules::MeshGadget::FloatDataMapping, 0,
+                                  static_cast<int>(tesk::ColorMap::Rainbow));
     AddResource(knot);
     const Walker walker = MakeWalker();
     modules::AddSkeleton("Demo/Walker", walker.skeleton, walker.action);
@@ -403,8 +398,7 @@ void DemoScene::Step()
     if (profile_ == nullptr || now < nextProfile_)
         return;
     nextProfile_ = now + std::chrono::milliseconds(100);
-    for (std::size_t tries = 0; tries < kRangeSide; ++tries)
-    {
+    for (std::size_t tries = 0; tries < kRangeSide; ++tries) {
         row_ = (row_ + 4) % kRangeSide;
         profilePoints_.clear();
         for (std::size_t column = 0; column < kRangeSide; ++column)

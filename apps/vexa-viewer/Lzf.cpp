@@ -29,7 +29,8 @@ bool LzfDecompress(std::span<const unsigned char> input, std::span<unsigned char
         if (control < 32) {
             const std::size_t length = control + 1;
             if (length > inSize - ip)
-                return fail(start, "a literal run of " + std::to_string(length) + " bytes runs past the end of the data");
+                return fail(start, "a literal run of " + std::to_string(length) +
+                                       " bytes runs past the end of the data");
             if (length > outSize - op)
                 return fail(start, "the data unpacks to more than " + std::to_string(outSize) + " bytes");
             std::memcpy(out + op, in + ip, length);
@@ -63,7 +64,8 @@ bool LzfDecompress(std::span<const unsigned char> input, std::span<unsigned char
         op += length;
     }
     if (op != outSize)
-        return fail(ip, "the data ends after " + std::to_string(op) + " of " + std::to_string(outSize) + " bytes");
+        return fail(ip, "the data ends after " + std::to_string(op) + " of " + std::to_string(outSize) +
+                            " bytes");
     return true;
 }
 

@@ -18,6 +18,7 @@ struct LzfProblem {
 
 /// Decodes all of `input` into `output`, which must come out filled exactly: a stream that
 /// ends early, runs past the end of `output` or refers to bytes before its start fails.
-bool LzfDecompress(std::span<const unsigned char> input, std::span<unsigned char> output, LzfProblem& problem);
+bool LzfDecompress(std::span<const unsigned char> input, std::span<unsigned char> output,
+                   LzfProblem& problem);
 
 } // namespace vexa::viewer

@@ -70,7 +70,8 @@ public:
     void Triangle(std::uint64_t a, std::uint64_t b, std::uint64_t c, std::uint64_t number)
     {
         if (a < vertexCount_ && b < vertexCount_ && c < vertexCount_) {
-            faces_.push_back({static_cast<std::uint32_t>(a), static_cast<std::uint32_t>(b), static_cast<std::uint32_t>(c)});
+            faces_.push_back({static_cast<std::uint32_t>(a), static_cast<std::uint32_t>(b),
+                              static_cast<std::uint32_t>(c)});
         } else if (dropped_++ == 0) {
             firstDropped_ = number;
         }
@@ -86,8 +87,8 @@ public:
         if (dropped_ == 0)
             return {};
         return "skipped " + std::to_string(dropped_) + " " + std::string(what) + (dropped_ == 1 ? "" : "s") +
-               " that refer to missing vertices (first: " + std::string(what) + " " + std::to_string(firstDropped_) +
-               " of the file; " + std::to_string(vertexCount_) + " vertices)";
+               " that refer to missing vertices (first: " + std::string(what) + " " +
+               std::to_string(firstDropped_) + " of the file; " + std::to_string(vertexCount_) + " vertices)";
     }
 
 private:

@@ -26,9 +26,9 @@ struct Entry {
 };
 
 constexpr Entry Entries[] = {
-    {".ply", Kind::Ply},    {".obj", Kind::Obj},    {".stl", Kind::Stl},       {".off", Kind::Off},
-    {".pcd", Kind::Pcd},    {".xyz", Kind::Text},   {".xyzn", Kind::Text},     {".xyzrgb", Kind::Text},
-    {".pts", Kind::Text},   {".txt", Kind::Text},   {".csv", Kind::Text},      {".asc", Kind::Text},
+    {".ply", Kind::Ply},  {".obj", Kind::Obj},  {".stl", Kind::Stl},   {".off", Kind::Off},
+    {".pcd", Kind::Pcd},  {".xyz", Kind::Text}, {".xyzn", Kind::Text}, {".xyzrgb", Kind::Text},
+    {".pts", Kind::Text}, {".txt", Kind::Text}, {".csv", Kind::Text},  {".asc", Kind::Text},
 };
 
 Kind KindOf(const std::string& path)
@@ -93,13 +93,15 @@ bool ReadModelFile(const std::string& path, tesk::Mesh& model, std::string& erro
     case Kind::Off:
         return ReadOff(path, model, error);
     case Kind::Pcd:
-        return ReadCloud(path, model, error, [](const std::string& p, tesk::PointCloud& cloud, std::string& e) {
-            return ReadPcd(p, cloud, e);
-        });
+        return ReadCloud(path, model, error,
+                         [](const std::string& p, tesk::PointCloud& cloud, std::string& e) {
+                             return ReadPcd(p, cloud, e);
+                         });
     case Kind::Text:
-        return ReadCloud(path, model, error, [](const std::string& p, tesk::PointCloud& cloud, std::string& e) {
-            return ReadTextCloud(p, cloud, e);
-        });
+        return ReadCloud(path, model, error,
+                         [](const std::string& p, tesk::PointCloud& cloud, std::string& e) {
+                             return ReadTextCloud(p, cloud, e);
+                         });
     case Kind::Unknown:
         break;
     }

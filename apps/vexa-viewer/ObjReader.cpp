@@ -51,7 +51,8 @@ struct Corner {
 struct CornerHash {
     std::size_t operator()(const Corner& c) const
     {
-        std::uint64_t h = (static_cast<std::uint64_t>(c.v) << 32) ^ (static_cast<std::uint64_t>(c.vt) << 16) ^ c.vn;
+        std::uint64_t h =
+            (static_cast<std::uint64_t>(c.v) << 32) ^ (static_cast<std::uint64_t>(c.vt) << 16) ^ c.vn;
         h ^= h >> 33;
         h *= 0xff51afd7ed558ccdULL;
         h ^= h >> 33;
@@ -107,7 +108,8 @@ public:
         if (keyword == "vt") {
             if (!Numbers(number, 1, 3, message))
                 return false;
-            data_.uvs.emplace_back(static_cast<float>(values_[0]), values_.size() > 1 ? static_cast<float>(values_[1]) : 0.0f);
+            data_.uvs.emplace_back(static_cast<float>(values_[0]),
+                                   values_.size() > 1 ? static_cast<float>(values_[1]) : 0.0f);
             return true;
         }
         if (keyword == "vn") {
@@ -153,7 +155,8 @@ private:
         const std::size_t count = tokens_.size() - 1;
         if (count < minimum || count > maximum) {
             message = At(number) + "expected " +
-                      (minimum == maximum ? std::to_string(minimum) : std::to_string(minimum) + " to " + std::to_string(maximum)) +
+                      (minimum == maximum ? std::to_string(minimum)
+                                          : std::to_string(minimum) + " to " + std::to_string(maximum)) +
                       " numbers after " + Quoted(tokens_[0]) + ", found " + std::to_string(count);
             return false;
         }
@@ -199,7 +202,8 @@ private:
             std::size_t start = 0;
             while (partCount < 3) {
                 const std::size_t slash = token.find('/', start);
-                parts[partCount++] = token.substr(start, slash == std::string_view::npos ? std::string_view::npos : slash - start);
+                parts[partCount++] = token.substr(
+                    start, slash == std::string_view::npos ? std::string_view::npos : slash - start);
                 if (slash == std::string_view::npos)
                     break;
                 start = slash + 1;
@@ -221,7 +225,8 @@ private:
                     missing = true;
                     break;
                 case IndexResult::Zero:
-                    message = At(number) + "index 0 in face corner " + Quoted(token) + " (indices start at 1)";
+                    message =
+                        At(number) + "index 0 in face corner " + Quoted(token) + " (indices start at 1)";
                     return false;
                 case IndexResult::Bad:
                     message = At(number) + "bad face corner " + Quoted(token);
@@ -374,7 +379,8 @@ std::string TextureName(std::string_view line, const std::vector<std::string_vie
     if (t >= tokens.size())
         return {};
     const std::size_t start = static_cast<std::size_t>(tokens[t].data() - line.data());
-    const std::size_t end = static_cast<std::size_t>(tokens.back().data() - line.data()) + tokens.back().size();
+    const std::size_t end =
+        static_cast<std::size_t>(tokens.back().data() - line.data()) + tokens.back().size();
     std::string name(line.substr(start, end - start));
     std::replace(name.begin(), name.end(), '\\', '/');
     return name;
@@ -388,7 +394,8 @@ float Strongest(double r, double g, double b)
 
 /// Reads every material of one library into `materials`; returns a warning for what it
 /// could not read, empty when all went well.
-std::string ReadLibrary(const std::filesystem::path& file, std::map<std::string, tesk::MaterialModel>& materials)
+std::string ReadLibrary(const std::filesystem::path& file,
+                        std::map<std::string, tesk::MaterialModel>& materials)
 {
     FileBytes bytes;
     std::string error;
@@ -424,7 +431,8 @@ std::string ReadLibrary(const std::filesystem::path& file, std::map<std::string,
         bool ok = true;
         if (keyword == "Kd") {
             if ((ok = numbers(3)))
-                current->SetAlbedo(tesk::Color3f(static_cast<float>(v[0]), static_cast<float>(v[1]), static_cast<float>(v[2])));
+                current->SetAlbedo(tesk::Color3f(static_cast<float>(v[0]), static_cast<float>(v[1]),
+                                                 static_cast<float>(v[2])));
         } else if (keyword == "Ks") {
             if ((ok = numbers(3)))
                 current->SetSpecular(Strongest(v[0], v[1], v[2]));
@@ -447,12 +455,14 @@ std::string ReadLibrary(const std::filesystem::path& file, std::map<std::string,
             badLine = cursor.LineNumber();
     }
     if (badLine != 0)
-        return DisplayName(file.string()) + ": line " + std::to_string(badLine) + ": statement not understood, skipped";
+        return DisplayName(file.string()) + ": line " + std::to_string(badLine) +
+               ": statement not understood, skipped";
     return {};
 }
 
 /// The material of the first usemtl, or the only one in the libraries.
-void ReadMaterial(const ObjData& data, const std::string& folder, tesk::Mesh& mesh, std::vector<std::string>& warnings)
+void ReadMaterial(const ObjData& data, const std::string& folder, tesk::Mesh& mesh,
+                  std::vector<std::string>& warnings)
 {
     if (folder.empty() || data.libraries.empty())
         return;
@@ -483,8 +493,8 @@ void ReadMaterial(const ObjData& data, const std::string& folder, tesk::Mesh& me
 
 } // namespace
 
-bool ReadObjFromMemory(std::string_view text, const std::string& name, const std::string& folder, tesk::Mesh& mesh,
-                       std::string& error)
+bool ReadObjFromMemory(std::string_view text, const std::string& name, const std::string& folder,
+                       tesk::Mesh& mesh, std::string& error)
 {
     std::vector<std::string> warnings;
     const bool ok = RunReader(name, Label, error, [&](std::string& message) {
@@ -494,7 +504,8 @@ bool ReadObjFromMemory(std::string_view text, const std::string& name, const std
         if (data.droppedFaces > 0)
             warnings.push_back(name + ": skipped " + std::to_string(data.droppedFaces) + " face" +
                                (data.droppedFaces == 1 ? "" : "s") +
-                               " that refer to missing vertices (first: line " + std::to_string(data.firstDroppedLine) + ")");
+                               " that refer to missing vertices (first: line " +
+                               std::to_string(data.firstDroppedLine) + ")");
         tesk::Mesh result;
         BuildMesh(data, result);
         ReadMaterial(data, folder, result, warnings);

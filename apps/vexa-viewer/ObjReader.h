@@ -21,7 +21,7 @@ bool ReadObj(const std::string& path, tesk::Mesh& mesh, std::string& error);
 
 /// The same for text in memory; `name` starts messages, and material libraries are looked
 /// for in `folder` (none are read when it is empty).
-bool ReadObjFromMemory(std::string_view text, const std::string& name, const std::string& folder, tesk::Mesh& mesh,
-                       std::string& error);
+bool ReadObjFromMemory(std::string_view text, const std::string& name, const std::string& folder,
+                       tesk::Mesh& mesh, std::string& error);
 
 } // namespace vexa::viewer

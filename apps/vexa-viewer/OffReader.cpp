@@ -32,7 +32,8 @@ bool IsIntegerText(std::string_view token)
 {
     if (!token.empty() && (token.front() == '+' || token.front() == '-'))
         token.remove_prefix(1);
-    return !token.empty() && std::all_of(token.begin(), token.end(), [](char c) { return c >= '0' && c <= '9'; });
+    return !token.empty() &&
+           std::all_of(token.begin(), token.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
 /// What the keyword says each vertex line holds besides x y z.
@@ -131,8 +132,8 @@ bool Parse(std::string_view text, tesk::Mesh& mesh, std::string& message, std::s
     // rest of the file can hold at most, so an absurd count fails when the lines run out
     // instead of allocating for it first.
     const std::size_t remaining = text.size() - std::min(text.size(), lines.Position());
-    const std::size_t fits = std::min<std::size_t>(static_cast<std::size_t>(std::min<unsigned long long>(vertexCount, SIZE_MAX)),
-                                                   (remaining + 1) / 6);
+    const std::size_t fits = std::min<std::size_t>(
+        static_cast<std::size_t>(std::min<unsigned long long>(vertexCount, SIZE_MAX)), (remaining + 1) / 6);
     const unsigned long long count = vertexCount;
 
     std::vector<glm::vec3> positions;
@@ -151,16 +152,16 @@ bool Parse(std::string_view text, tesk::Mesh& mesh, std::string& message, std::s
     double values[12];
     for (unsigned long long v = 0; v < count; ++v) {
         if (!lines.Next()) {
-            message = At(lines.Number()) + "file ends after " + std::to_string(v) + " of " + std::to_string(count) +
-                      " vertices";
+            message = At(lines.Number()) + "file ends after " + std::to_string(v) + " of " +
+                      std::to_string(count) + " vertices";
             return false;
         }
         const auto& tokens = lines.tokens;
         const std::size_t colorValues = kind.colors ? tokens.size() - std::min(tokens.size(), fixed) : 0;
         if (tokens.size() < fixed || (kind.colors && colorValues != 3 && colorValues != 4)) {
             message = At(lines.Number()) + "expected " + std::to_string(fixed) +
-                      (kind.colors ? " values and a colour" : " values") + ", found " + std::to_string(tokens.size()) +
-                      " values";
+                      (kind.colors ? " values and a colour" : " values") + ", found " +
+                      std::to_string(tokens.size()) + " values";
             return false;
         }
         // Plain OFF vertices may carry more values than the keyword says; they are ignored.
@@ -174,7 +175,8 @@ bool Parse(std::string_view text, tesk::Mesh& mesh, std::string& message, std::s
         positions.push_back(shift.Apply(values[0], values[1], values[2]));
         std::size_t at = 3;
         if (kind.normals) {
-            normals.emplace_back(glm::vec3(static_cast<float>(values[3]), static_cast<float>(values[4]), static_cast<float>(values[5])));
+            normals.emplace_back(glm::vec3(static_cast<float>(values[3]), static_cast<float>(values[4]),
+                                           static_cast<float>(values[5])));
             at += 3;
         }
         if (kind.colors) {
@@ -186,7 +188,8 @@ bool Parse(std::string_view text, tesk::Mesh& mesh, std::string& message, std::s
                 bytes = bytes || values[i] > 1.0;
             }
             const float divisor = whole && bytes ? 255.0f : 1.0f;
-            colors.emplace_back(static_cast<float>(values[at]) / divisor, static_cast<float>(values[at + 1]) / divisor,
+            colors.emplace_back(static_cast<float>(values[at]) / divisor,
+                                static_cast<float>(values[at + 1]) / divisor,
                                 static_cast<float>(values[at + 2]) / divisor);
             at += colorValues;
         }
@@ -196,13 +199,13 @@ bool Parse(std::string_view text, tesk::Mesh& mesh, std::string& message, std::s
 
     std::vector<glm::uvec3> faces;
     const std::size_t rest = text.size() - std::min(text.size(), lines.Position());
-    faces.reserve(std::min<std::size_t>(static_cast<std::size_t>(std::min<unsigned long long>(faceCount, SIZE_MAX)),
-                                        (rest + 1) / 8));
+    faces.reserve(std::min<std::size_t>(
+        static_cast<std::size_t>(std::min<unsigned long long>(faceCount, SIZE_MAX)), (rest + 1) / 8));
     PolygonFan fan(faces, vertexCount);
     for (std::uint64_t f = 0; f < faceCount; ++f) {
         if (!lines.Next()) {
-            message = At(lines.Number()) + "file ends after " + std::to_string(f) + " of " + std::to_string(faceCount) +
-                      " faces";
+            message = At(lines.Number()) + "file ends after " + std::to_string(f) + " of " +
+                      std::to_string(faceCount) + " faces";
             return false;
         }
         const auto& tokens = lines.tokens;
@@ -212,8 +215,8 @@ bool Parse(std::string_view text, tesk::Mesh& mesh, std::string& message, std::s
             return false;
         }
         if (corners >= tokens.size()) {
-            message = At(lines.Number()) + "the face has " + std::to_string(tokens.size() - 1) + " indices, not " +
-                      std::to_string(corners);
+            message = At(lines.Number()) + "the face has " + std::to_string(tokens.size() - 1) +
+                      " indices, not " + std::to_string(corners);
             return false;
         }
         fan.Begin();
@@ -249,7 +252,8 @@ bool Parse(std::string_view text, tesk::Mesh& mesh, std::string& message, std::s
 bool ReadOffFromMemory(std::string_view text, const std::string& name, tesk::Mesh& mesh, std::string& error)
 {
     std::string warning;
-    const bool ok = RunReader(name, Label, error, [&](std::string& message) { return Parse(text, mesh, message, warning); });
+    const bool ok = RunReader(name, Label, error,
+                              [&](std::string& message) { return Parse(text, mesh, message, warning); });
     if (ok && !warning.empty())
         rlog::Warn(name + ": " + warning, Label);
     return ok;

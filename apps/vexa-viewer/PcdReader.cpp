@@ -34,7 +34,8 @@ constexpr const char* Label = "vexa::viewer::ReadPcd";
 
 // Binary PCD bodies are memory images of the writer's points; every writer in use is little
 // endian, and so are the machines the viewer runs on.
-static_assert(std::endian::native == std::endian::little, "binary PCD data is read in place as little endian");
+static_assert(std::endian::native == std::endian::little,
+              "binary PCD data is read in place as little endian");
 static_assert(sizeof(glm::vec3) == 3 * sizeof(float), "glm::vec3 is three packed floats");
 static_assert(sizeof(tesk::Color3f) == 3 * sizeof(float), "Color3f is three packed floats");
 
@@ -96,10 +97,10 @@ struct PcdHeader {
     std::vector<PcdField> fields;
     std::uint64_t points = 0;
     DataForm form = DataForm::Ascii;
-    std::size_t recordSize = 0;  // bytes of one point in binary form
-    std::size_t lineValues = 0;  // values of one point in ascii form
-    std::size_t bodyOffset = 0;  // first byte after the DATA line
-    std::size_t dataLine = 0;    // number of the DATA line
+    std::size_t recordSize = 0; // bytes of one point in binary form
+    std::size_t lineValues = 0; // values of one point in ascii form
+    std::size_t bodyOffset = 0; // first byte after the DATA line
+    std::size_t dataLine = 0;   // number of the DATA line
     std::size_t fieldsLine = 0;
 };
 
@@ -109,7 +110,8 @@ struct Entry {
     std::size_t line = 0;
 };
 
-bool ParseHeaderCount(const Entry& entry, std::string_view keyword, std::uint64_t& value, std::string& message)
+bool ParseHeaderCount(const Entry& entry, std::string_view keyword, std::uint64_t& value,
+                      std::string& message)
 {
     unsigned long long parsed = 0;
     if (entry.values.size() != 1 || !ParseCount(entry.values[0], parsed)) {
@@ -130,8 +132,8 @@ bool MatchesFields(const Entry& entry, std::string_view keyword, std::size_t fie
     return false;
 }
 
-bool BuildFields(const Entry& names, const Entry& sizes, const Entry& types, const Entry& counts, PcdHeader& header,
-                 std::string& message)
+bool BuildFields(const Entry& names, const Entry& sizes, const Entry& types, const Entry& counts,
+                 PcdHeader& header, std::string& message)
 {
     const std::size_t n = names.values.size();
     if (!MatchesFields(sizes, "SIZE", n, message) || !MatchesFields(types, "TYPE", n, message))
@@ -149,19 +151,21 @@ bool BuildFields(const Entry& names, const Entry& sizes, const Entry& types, con
         field.name = std::string(names.values[i]);
         unsigned long long size = 0;
         if (!ParseCount(sizes.values[i], size) || size > 8) {
-            message = At(sizes.line) + "bad SIZE " + Quoted(sizes.values[i]) + " for field " + Quoted(field.name);
+            message =
+                At(sizes.line) + "bad SIZE " + Quoted(sizes.values[i]) + " for field " + Quoted(field.name);
             return false;
         }
         const std::string_view type = types.values[i];
         const std::optional<Scalar> scalar = type.size() == 1 ? ScalarOf(type[0], size) : std::nullopt;
         if (!scalar) {
-            message = At(types.line) + "field " + Quoted(field.name) + " has TYPE " + Quoted(type) + " and SIZE " +
-                      std::to_string(size) + "; expected F (4 or 8), I or U (1, 2, 4 or 8)";
+            message = At(types.line) + "field " + Quoted(field.name) + " has TYPE " + Quoted(type) +
+                      " and SIZE " + std::to_string(size) + "; expected F (4 or 8), I or U (1, 2, 4 or 8)";
             return false;
         }
         unsigned long long count = 1;
         if (counts.line != 0 && (!ParseCount(counts.values[i], count) || count == 0 || count > MaxRecord)) {
-            message = At(counts.line) + "bad COUNT " + Quoted(counts.values[i]) + " for field " + Quoted(field.name);
+            message = At(counts.line) + "bad COUNT " + Quoted(counts.values[i]) + " for field " +
+                      Quoted(field.name);
             return false;
         }
         field.size = static_cast<std::size_t>(size);
@@ -231,8 +235,9 @@ bool ParseHeader(std::string_view bytes, PcdHeader& header, std::string& message
             // The sensor pose: checked, not applied; points are shown in the frame they were
             // stored in, as the programs that write them show them.
             double ignored = 0.0;
-            if (entry.values.size() != 7 || !std::all_of(entry.values.begin(), entry.values.end(),
-                                                         [&](std::string_view v) { return ParseDouble(v, ignored); })) {
+            if (entry.values.size() != 7 ||
+                !std::all_of(entry.values.begin(), entry.values.end(),
+                             [&](std::string_view v) { return ParseDouble(v, ignored); })) {
                 message = At(number) + "expected 'VIEWPOINT tx ty tz qw qx qy qz'";
                 return false;
             }
@@ -261,7 +266,8 @@ bool ParseHeader(std::string_view bytes, PcdHeader& header, std::string& message
         }
     }
     if (header.dataLine == 0) {
-        message = At(std::max<std::size_t>(cursor.LineNumber(), 1)) + "file ends inside the header (no DATA line)";
+        message =
+            At(std::max<std::size_t>(cursor.LineNumber(), 1)) + "file ends inside the header (no DATA line)";
         return false;
     }
 
@@ -351,7 +357,8 @@ bool MapFields(const PcdHeader& header, Layout& layout, std::string& message)
             index[c] = *i;
         }
         for (std::uint8_t c = 0; c < 3; ++c)
-            layout.roles[index[c]] = {role, c, 0, role == Role::Color ? ColorDivisor(fields[index[c]].scalar) : 1.0f};
+            layout.roles[index[c]] = {role, c, 0,
+                                      role == Role::Color ? ColorDivisor(fields[index[c]].scalar) : 1.0f};
         if (found != nullptr)
             *found = index;
         return true;
@@ -376,10 +383,11 @@ bool MapFields(const PcdHeader& header, Layout& layout, std::string& message)
 
     for (std::size_t i = 0; i < fields.size(); ++i) {
         const PcdField& field = fields[i];
-        if (layout.roles[i].role != Role::Ignore || field.count != 1 || field.name == "_" || field.name == "rgb" ||
-            field.name == "rgba")
+        if (layout.roles[i].role != Role::Ignore || field.count != 1 || field.name == "_" ||
+            field.name == "rgb" || field.name == "rgba")
             continue;
-        if (std::find(layout.extraNames.begin(), layout.extraNames.end(), field.name) != layout.extraNames.end())
+        if (std::find(layout.extraNames.begin(), layout.extraNames.end(), field.name) !=
+            layout.extraNames.end())
             continue;
         layout.roles[i] = {Role::Extra, 0, layout.extraNames.size(), 1.0f};
         layout.extraNames.push_back(field.name);
@@ -475,8 +483,8 @@ void ConvertColumn(const unsigned char* source, std::size_t stride, std::size_t 
         *out = static_cast<float>(Load<T>(source)) / divisor;
 }
 
-void ConvertColumn(Scalar scalar, const unsigned char* source, std::size_t stride, std::size_t count, float* out,
-                   std::size_t outStride, float divisor)
+void ConvertColumn(Scalar scalar, const unsigned char* source, std::size_t stride, std::size_t count,
+                   float* out, std::size_t outStride, float divisor)
 {
     VisitScalar(scalar, [&]<class T>() { ConvertColumn<T>(source, stride, count, out, outStride, divisor); });
 }
@@ -489,16 +497,16 @@ struct Column {
 };
 
 /// Coordinate `c` of point `index` of `columns`, exactly as stored.
-double Coordinate(const PcdHeader& header, const Layout& layout, const std::vector<Column>& columns, std::size_t c,
-                  std::size_t index)
+double Coordinate(const PcdHeader& header, const Layout& layout, const std::vector<Column>& columns,
+                  std::size_t c, std::size_t index)
 {
     const std::size_t f = layout.position[c];
     return LoadScalar(header.fields[f].scalar, columns[f].first + index * columns[f].stride);
 }
 
 /// Lets the first point with three finite coordinates among `count` decide the shift.
-void DecideShift(const PcdHeader& header, const Layout& layout, const std::vector<Column>& columns, std::size_t count,
-                 CoordinateShift& shift)
+void DecideShift(const PcdHeader& header, const Layout& layout, const std::vector<Column>& columns,
+                 std::size_t count, CoordinateShift& shift)
 {
     for (std::size_t i = 0; i < count && !shift.IsDecided(); ++i)
         shift.Decide(Coordinate(header, layout, columns, 0, i), Coordinate(header, layout, columns, 1, i),
@@ -515,12 +523,12 @@ void ConvertPoints(const PcdHeader& header, const Layout& layout, const std::vec
     // The common record starts "x y z" in floats: one 12-byte copy per point instead of three
     // passes over the block.
     const auto& axes = layout.position;
-    const bool packedXyz = !shifting && fields[axes[0]].scalar == Scalar::Float32 &&
-                           fields[axes[1]].scalar == Scalar::Float32 && fields[axes[2]].scalar == Scalar::Float32 &&
-                           columns[axes[0]].stride == columns[axes[1]].stride &&
-                           columns[axes[0]].stride == columns[axes[2]].stride &&
-                           columns[axes[1]].first == columns[axes[0]].first + 4 &&
-                           columns[axes[2]].first == columns[axes[0]].first + 8;
+    const bool packedXyz =
+        !shifting && fields[axes[0]].scalar == Scalar::Float32 && fields[axes[1]].scalar == Scalar::Float32 &&
+        fields[axes[2]].scalar == Scalar::Float32 && columns[axes[0]].stride == columns[axes[1]].stride &&
+        columns[axes[0]].stride == columns[axes[2]].stride &&
+        columns[axes[1]].first == columns[axes[0]].first + 4 &&
+        columns[axes[2]].first == columns[axes[0]].first + 8;
 
     // Block by block, one field after another: the block's records stay in cache and no type
     // test runs per value.
@@ -541,8 +549,8 @@ void ConvertPoints(const PcdHeader& header, const Layout& layout, const std::vec
                         for (std::size_t i = 0; i < n; ++i, source += column.stride)
                             std::memcpy(&arrays.positions[out + i], source, sizeof(glm::vec3));
                 } else if (!shifting)
-                    ConvertColumn(fields[f].scalar, source, column.stride, n, &arrays.positions[out].x + role.component,
-                                  3, 1.0f);
+                    ConvertColumn(fields[f].scalar, source, column.stride, n,
+                                  &arrays.positions[out].x + role.component, 3, 1.0f);
                 break;
             case Role::PackedColor: {
                 tesk::Color3f* colors = arrays.colors.data() + out;
@@ -563,9 +571,9 @@ void ConvertPoints(const PcdHeader& header, const Layout& layout, const std::vec
         }
         if (shifting)
             for (std::size_t i = first; i < first + n; ++i)
-                arrays.positions[target + i] =
-                    shift.Apply(Coordinate(header, layout, columns, 0, i), Coordinate(header, layout, columns, 1, i),
-                                Coordinate(header, layout, columns, 2, i));
+                arrays.positions[target + i] = shift.Apply(Coordinate(header, layout, columns, 0, i),
+                                                           Coordinate(header, layout, columns, 1, i),
+                                                           Coordinate(header, layout, columns, 2, i));
     }
 }
 
@@ -577,8 +585,8 @@ bool BinaryBodyFits(const PcdHeader& header, std::uint64_t fileSize, std::string
     if (header.points <= remaining / record)
         return true;
     const std::uint64_t whole = remaining / record;
-    message = AtByte(static_cast<std::size_t>(header.bodyOffset + whole * record)) + "file ends inside point " +
-              std::to_string(whole + 1) + " of " + std::to_string(header.points);
+    message = AtByte(static_cast<std::size_t>(header.bodyOffset + whole * record)) +
+              "file ends inside point " + std::to_string(whole + 1) + " of " + std::to_string(header.points);
     return false;
 }
 
@@ -599,8 +607,8 @@ bool ReadBinary(std::string_view bytes, const PcdHeader& header, const Layout& l
     return true;
 }
 
-bool ReadCompressed(std::string_view bytes, const PcdHeader& header, const Layout& layout, CoordinateShift& shift,
-                    CloudArrays& arrays, std::string& message)
+bool ReadCompressed(std::string_view bytes, const PcdHeader& header, const Layout& layout,
+                    CoordinateShift& shift, CloudArrays& arrays, std::string& message)
 {
     const std::size_t offset = header.bodyOffset;
     const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
@@ -615,11 +623,13 @@ bool ReadCompressed(std::string_view bytes, const PcdHeader& header, const Layou
 
     // Checked in this order so that nothing is allocated for a size the file cannot back.
     const std::uint64_t expected = header.points * header.recordSize;
-    const bool overflow = header.recordSize != 0 && header.points > std::numeric_limits<std::uint64_t>::max() / header.recordSize;
+    const bool overflow = header.recordSize != 0 &&
+                          header.points > std::numeric_limits<std::uint64_t>::max() / header.recordSize;
     if (overflow || expected != unpackedSize) {
         message = AtByte(offset + 4) + "the compressed data unpacks to " + std::to_string(unpackedSize) +
-                  " bytes, but " + std::to_string(header.points) + " points of " + std::to_string(header.recordSize) +
-                  " bytes need " + (overflow ? std::string("more") : std::to_string(expected));
+                  " bytes, but " + std::to_string(header.points) + " points of " +
+                  std::to_string(header.recordSize) + " bytes need " +
+                  (overflow ? std::string("more") : std::to_string(expected));
         return false;
     }
     if (packedSize > remaining) {
@@ -732,7 +742,8 @@ bool ReadAscii(std::string_view bytes, const PcdHeader& header, const Layout& la
                     *slot = value / role.divisor;
             }
             if (!ok) {
-                message = At(number) + Quoted(token) + " is not a number (field " + Quoted(fields[f].name) + ")";
+                message =
+                    At(number) + Quoted(token) + " is not a number (field " + Quoted(fields[f].name) + ")";
                 return false;
             }
         }
@@ -801,7 +812,8 @@ Streamed StreamBinary(const std::string& path, tesk::PointCloud& cloud, std::str
     PcdHeader header;
     Layout layout;
     std::string ignored;
-    if (!ParseHeader(prefix, header, ignored) || header.form != DataForm::Binary || !MapFields(header, layout, ignored))
+    if (!ParseHeader(prefix, header, ignored) || header.form != DataForm::Binary ||
+        !MapFields(header, layout, ignored))
         return Streamed::NotCovered;
     // The DATA line must end inside the prefix: "DATA binary" could go on as "_compressed".
     if (prefix.size() < size && prefix[header.bodyOffset - 1] != '\n')
@@ -812,14 +824,17 @@ Streamed StreamBinary(const std::string& path, tesk::PointCloud& cloud, std::str
     const std::size_t record = header.recordSize;
     const auto count = static_cast<std::size_t>(header.points);
     const std::size_t chunkPoints = std::max<std::size_t>(1, (std::size_t(4) << 20) / record);
-    const std::unique_ptr<unsigned char[]> chunk = std::make_unique_for_overwrite<unsigned char[]>(chunkPoints * record);
+    const std::unique_ptr<unsigned char[]> chunk =
+        std::make_unique_for_overwrite<unsigned char[]>(chunkPoints * record);
     std::vector<Column> columns;
     for (const PcdField& field : header.fields)
         columns.push_back({chunk.get() + field.offset, record});
     CloudArrays arrays;
     arrays.Allocate(layout, count);
 
-    const auto seekBody = [&]() { return std::fseek(file.get(), static_cast<long>(header.bodyOffset), SEEK_SET) == 0; };
+    const auto seekBody = [&]() {
+        return std::fseek(file.get(), static_cast<long>(header.bodyOffset), SEEK_SET) == 0;
+    };
     const auto readChunk = [&](std::size_t first, std::size_t n) {
         if (std::fread(chunk.get(), record, n, file.get()) == n)
             return true;
@@ -870,7 +885,8 @@ bool Finish(bool ok, const std::string& name, const std::string& message, std::s
 
 } // namespace
 
-bool ReadPcdFromMemory(std::string_view bytes, const std::string& name, tesk::PointCloud& cloud, std::string& error)
+bool ReadPcdFromMemory(std::string_view bytes, const std::string& name, tesk::PointCloud& cloud,
+                       std::string& error)
 {
     std::string message;
     bool ok = false;

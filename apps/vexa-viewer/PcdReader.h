@@ -15,6 +15,7 @@ namespace vexa::viewer {
 bool ReadPcd(const std::string& path, tesk::PointCloud& cloud, std::string& error);
 
 /// The same for a file already in memory; `name` starts the error message.
-bool ReadPcdFromMemory(std::string_view bytes, const std::string& name, tesk::PointCloud& cloud, std::string& error);
+bool ReadPcdFromMemory(std::string_view bytes, const std::string& name, tesk::PointCloud& cloud,
+                       std::string& error);
 
 } // namespace vexa::viewer

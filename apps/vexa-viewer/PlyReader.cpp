@@ -37,11 +37,21 @@ std::optional<Scalar> ScalarFromName(std::string_view name)
         Scalar type;
     };
     static constexpr std::array<Entry, 16> Names = {{
-        {"char", Scalar::Int8},      {"int8", Scalar::Int8},       {"uchar", Scalar::UInt8},
-        {"uint8", Scalar::UInt8},    {"short", Scalar::Int16},     {"int16", Scalar::Int16},
-        {"ushort", Scalar::UInt16},  {"uint16", Scalar::UInt16},   {"int", Scalar::Int32},
-        {"int32", Scalar::Int32},    {"uint", Scalar::UInt32},     {"uint32", Scalar::UInt32},
-        {"float", Scalar::Float32},  {"float32", Scalar::Float32}, {"double", Scalar::Float64},
+        {"char", Scalar::Int8},
+        {"int8", Scalar::Int8},
+        {"uchar", Scalar::UInt8},
+        {"uint8", Scalar::UInt8},
+        {"short", Scalar::Int16},
+        {"int16", Scalar::Int16},
+        {"ushort", Scalar::UInt16},
+        {"uint16", Scalar::UInt16},
+        {"int", Scalar::Int32},
+        {"int32", Scalar::Int32},
+        {"uint", Scalar::UInt32},
+        {"uint32", Scalar::UInt32},
+        {"float", Scalar::Float32},
+        {"float32", Scalar::Float32},
+        {"double", Scalar::Float64},
         {"float64", Scalar::Float64},
     }};
     for (const Entry& entry : Names)
@@ -65,7 +75,8 @@ struct PlyElement {
 
     bool HasLists() const
     {
-        return std::any_of(properties.begin(), properties.end(), [](const PlyProperty& p) { return p.isList; });
+        return std::any_of(properties.begin(), properties.end(),
+                           [](const PlyProperty& p) { return p.isList; });
     }
     /// Bytes of one item when it has no list; the smallest an item can be otherwise.
     std::size_t MinimumItemSize() const
@@ -357,7 +368,8 @@ static_assert(sizeof(glm::vec3) == 3 * sizeof(float), "glm::vec3 is three packed
 static_assert(sizeof(glm::vec2) == 2 * sizeof(float), "glm::vec2 is two packed floats");
 static_assert(sizeof(tesk::Color3f) == 3 * sizeof(float), "Color3f is three packed floats");
 
-void AllocateArrays(const PlyElement& vertex, const VertexLayout& layout, std::size_t count, VertexArrays& arrays)
+void AllocateArrays(const PlyElement& vertex, const VertexLayout& layout, std::size_t count,
+                    VertexArrays& arrays)
 {
     runa::ResizeFresh(arrays.positions, count);
     if (layout.hasNormals)
@@ -478,7 +490,8 @@ std::uint64_t IndexFromDouble(double value)
 class BinaryBody {
 public:
     BinaryBody(std::string_view bytes, std::size_t offset, bool swap)
-        : data_(reinterpret_cast<const unsigned char*>(bytes.data())), size_(bytes.size()), offset_(offset), swap_(swap)
+        : data_(reinterpret_cast<const unsigned char*>(bytes.data())), size_(bytes.size()), offset_(offset),
+          swap_(swap)
     {
     }
 
@@ -511,7 +524,8 @@ public:
     }
 
     /// The first vertex with three finite coordinates decides the shift of the whole file.
-    void DecideShift(const PlyElement& vertex, const std::vector<Target>& targets, CoordinateShift& shift) const
+    void DecideShift(const PlyElement& vertex, const std::vector<Target>& targets,
+                     CoordinateShift& shift) const
     {
         const std::size_t stride = vertex.MinimumItemSize();
         std::array<std::size_t, 3> offsets{};
@@ -528,7 +542,8 @@ public:
             const unsigned char* row = data_ + offset_ + item * stride;
             std::array<double, 3> xyz{};
             for (std::size_t c = 0; c < 3; ++c)
-                xyz[c] = swap_ ? LoadScalar<true>(types[c], row + offsets[c]) : LoadScalar<false>(types[c], row + offsets[c]);
+                xyz[c] = swap_ ? LoadScalar<true>(types[c], row + offsets[c])
+                               : LoadScalar<false>(types[c], row + offsets[c]);
             shift.Decide(xyz[0], xyz[1], xyz[2]);
         }
     }
@@ -550,8 +565,9 @@ public:
         std::optional<std::size_t> packed;
         for (std::size_t p = 0; p + 2 < targets.size(); ++p) {
             const bool xyz = targets[p].axis == 0 && targets[p + 1].axis == 1 && targets[p + 2].axis == 2;
-            if (xyz && !swap_ && targets[p].offset == 0.0 && targets[p + 1].offset == 0.0 && targets[p + 2].offset == 0.0 &&
-                vertex.properties[p].type == Scalar::Float32 && vertex.properties[p + 1].type == Scalar::Float32 &&
+            if (xyz && !swap_ && targets[p].offset == 0.0 && targets[p + 1].offset == 0.0 &&
+                targets[p + 2].offset == 0.0 && vertex.properties[p].type == Scalar::Float32 &&
+                vertex.properties[p + 1].type == Scalar::Float32 &&
                 vertex.properties[p + 2].type == Scalar::Float32)
                 packed = p;
         }
@@ -574,9 +590,11 @@ public:
                 if (targets[p].out == nullptr || (packed && p >= *packed && p < *packed + 3))
                     continue;
                 if (swap_)
-                    ConvertColumn<true>(vertex.properties[p].type, rows + offsets[p], stride, n, targets[p], first);
+                    ConvertColumn<true>(vertex.properties[p].type, rows + offsets[p], stride, n, targets[p],
+                                        first);
                 else
-                    ConvertColumn<false>(vertex.properties[p].type, rows + offsets[p], stride, n, targets[p], first);
+                    ConvertColumn<false>(vertex.properties[p].type, rows + offsets[p], stride, n, targets[p],
+                                         first);
             }
         }
         offset_ += count * stride;
@@ -618,7 +636,8 @@ public:
     }
 
     /// Reads the faces, fanning polygons into triangles.
-    bool ReadFaces(const PlyElement& element, std::size_t indexProperty, PolygonFan& fan, std::string& message)
+    bool ReadFaces(const PlyElement& element, std::size_t indexProperty, PolygonFan& fan,
+                   std::string& message)
     {
         const PlyProperty& list = element.properties[indexProperty];
         if (element.properties.size() == 1 && IsInteger(list.type) && ScalarSize(list.type) == 4) {
@@ -666,8 +685,9 @@ private:
         const PlyProperty& list = element.properties.front();
         const auto corner = [&](const unsigned char* at) -> std::uint64_t {
             // A negative index wraps to a huge one, which the fan refuses like any other.
-            return isSigned ? static_cast<std::uint64_t>(static_cast<std::int64_t>(Load<std::int32_t, Swap>(at)))
-                            : Load<std::uint32_t, Swap>(at);
+            return isSigned
+                       ? static_cast<std::uint64_t>(static_cast<std::int64_t>(Load<std::int32_t, Swap>(at)))
+                       : Load<std::uint32_t, Swap>(at);
         };
         for (std::uint64_t item = 0; item < element.count; ++item) {
             const std::size_t start = offset_;
@@ -777,7 +797,8 @@ bool ReadBinary(std::string_view bytes, const PlyHeader& header, const BodyPlan&
             // Reserved for triangles at most, so zero-length lists cannot claim more than the file.
             const PlyProperty& list = element.properties[plan.faces->indexProperty];
             const std::size_t triangle = minimum + 3 * ScalarSize(list.type);
-            output.faces.reserve(std::min(static_cast<std::size_t>(element.count), body.Remaining() / triangle));
+            output.faces.reserve(
+                std::min(static_cast<std::size_t>(element.count), body.Remaining() / triangle));
             if (!body.ReadFaces(element, plan.faces->indexProperty, fan, message))
                 return false;
             continue;
@@ -790,9 +811,10 @@ bool ReadBinary(std::string_view bytes, const PlyHeader& header, const BodyPlan&
         const std::size_t minimum = vertex.MinimumItemSize();
         if (vertex.count > body.Remaining() / minimum) {
             const std::size_t whole = body.Remaining() / minimum;
-            message = vertex.HasLists() ? "byte " + std::to_string(body.Offset()) + ": file is too short for " +
-                                              std::to_string(vertex.count) + " vertices"
-                                        : body.EndsInside(vertex, whole, body.Offset() + whole * minimum);
+            message = vertex.HasLists()
+                          ? "byte " + std::to_string(body.Offset()) + ": file is too short for " +
+                                std::to_string(vertex.count) + " vertices"
+                          : body.EndsInside(vertex, whole, body.Offset() + whole * minimum);
             return false;
         }
         VertexArrays& arrays = output.arrays;
@@ -861,7 +883,8 @@ public:
         return count < fits ? static_cast<std::size_t>(count) : fits;
     }
 
-    bool ReadVertices(const PlyElement& vertex, const VertexLayout& layout, VertexArrays& arrays, std::string& message)
+    bool ReadVertices(const PlyElement& vertex, const VertexLayout& layout, VertexArrays& arrays,
+                      std::string& message)
     {
         const std::uint64_t count = vertex.count;
         const std::size_t allocated = Fits(count, vertex.properties.size());
@@ -975,8 +998,8 @@ public:
     }
 
 private:
-    bool ParseListLength(const PlyProperty& property, std::size_t t, std::size_t number, unsigned long long& length,
-                         std::string& message) const
+    bool ParseListLength(const PlyProperty& property, std::size_t t, std::size_t number,
+                         unsigned long long& length, std::string& message) const
     {
         if (!ParseCount(tokens_[t], length)) {
             message = At(number) + "bad list length " + Quoted(tokens_[t]);
@@ -1033,7 +1056,8 @@ bool ReadAscii(std::string_view bytes, const PlyHeader& header, const BodyPlan& 
     return true;
 }
 
-bool Parse(std::string_view bytes, bool wantFaces, tesk::Mesh& mesh, std::string& message, std::string& warning)
+bool Parse(std::string_view bytes, bool wantFaces, tesk::Mesh& mesh, std::string& message,
+           std::string& warning)
 {
     PlyHeader header;
     if (!ParseHeader(bytes, header, message))
@@ -1092,7 +1116,8 @@ bool ReadPlyFromMemory(std::string_view bytes, const std::string& name, tesk::Me
     return ParseAndReport(bytes, name, true, mesh, error);
 }
 
-bool ReadPlyFromMemory(std::string_view bytes, const std::string& name, tesk::PointCloud& cloud, std::string& error)
+bool ReadPlyFromMemory(std::string_view bytes, const std::string& name, tesk::PointCloud& cloud,
+                       std::string& error)
 {
     tesk::Mesh mesh;
     if (!ParseAndReport(bytes, name, false, mesh, error))

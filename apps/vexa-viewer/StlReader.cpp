@@ -106,7 +106,8 @@ bool ReadBinary(std::string_view bytes, tesk::Mesh& mesh, std::string& message)
 {
     const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
     if (bytes.size() < HeaderSize) {
-        message = "byte 0: too short for a binary STL (" + std::to_string(bytes.size()) + " bytes, and it does not "
+        message = "byte 0: too short for a binary STL (" + std::to_string(bytes.size()) +
+                  " bytes, and it does not "
                   "start with 'solid')";
         return false;
     }
@@ -115,8 +116,9 @@ bool ReadBinary(std::string_view bytes, tesk::Mesh& mesh, std::string& message)
     if (needed != bytes.size()) {
         const std::uint64_t whole = (bytes.size() - HeaderSize) / RecordSize;
         message = needed > bytes.size()
-                      ? "byte " + std::to_string(HeaderSize + whole * RecordSize) + ": file ends inside triangle " +
-                            std::to_string(whole + 1) + " of " + std::to_string(count)
+                      ? "byte " + std::to_string(HeaderSize + whole * RecordSize) +
+                            ": file ends inside triangle " + std::to_string(whole + 1) + " of " +
+                            std::to_string(count)
                       : "byte " + std::to_string(needed) + ": " + std::to_string(bytes.size() - needed) +
                             " bytes after the last of " + std::to_string(count) + " triangles";
         return false;
@@ -165,7 +167,8 @@ bool ReadAscii(std::string_view text, tesk::Mesh& mesh, std::string& message)
         if (keyword == "vertex") {
             double xyz[3];
             if (tokens.size() != 4) {
-                message = At(number) + "expected 3 numbers after 'vertex', found " + std::to_string(tokens.size() - 1);
+                message = At(number) + "expected 3 numbers after 'vertex', found " +
+                          std::to_string(tokens.size() - 1);
                 return false;
             }
             for (std::size_t i = 0; i < 3; ++i) {

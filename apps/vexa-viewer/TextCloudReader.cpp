@@ -3,8 +3,8 @@
 #include "CoordinateShift.h"
 #include "FileBytes.h"
 #include "MeshReading.h"
-#include <runa/HugePages.h>
 #include "TextScan.h"
+#include <runa/HugePages.h>
 
 #include <runa/rlog.h>
 
@@ -45,7 +45,8 @@ bool IsIntegerText(std::string_view token)
 {
     if (!token.empty() && token.front() == '+')
         token.remove_prefix(1);
-    return !token.empty() && std::all_of(token.begin(), token.end(), [](char c) { return c >= '0' && c <= '9'; });
+    return !token.empty() &&
+           std::all_of(token.begin(), token.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
 std::string At(std::size_t line)
@@ -74,7 +75,8 @@ struct ColumnLayout {
 };
 
 /// Index of the first column whose lower-case name is one of `names` and is still unused.
-std::optional<std::size_t> FindColumn(const std::vector<std::string>& lowerNames, const std::vector<bool>& used,
+std::optional<std::size_t> FindColumn(const std::vector<std::string>& lowerNames,
+                                      const std::vector<bool>& used,
                                       std::initializer_list<std::string_view> names)
 {
     for (std::size_t i = 0; i < lowerNames.size(); ++i)
@@ -113,9 +115,9 @@ ColumnLayout LayoutFromNames(const std::vector<std::string>& names)
         used[0] = used[1] = used[2] = true;
     }
     layout.hasNormals = claim({{{"nx"}, {"ny"}, {"nz"}}}, layout.normal);
-    layout.hasColors = claim({{{"r", "red", "diffuse_red"}, {"g", "green", "diffuse_green"},
-                               {"b", "blue", "diffuse_blue"}}},
-                             layout.color);
+    layout.hasColors =
+        claim({{{"r", "red", "diffuse_red"}, {"g", "green", "diffuse_green"}, {"b", "blue", "diffuse_blue"}}},
+              layout.color);
 
     for (std::uint8_t c = 0; c < 3; ++c) {
         layout.columns[layout.position[c]] = {Role::Position, c, 0};
@@ -337,14 +339,16 @@ private:
     static bool AllNames(const std::vector<std::string_view>& tokens)
     {
         float ignored = 0.0f;
-        return std::none_of(tokens.begin(), tokens.end(), [&](std::string_view t) { return ParseFloat(t, ignored); });
+        return std::none_of(tokens.begin(), tokens.end(),
+                            [&](std::string_view t) { return ParseFloat(t, ignored); });
     }
 
     bool Start(const std::vector<std::string_view>& tokens, std::size_t number, std::string& message)
     {
         columnCount_ = tokens.size();
         if (columnCount_ < 3) {
-            message = At(number) + "expected at least 3 values (x y z), found " + std::to_string(columnCount_);
+            message =
+                At(number) + "expected at least 3 values (x y z), found " + std::to_string(columnCount_);
             return false;
         }
         if (columnCount_ > kMaxColumns) {
@@ -387,7 +391,8 @@ private:
         const auto needSix = [&](const char* columns) {
             if (columnCount_ >= 6)
                 return true;
-            message = At(number) + "expected at least 6 values (" + columns + "), found " + std::to_string(columnCount_);
+            message = At(number) + "expected at least 6 values (" + columns + "), found " +
+                      std::to_string(columnCount_);
             return false;
         };
         FixedColumns fixed;
@@ -485,7 +490,8 @@ private:
         std::vector<std::vector<float>> demoted;
         if (layout_.hasColors) {
             // Divided rather than multiplied by 1/255, so that byte 51 becomes exactly 0.2f.
-            const std::optional<float> divisor = namedColors_ ? NamedColorDivisor() : std::optional<float>(255.0f);
+            const std::optional<float> divisor =
+                namedColors_ ? NamedColorDivisor() : std::optional<float>(255.0f);
             if (divisor) {
                 for (tesk::Color3f& color : arrays_.colors)
                     color = {color.r / *divisor, color.g / *divisor, color.b / *divisor};

@@ -5,8 +5,8 @@
 
 #include <cctype>
 #include <charconv>
-#include <filesystem>
 #include <cstddef>
+#include <filesystem>
 #include <limits>
 #include <string>
 #include <string_view>

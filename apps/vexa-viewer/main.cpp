@@ -13,13 +13,13 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <limits>
-#include <memory>
-#include <span>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <limits>
+#include <memory>
 #include <set>
+#include <span>
 #include <string>
 #include <thread>
 #include <unistd.h>
@@ -61,59 +61,44 @@ struct Options {
 
 bool ParseArguments(int argc, char** argv, Options& options)
 {
-    for (int i = 1; i < argc; ++i)
-    {
+    for (int i = 1; i < argc; ++i) {
         const std::string argument = argv[i];
         const auto value = [&](std::string& target) {
-            if (i + 1 >= argc)
-            {
+            if (i + 1 >= argc) {
                 std::cerr << "vexa-viewer: " << argument << " needs a value\n";
                 return false;
             }
             target = argv[++i];
             return true;
         };
-        if (argument == "--help" || argument == "-h")
-        {
+        if (argument == "--help" || argument == "-h") {
             std::cout << kUsage;
             std::exit(0);
-        }
-        else if (argument == "--demo")
+        } else if (argument == "--demo")
             options.demo = true;
-        else if (argument == "--look")
-        {
+        else if (argument == "--look") {
             if (!value(options.look))
                 return false;
-        }
-        else if (argument == "--assets")
-        {
+        } else if (argument == "--assets") {
             if (!value(options.assets))
                 return false;
-        }
-        else if (argument == "--screenshot")
-        {
+        } else if (argument == "--screenshot") {
             if (!value(options.screenshot))
                 return false;
-        }
-        else if (argument == "--frames")
-        {
+        } else if (argument == "--frames") {
             std::string text;
             if (!value(text))
                 return false;
             char* end = nullptr;
             options.frames = std::strtol(text.c_str(), &end, 10);
-            if (end == text.c_str() || *end != '\0' || options.frames < 0)
-            {
+            if (end == text.c_str() || *end != '\0' || options.frames < 0) {
                 std::cerr << "vexa-viewer: --frames needs a whole number, not '" << text << "'\n";
                 return false;
             }
-        }
-        else if (argument.size() > 1 && argument[0] == '-')
-        {
+        } else if (argument.size() > 1 && argument[0] == '-') {
             std::cerr << "vexa-viewer: unknown option " << argument << "\n";
             return false;
-        }
-        else
+        } else
             options.files.push_back(argument);
     }
     return true;
@@ -133,8 +118,7 @@ std::string FindAssets(const std::string& requested)
         return requested;
     std::error_code error;
     const fs::path program = fs::read_symlink("/proc/self/exe", error);
-    if (!error)
-    {
+    if (!error) {
         const fs::path installed = program.parent_path().parent_path() / "share" / "vexa" / "assets";
         if (HasAssets(installed))
             return installed.string();
@@ -163,8 +147,7 @@ public:
             return OpenImage(path);
         tesk::Mesh model;
         std::string error;
-        if (!vexa::viewer::ReadModelFile(path, model, error))
-        {
+        if (!vexa::viewer::ReadModelFile(path, model, error)) {
             std::cerr << "vexa-viewer: " << error << "\n";
             return false;
         }
@@ -173,8 +156,7 @@ public:
         // Everything opened so far is in view, every point of it: a resource's own focus
         // aims at its centre and a typical spread, which cuts off a tall or lopsided one.
         const bool framed = Grow(model.GetVertices().GetPositions());
-        if (model.HasFaces())
-        {
+        if (model.HasFaces()) {
             auto resource = std::make_shared<vexa::modules::MeshResource>(name, model);
             // A mesh is shaded in its material unless the file painted it.
             using vexa::modules::MeshGadget;
@@ -186,9 +168,7 @@ public:
             vexa::AddResource(resource);
             std::cout << "vexa-viewer: opened " << path << " (" << count << " vertices, " << model.FaceCount()
                       << " faces)\n";
-        }
-        else
-        {
+        } else {
             auto resource = std::make_shared<vexa::modules::PointCloudResource>(name, model.GetVertices());
             // Show what the file carries at once: its colours, else its first data property.
             if (resource->IsColoringAvailable())
@@ -209,8 +189,7 @@ private:
     {
         tesk::Image image;
         // The loader logs the decoder's reason with the file's name.
-        if (!image.Load(path))
-        {
+        if (!image.Load(path)) {
             std::cerr << "vexa-viewer: " << path << " is not a readable image\n";
             return false;
         }
@@ -223,8 +202,7 @@ private:
     /// Takes the finite points into the box; false while the box is still empty.
     bool Grow(std::span<const glm::vec3> points)
     {
-        for (const glm::vec3& p : points)
-        {
+        for (const glm::vec3& p : points) {
             if (!std::isfinite(p.x) || !std::isfinite(p.y) || !std::isfinite(p.z))
                 continue;
             minimum_ = glm::min(minimum_, p);
@@ -253,13 +231,11 @@ private:
 int main(int argc, char** argv)
 {
     Options options;
-    if (!ParseArguments(argc, argv, options))
-    {
+    if (!ParseArguments(argc, argv, options)) {
         std::cerr << "Try 'vexa-viewer --help'.\n";
         return 2;
     }
-    if (std::getenv("DISPLAY") == nullptr && std::getenv("WAYLAND_DISPLAY") == nullptr)
-    {
+    if (std::getenv("DISPLAY") == nullptr && std::getenv("WAYLAND_DISPLAY") == nullptr) {
         std::cerr << "vexa-viewer: no display to open a window on.\n"
                      "Without a screen, run it under a virtual X server and let it save a picture, e.g.\n"
                      "  xvfb-run -a -s \"-screen 0 1600x1200x24\" vexa-viewer --demo --screenshot demo.png\n";
@@ -267,9 +243,9 @@ int main(int argc, char** argv)
     }
 
     const std::string assets = FindAssets(options.assets);
-    if (assets.empty())
-    {
-        std::cerr << "vexa-viewer: the asset folder (shaders/, resources/) was not found; give it with --assets DIR\n";
+    if (assets.empty()) {
+        std::cerr << "vexa-viewer: the asset folder (shaders/, resources/) was not found; give it with "
+                     "--assets DIR\n";
         return 1;
     }
     vexa::SetAssetDirectory(assets);
@@ -279,16 +255,14 @@ int main(int argc, char** argv)
     std::string look = options.look;
     if (look.empty())
         look = (fs::path(assets) / "looks" / (options.demo ? "demo.json" : "viewer.json")).string();
-    if (!vexa::Initialize(look))
-    {
+    if (!vexa::Initialize(look)) {
         std::cerr << "vexa-viewer: the viewer could not start (see the messages above)\n";
         return 1;
     }
 
     FileOpener opener;
     std::unique_ptr<vexa::viewer::DemoScene> demo;
-    if (options.demo)
-    {
+    if (options.demo) {
         demo = std::make_unique<vexa::viewer::DemoScene>();
         demo->Show();
     }
@@ -304,8 +278,7 @@ int main(int argc, char** argv)
     // A screenshot waits a few steps so that the panels have been laid out once.
     const long frames = options.frames >= 0 ? options.frames : (options.screenshot.empty() ? -1 : 5);
     int status = 0;
-    for (long frame = 0; vexa::IsOpen() && (frames < 0 || frame < frames); ++frame)
-    {
+    for (long frame = 0; vexa::IsOpen() && (frames < 0 || frame < frames); ++frame) {
         vexa::Update();
         if (demo)
             demo->Step();
@@ -316,12 +289,11 @@ int main(int argc, char** argv)
         if (frames < 0)
             std::this_thread::sleep_for(std::chrono::milliseconds(4));
     }
-    if (!options.screenshot.empty())
-    {
+    if (!options.screenshot.empty()) {
         if (vexa::SaveScreenshot(options.screenshot))
-            std::cout << "vexa-viewer: screenshot saved to " << fs::absolute(options.screenshot).string() << "\n";
-        else
-        {
+            std::cout << "vexa-viewer: screenshot saved to " << fs::absolute(options.screenshot).string()
+                      << "\n";
+        else {
             std::cerr << "vexa-viewer: the screenshot could not be saved to " << options.screenshot << "\n";
             status = 1;
         }

@@ -13,7 +13,8 @@ enum class MessageIcon { Warning, Error };
 
 /// Receives every message box the library raises (an unusable asset directory, a look file
 /// that did not parse, a graphics driver below the recommendation).
-using MessageBoxHandler = std::function<void(const std::string& caption, const std::string& text, MessageIcon icon)>;
+using MessageBoxHandler =
+    std::function<void(const std::string& caption, const std::string& text, MessageIcon icon)>;
 
 /// Replaces the message-box handler and returns the previous one. An empty handler restores
 /// the default: a task-modal box on Windows, "<caption>: <text>" on standard error elsewhere.

@@ -51,7 +51,8 @@ std::string SeparatorMessage(const char* head, char separator)
 }
 
 /// Both composites of a position or size, or a logged failure with the caller's wording.
-std::pair<CompositeFloat, CompositeFloat> ParsePair(const std::string& text, const char* head, const char* label)
+std::pair<CompositeFloat, CompositeFloat> ParsePair(const std::string& text, const char* head,
+                                                    const char* label)
 {
     constexpr char separator = ';';
     const auto pieces = SplitDroppingEmpty(text, separator);
@@ -67,9 +68,10 @@ CompositeFloat StringToCompositeFloat(const std::string& text)
     constexpr char separator = ',';
     const auto pieces = SplitDroppingEmpty(text, separator);
     if (pieces.size() != 2)
-        FailAndThrow(SeparatorMessage("Composite must have two parameters (percents and pixels) separated by a \"",
-                                      separator),
-                     "vexa::StringToCompositeFloat");
+        FailAndThrow(
+            SeparatorMessage("Composite must have two parameters (percents and pixels) separated by a \"",
+                             separator),
+            "vexa::StringToCompositeFloat");
     CompositeFloat value;
     value.relative = std::stof(Trim(pieces[0]));
     value.pixels = std::stof(Trim(pieces[1]));
@@ -85,8 +87,9 @@ CompositePosition StringToCompositePosition(const std::string& text)
 
 CompositeSize StringToCompositeSize(const std::string& text)
 {
-    const auto [width, height] = ParsePair(
-        text, "Size must contain two composites (width and height) separated by a \"", "vexa::StringToCompositeSize");
+    const auto [width, height] =
+        ParsePair(text, "Size must contain two composites (width and height) separated by a \"",
+                  "vexa::StringToCompositeSize");
     return CompositeSize{width, height};
 }
 

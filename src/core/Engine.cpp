@@ -14,14 +14,14 @@
 #include "scene/GadgetManager.h"
 
 #include <vexa/CameraController.h>
-#include <vexa/Gadget.h>
 #include <vexa/Debugger.h>
+#include <vexa/Gadget.h>
 #include <vexa/Resource.h>
-#include <vexa/modules/CameraAnimResource.h>
 #include <vexa/draw/Light.h>
 #include <vexa/draw/RenderSystem.h>
 #include <vexa/draw/Scene.h>
 #include <vexa/draw/TextRenderer.h>
+#include <vexa/modules/CameraAnimResource.h>
 
 #include <nubo/GuiSystem.h>
 
@@ -121,7 +121,8 @@ struct Engine::Impl {
 
 Engine::Engine() : impl_(std::make_unique<Impl>())
 {
-    impl_->layoutChooser = std::make_unique<LayoutChooser>([this](std::uint8_t layout) { ApplyLayout(layout); });
+    impl_->layoutChooser =
+        std::make_unique<LayoutChooser>([this](std::uint8_t layout) { ApplyLayout(layout); });
     SetEngineServices(this);
 }
 
@@ -130,8 +131,7 @@ Engine::~Engine()
     // A camera that moved just before the end has not settled long enough to be written.
     if (impl_->initialized)
         SaveDirtySettings(GetTicks(), true);
-    if (impl_->window)
-    {
+    if (impl_->window) {
         impl_->window->RemoveObserver(this);
         impl_->window->RemoveObserver(&impl_->windowManager);
         impl_->window->SetContextConditional();
@@ -163,9 +163,18 @@ bool Engine::SetAssetDirectory(const std::string& path)
     return NormalizeAssetDirectory(path, impl_->assetDirectory);
 }
 
-const std::string& Engine::GetAssetDirectory() const { return impl_->assetDirectory; }
-const std::string& Engine::GetIntermediateDirectory() const { return impl_->intermediateDirectory; }
-bool Engine::IsInitialized() const { return impl_->initialized; }
+const std::string& Engine::GetAssetDirectory() const
+{
+    return impl_->assetDirectory;
+}
+const std::string& Engine::GetIntermediateDirectory() const
+{
+    return impl_->intermediateDirectory;
+}
+bool Engine::IsInitialized() const
+{
+    return impl_->initialized;
+}
 void Engine::MarkViewareasDirty()
 {
     impl_->viewareaSettings.SetDirty();
@@ -182,10 +191,22 @@ ViewareaSettings& Engine::GetViewareaSettings()
     return impl_->viewareaSettings;
 }
 
-GeneralOptions& Engine::GetOptions() { return impl_->options; }
-WindowManager& Engine::GetWindowManager() { return impl_->windowManager; }
-const std::shared_ptr<plor::Window>& Engine::GetWindow() const { return impl_->window; }
-bool Engine::IsRedrawRequested() const { return impl_->redraw; }
+GeneralOptions& Engine::GetOptions()
+{
+    return impl_->options;
+}
+WindowManager& Engine::GetWindowManager()
+{
+    return impl_->windowManager;
+}
+const std::shared_ptr<plor::Window>& Engine::GetWindow() const
+{
+    return impl_->window;
+}
+bool Engine::IsRedrawRequested() const
+{
+    return impl_->redraw;
+}
 bool Engine::IsLayoutChooserShown() const
 {
     return impl_->layoutChooser && impl_->layoutChooser->IsShown();
@@ -209,12 +230,30 @@ void Engine::OnWindowIconified(bool iconified)
     if (!iconified)
         RequestRedraw();
 }
-const std::vector<std::shared_ptr<Resource>>& Engine::GetResources() const { return impl_->resources; }
-const std::vector<std::unique_ptr<Viewarea>>& Engine::GetViewareas() const { return impl_->viewareas; }
-void Engine::RequestRedraw() { impl_->redraw = true; }
-draw::RenderSystem* Engine::GetRenderSystem() { return impl_->renderSystem.get(); }
-CameraController* Engine::GetCameraController() { return impl_->cameraController.get(); }
-std::vector<std::shared_ptr<draw::Light>> Engine::GetLights() const { return impl_->lights; }
+const std::vector<std::shared_ptr<Resource>>& Engine::GetResources() const
+{
+    return impl_->resources;
+}
+const std::vector<std::unique_ptr<Viewarea>>& Engine::GetViewareas() const
+{
+    return impl_->viewareas;
+}
+void Engine::RequestRedraw()
+{
+    impl_->redraw = true;
+}
+draw::RenderSystem* Engine::GetRenderSystem()
+{
+    return impl_->renderSystem.get();
+}
+CameraController* Engine::GetCameraController()
+{
+    return impl_->cameraController.get();
+}
+std::vector<std::shared_ptr<draw::Light>> Engine::GetLights() const
+{
+    return impl_->lights;
+}
 
 std::shared_ptr<Resource> Engine::FindResource(const ResourceId& id) const
 {
@@ -238,8 +277,7 @@ std::shared_ptr<Resource> Engine::GetBuiltInResource(unsigned int key) const
 bool Engine::Initialize(const std::string& lookFile)
 {
     Impl& s = *impl_;
-    if (s.assetDirectory.empty())
-    {
+    if (s.assetDirectory.empty()) {
         ShowMessageBox(kInitializationErrorCaption, kAssetDirectoryInvalidText, MessageIcon::Error);
         return false;
     }
@@ -247,20 +285,15 @@ bool Engine::Initialize(const std::string& lookFile)
         SetIntermediateDirectory("./vexa/");
 
     std::unique_ptr<LookParser> look;
-    if (!lookFile.empty())
-    {
-        try
-        {
+    if (!lookFile.empty()) {
+        try {
             look = std::make_unique<LookParser>(lookFile);
-        }
-        catch (const std::exception&)
-        {
+        } catch (const std::exception&) {
             look.reset();
         }
         // A look that was read but failed (no "vexa", another version, a view without its
         // place) is as useless as one that could not be read: the user hears of both.
-        if (!look || !look->Succeeded())
-        {
+        if (!look || !look->Succeeded()) {
             ShowMessageBox(kInitializationCaption, kLookParseErrorText, MessageIcon::Warning);
             look.reset();
         }
@@ -270,8 +303,7 @@ bool Engine::Initialize(const std::string& lookFile)
     WindowLook windowLook;
     // Only a look places the window; without one it keeps the window's own defaults (caption,
     // 640 x 480 at 100, 100), which window.bin may then override.
-    if (look)
-    {
+    if (look) {
         windowLook = look->GetWindowLook();
         params.caption = windowLook.caption;
         params.width = windowLook.width;
@@ -284,8 +316,7 @@ bool Engine::Initialize(const std::string& lookFile)
     s.windowManager.CopyPlacementFromParams();
 
     s.window = plor::Window::Create(params);
-    if (!s.window)
-    {
+    if (!s.window) {
         rlog::Fail("The viewer window could not be created.", "vexa::Engine::Initialize");
         return false;
     }
@@ -316,8 +347,7 @@ bool Engine::Initialize(const std::string& lookFile)
     s.options.SetShortcutsEnabled(windowLook.keyShortcutsEnabled);
     s.optionsEnabled = windowLook.optionsEnabled;
     std::vector<ViewareaLook> viewLooks;
-    if (look)
-    {
+    if (look) {
         s.options.SetBackgroundColor(windowLook.background);
         viewLooks = look->GetViewareaLooks();
     }
@@ -342,7 +372,8 @@ bool Engine::Initialize(const std::string& lookFile)
     s.options.ApplyAll();
     if (s.options.GetViewLayout() != 0)
         viewLooks = LayoutChooser::MakeLayout(s.options.GetViewLayout());
-    s.builtIns[kCameraAnimationResource] = std::make_shared<modules::CameraAnimResource>("VEXA/CameraAnimation");
+    s.builtIns[kCameraAnimationResource] =
+        std::make_shared<modules::CameraAnimResource>("VEXA/CameraAnimation");
     s.builtIns[kDebuggerResource] = std::make_shared<Debugger>(Debugger::kBuiltInName);
     // Listed, so that every view area shows it (and updates count its shapes down).
     AddResource(s.builtIns[kDebuggerResource]);
@@ -366,8 +397,8 @@ bool Engine::Initialize(const std::string& lookFile)
 
 void Engine::CheckGpuVersion()
 {
-    const std::string warning =
-        ComposeGpuWarning(plor::GetGlVendor(), plor::GetGlRenderer(), plor::GetGlVersionString(), plor::GetGlVersion());
+    const std::string warning = ComposeGpuWarning(plor::GetGlVendor(), plor::GetGlRenderer(),
+                                                  plor::GetGlVersionString(), plor::GetGlVersion());
     if (warning.empty())
         return;
     if (!impl_->options.FileExists(impl_->intermediateDirectory))
@@ -392,8 +423,7 @@ void Engine::SetViewareas(const std::vector<ViewareaLook>& looks)
     if (areas.empty())
         areas.push_back(ViewareaLook{});
     CEGUI::Window* root = impl_->gui.IsInitialized() ? impl_->gui.GetRoot() : nullptr;
-    for (const ViewareaLook& look : areas)
-    {
+    for (const ViewareaLook& look : areas) {
         // The position in the list: gadget state files are named by it, so the same look and
         // layout find the same files in every run and after every layout change.
         const auto id = static_cast<unsigned int>(impl_->viewareas.size());
@@ -407,14 +437,14 @@ void Engine::SetViewareas(const std::vector<ViewareaLook>& looks)
         // Resources that are already listed get their gadgets here; later ones through the
         // resource-added notification the view area subscribed to.
         for (const auto& resource : impl_->resources)
-            if (area->ShowsResource(resource->GetId()) && !area->GetGadgetManager().HasGadget(resource->GetId()))
+            if (area->ShowsResource(resource->GetId()) &&
+                !area->GetGadgetManager().HasGadget(resource->GetId()))
                 area->GetGadgetManager().Create(resource->GetId());
         impl_->viewareas.push_back(std::move(area));
     }
     if (impl_->layoutChooser)
         impl_->layoutChooser->BringToFront();
-    if (impl_->window)
-    {
+    if (impl_->window) {
         const glm::ivec2 size = impl_->window->GetFramebufferSize();
         OnFramebufferResized(size.x, size.y);
     }
@@ -427,9 +457,9 @@ void Engine::BuildSeparatorLines()
     const glm::ivec2 size = impl_->window->GetFramebufferSize();
     std::vector<glm::vec4> areas;
     areas.reserve(impl_->viewareas.size());
-    for (const auto& area : impl_->viewareas)
-    {
-        const PixelRect r = ResolveRect(area->GetLook(), static_cast<float>(size.x), static_cast<float>(size.y));
+    for (const auto& area : impl_->viewareas) {
+        const PixelRect r =
+            ResolveRect(area->GetLook(), static_cast<float>(size.x), static_cast<float>(size.y));
         areas.emplace_back(r.x, r.y, r.width, r.height);
     }
     impl_->separatorLines.Build(areas, size);
@@ -440,8 +470,7 @@ void Engine::Update()
     Impl& s = *impl_;
     if (!s.window)
         return;
-    if (s.window->IsCloseRequested())
-    {
+    if (s.window->IsCloseRequested()) {
         s.window->Hide();
         return;
     }
@@ -450,8 +479,7 @@ void Engine::Update()
     s.window->SetContextConditional();
     if (!s.window->IsSharingContext())
         plor::Window::PollEvents();
-    if (s.iconified)
-    {
+    if (s.iconified) {
         s.window->UnsetContextConditional();
         return;
     }
@@ -459,8 +487,7 @@ void Engine::Update()
     const std::uint64_t now = GetTicks();
     SaveDirtySettings(now);
 
-    if (s.firstStep)
-    {
+    if (s.firstStep) {
         s.lastTick = now;
         s.firstStep = false;
     }
@@ -472,8 +499,7 @@ void Engine::Update()
 
     if (s.notice->Advance(dt))
         RequestRedraw();
-    if (s.shaderReloadRequested)
-    {
+    if (s.shaderReloadRequested) {
         s.shaderReloadRequested = false;
         if (s.renderSystem)
             s.renderSystem->RequestShaderReload();
@@ -482,10 +508,8 @@ void Engine::Update()
         RequestRedraw();
     }
 
-    for (const auto& area : s.viewareas)
-    {
-        if (Sidebar* sidebar = area->GetSidebar(); sidebar != nullptr && sidebar->IsRegenerationRequested())
-        {
+    for (const auto& area : s.viewareas) {
+        if (Sidebar* sidebar = area->GetSidebar(); sidebar != nullptr && sidebar->IsRegenerationRequested()) {
             sidebar->Regenerate();
             RequestRedraw();
         }
@@ -499,8 +523,7 @@ void Engine::Update()
 
     if (s.refinePending && !IsDragging() && now >= s.lastCameraMoveTick + kDetailSettleTicks)
         RequestRedraw();
-    if (!s.options.IsOptimizedRendering() || s.gui.IsDirty() || s.redraw)
-    {
+    if (!s.options.IsOptimizedRendering() || s.gui.IsDirty() || s.redraw) {
         Render();
         s.redraw = false;
     }
@@ -555,8 +578,7 @@ void Engine::Render(bool fullDetail)
         !fullDetail && (viewsChanged || IsDragging() || start < s.lastCameraMoveTick + kDetailSettleTicks);
     s.renderSystem->SetPointBudget(moving ? s.detailBudget.Get() : 0);
     draw::TextRenderer& texts = s.renderSystem->GetTextRenderer();
-    for (const auto& area : s.viewareas)
-    {
+    for (const auto& area : s.viewareas) {
         texts.SetScene(area->GetScene());
         for (const auto& [id, gadget] : area->GetGadgetManager().GetGadgets())
             gadget->RenderTexts(texts);
@@ -568,11 +590,11 @@ void Engine::Render(bool fullDetail)
 
     if (plor::Program* program = s.programs.Get(kLineShader))
         s.separatorLines.Draw(*program, s.window->GetFramebufferSize());
-    if (!s.screenshotPath.empty())
-    {
+    if (!s.screenshotPath.empty()) {
         s.screenshotSaved = s.renderSystem->SaveScreenshot(s.screenshotPath);
         if (s.screenshotNotice)
-            ShowNotice(s.screenshotSaved ? "Screenshot: " + s.screenshotPath : "The screenshot could not be saved");
+            ShowNotice(s.screenshotSaved ? "Screenshot: " + s.screenshotPath
+                                         : "The screenshot could not be saved");
         s.screenshotNotice = false;
         s.screenshotPath.clear();
     }
@@ -602,21 +624,19 @@ bool Engine::SaveScreenshot(const std::string& path)
 
 bool Engine::IsOpen() const
 {
-    return impl_->window && impl_->window->GetAttribute(kGlfwVisible) != 0 && !impl_->window->IsCloseRequested();
+    return impl_->window && impl_->window->GetAttribute(kGlfwVisible) != 0 &&
+           !impl_->window->IsCloseRequested();
 }
 
 void Engine::AddResource(const std::shared_ptr<Resource>& resource)
 {
-    if (!resource)
-    {
+    if (!resource) {
         rlog::Warn("A null resource cannot be shown.", "vexa::Engine::AddResource");
         return;
     }
     const ResourceId id = resource->GetId();
-    for (auto& listed : impl_->resources)
-    {
-        if (listed->GetId() == id)
-        {
+    for (auto& listed : impl_->resources) {
+        if (listed->GetId() == id) {
             listed = resource;
             GetNotifications().Notify(kResourceGadgetsReset, &id);
             RequestRedraw();
@@ -650,8 +670,7 @@ void Engine::RemoveResourcesWithPrefix(const std::string& prefix)
         if (resource->GetId().name.starts_with(prefix))
             ids.push_back(resource->GetId());
     auto& list = impl_->resources;
-    for (const ResourceId& id : ids)
-    {
+    for (const ResourceId& id : ids) {
         auto it = std::find_if(list.begin(), list.end(), [&](const auto& r) { return r->GetId() == id; });
         if (it == list.end())
             continue;
@@ -682,14 +701,13 @@ void Engine::OnFramebufferResized(int width, int height)
     // The GUI has laid the areas out for the new size above: gadgets hear the size of the
     // canvas they are drawn in (the area less a shown sidebar). An area without windows has
     // only its look's rectangle.
-    for (const auto& area : s.viewareas)
-    {
-        if (area->GetRenderCanvas() != nullptr)
-        {
+    for (const auto& area : s.viewareas) {
+        if (area->GetRenderCanvas() != nullptr) {
             area->NotifyCanvasSize();
             continue;
         }
-        const PixelRect r = ResolveRect(area->GetLook(), static_cast<float>(width), static_cast<float>(height));
+        const PixelRect r =
+            ResolveRect(area->GetLook(), static_cast<float>(width), static_cast<float>(height));
         area->ViewResized(static_cast<unsigned int>(std::max(r.width, 0.0f)),
                           static_cast<unsigned int>(std::max(r.height, 0.0f)));
     }
@@ -734,8 +752,7 @@ void Engine::OnMouseUp(plor::MouseButton button, const plor::Modifiers& mods)
 {
     Impl& s = *impl_;
     const TranslatedButton release = s.input.Release(button, mods);
-    if (s.cameraController && s.cameraController->DeactivateArea().has_value())
-    {
+    if (s.cameraController && s.cameraController->DeactivateArea().has_value()) {
         s.viewareaSettings.SetDirty();
         RequestRedraw();
     }
@@ -756,8 +773,7 @@ void Engine::OnMouseWheel(float, float dy)
     Impl& s = *impl_;
     if (s.gui.IsInitialized() && s.gui.InjectMouseWheel(dy))
         return;
-    if (s.cameraController && s.cameraController->ZoomSceneUnderMouse(dy).has_value())
-    {
+    if (s.cameraController && s.cameraController->ZoomSceneUnderMouse(dy).has_value()) {
         s.viewareaSettings.SetDirty();
         RequestRedraw();
     }
@@ -776,20 +792,17 @@ void Engine::OnKeyDown(int key, const plor::Modifiers& mods, bool repeat)
         s.gui.InjectKeyDown(typed.scan);
     if (repeat)
         return;
-    if (s.options.IsShortcutsEnabled())
-    {
+    if (s.options.IsShortcutsEnabled()) {
         if (typed.key == Key::Tab)
             ToggleLayoutChooser();
         // Letters and function keys are text while a field has the keyboard: typing "r" into
         // a search box must not reload the shaders.
-        else if (!typing && typed.key == Key::F12 && s.renderSystem)
-        {
+        else if (!typing && typed.key == Key::F12 && s.renderSystem) {
             s.screenshotPath = MakeScreenshotPath();
             // Told after the capture, so that the notice is not in the picture.
             s.screenshotNotice = true;
             RequestRedraw();
-        }
-        else if (!typing && typed.key == Key::R && typed.mods == ModKeys{})
+        } else if (!typing && typed.key == Key::R && typed.mods == ModKeys{})
             RequestShaderReload();
     }
     for (const auto& area : s.viewareas)

@@ -17,7 +17,7 @@ class GeneralOptions;
 namespace draw {
 class RenderSystem;
 struct Light;
-}
+} // namespace draw
 
 class EngineServices {
 public:

@@ -24,7 +24,8 @@ struct CapturedMessage {
 
 void ReportRejected(const std::string& path, const std::string& reason)
 {
-    rlog::Warn("Ignoring settings file \"" + path + "\": " + reason + ". The current values are kept.", kLoadLabel);
+    rlog::Warn("Ignoring settings file \"" + path + "\": " + reason + ". The current values are kept.",
+               kLoadLabel);
 }
 
 } // namespace
@@ -65,7 +66,8 @@ bool FileStorage::Load(const std::string& directory)
 
     // Checked here rather than left to the reader, so that the only message is ours.
     if (content.size() < sizeof(std::uint32_t)) {
-        ReportRejected(path, "it holds only " + std::to_string(content.size()) + " bytes, too few for a format version");
+        ReportRejected(path, "it holds only " + std::to_string(content.size()) +
+                                 " bytes, too few for a format version");
         return false;
     }
 
@@ -85,9 +87,10 @@ bool FileStorage::Load(const std::string& directory)
     bool accepted = false;
     std::string failure;
     {
-        rlog::ScopedSink sink([&captured](rlog::Level level, const std::string& message, const std::string& label) {
-            captured.push_back({level, message, label});
-        });
+        rlog::ScopedSink sink(
+            [&captured](rlog::Level level, const std::string& message, const std::string& label) {
+                captured.push_back({level, message, label});
+            });
         try {
             accepted = ReadPayload(in);
         } catch (const std::exception& exception) {

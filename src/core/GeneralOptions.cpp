@@ -94,7 +94,8 @@ void GeneralOptions::SetShortcutsEnabled(bool enabled)
 void GeneralOptions::SetViewLayout(std::uint8_t layout)
 {
     if (layout >= kViewLayoutCount) {
-        rlog::Warn("Unknown view layout " + std::to_string(layout) + "; keeping " + std::to_string(viewLayout_),
+        rlog::Warn("Unknown view layout " + std::to_string(layout) + "; keeping " +
+                       std::to_string(viewLayout_),
                    "vexa::GeneralOptions::SetViewLayout");
         return;
     }
@@ -121,7 +122,8 @@ bool GeneralOptions::ReadPayload(std::istream& in)
     bool shortcutsEnabled = false;
     std::uint8_t viewLayout = 0;
     if (!reader.Read(antiAliasing) || !ReadFlag(reader, whiteBackground) || !reader.Read(storedSensitivity) ||
-        !ReadFlag(reader, optimizedRendering) || !ReadFlag(reader, shortcutsEnabled) || !reader.Read(viewLayout))
+        !ReadFlag(reader, optimizedRendering) || !ReadFlag(reader, shortcutsEnabled) ||
+        !reader.Read(viewLayout))
         return false;
     // Everything is checked before anything is taken, so a damaged file changes nothing.
     if (antiAliasing >= kAntiAliasingMethodCount || viewLayout >= kViewLayoutCount ||

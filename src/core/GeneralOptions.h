@@ -35,7 +35,10 @@ public:
     static constexpr float kSensitivityScale = 1.5999999f;
     static constexpr float kSensitivityOffset = 0.2f;
     static float ToSensitivity(float stored) { return stored * kSensitivityScale + kSensitivityOffset; }
-    static float ToStoredSensitivity(float sensitivity) { return (sensitivity - kSensitivityOffset) / kSensitivityScale; }
+    static float ToStoredSensitivity(float sensitivity)
+    {
+        return (sensitivity - kSensitivityOffset) / kSensitivityScale;
+    }
 
     /// Where the values take effect. Any of them may be left empty.
     struct Hooks {

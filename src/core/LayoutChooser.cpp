@@ -61,8 +61,7 @@ void LayoutChooser::BringToFront()
 
 void LayoutChooser::Toggle(CEGUI::Window* root)
 {
-    if (IsShown())
-    {
+    if (IsShown()) {
         Hide();
         return;
     }
@@ -78,16 +77,19 @@ void LayoutChooser::Toggle(CEGUI::Window* root)
 
 std::vector<ViewareaLook> LayoutChooser::MakeLayout(std::uint8_t layout)
 {
-    switch (layout)
-    {
-    case 1: return {MakeArea(0.0f, 0.0f, 1.0f, 1.0f)};
-    case 2: return {MakeArea(0.0f, 0.0f, 0.5f, 1.0f), MakeArea(0.5f, 0.0f, 0.5f, 1.0f)};
+    switch (layout) {
+    case 1:
+        return {MakeArea(0.0f, 0.0f, 1.0f, 1.0f)};
+    case 2:
+        return {MakeArea(0.0f, 0.0f, 0.5f, 1.0f), MakeArea(0.5f, 0.0f, 0.5f, 1.0f)};
     case 3:
-        return {MakeArea(0.0f, 0.0f, 0.5f, 1.0f), MakeArea(0.5f, 0.0f, 0.5f, 0.5f), MakeArea(0.5f, 0.5f, 0.5f, 0.5f)};
-    case 4:
-        return {MakeArea(0.0f, 0.0f, 0.5f, 0.5f), MakeArea(0.5f, 0.0f, 0.5f, 0.5f), MakeArea(0.0f, 0.5f, 0.5f, 0.5f),
+        return {MakeArea(0.0f, 0.0f, 0.5f, 1.0f), MakeArea(0.5f, 0.0f, 0.5f, 0.5f),
                 MakeArea(0.5f, 0.5f, 0.5f, 0.5f)};
-    default: return {};
+    case 4:
+        return {MakeArea(0.0f, 0.0f, 0.5f, 0.5f), MakeArea(0.5f, 0.0f, 0.5f, 0.5f),
+                MakeArea(0.0f, 0.5f, 0.5f, 0.5f), MakeArea(0.5f, 0.5f, 0.5f, 0.5f)};
+    default:
+        return {};
     }
 }
 
@@ -95,16 +97,14 @@ CEGUI::Window* LayoutChooser::Build()
 {
     CEGUI::WindowManager& windows = CEGUI::WindowManager::getSingleton();
     CEGUI::Window* chooser = nullptr;
-    try
-    {
+    try {
         chooser = windows.loadLayoutFromString(MakeLayoutText());
         // Only clicks on the dimmed background arrive here; the tiles handle their own.
         chooser->subscribeEvent(CEGUI::Window::EventMouseClick, [this](const CEGUI::EventArgs&) {
             Hide();
             return true;
         });
-        for (int i = 0; i < 4; ++i)
-        {
+        for (int i = 0; i < 4; ++i) {
             CEGUI::Window* tile = chooser->getChild("layout" + std::to_string(i));
             const auto layout = static_cast<std::uint8_t>(tile->getID());
             tile->subscribeEvent(CEGUI::PushButton::EventClicked, [this, layout](const CEGUI::EventArgs&) {
@@ -114,10 +114,9 @@ CEGUI::Window* LayoutChooser::Build()
                 return true;
             });
         }
-    }
-    catch (const CEGUI::Exception& e)
-    {
-        rlog::Fail(std::string("The layout chooser could not be built: ") + e.what(), "vexa::LayoutChooser::Build");
+    } catch (const CEGUI::Exception& e) {
+        rlog::Fail(std::string("The layout chooser could not be built: ") + e.what(),
+                   "vexa::LayoutChooser::Build");
         if (chooser != nullptr)
             windows.destroyWindow(chooser);
         return nullptr;
@@ -147,13 +146,13 @@ std::string LayoutChooser::MakeLayoutText()
     property("  ", "MousePassThroughEnabled", "false");
     property("  ", "Colour", "AA000000");
     const float rowWidth = 4.0f * kTileWidth + 3.0f * kTileGap;
-    for (int i = 0; i < 4; ++i)
-    {
+    for (int i = 0; i < 4; ++i) {
         const float left = -rowWidth / 2.0f + static_cast<float>(i) * (kTileWidth + kTileGap);
         text << "  <Window type=\"DarkVexa/PushButton\" name=\"layout" << i << "\">\n";
         property("    ", "ID", std::to_string(i + 1));
-        property("    ", "Area",
-                 area(0.5f, left, 0.5f, -kTileHeight / 2.0f, 0.5f, left + kTileWidth, 0.5f, kTileHeight / 2.0f));
+        property(
+            "    ", "Area",
+            area(0.5f, left, 0.5f, -kTileHeight / 2.0f, 0.5f, left + kTileWidth, 0.5f, kTileHeight / 2.0f));
         property("    ", "NormalColour", "00000000");
         property("    ", "BorderColour", "55FFFFFF");
         property("    ", "HoverColour", "FF11B252");
@@ -162,8 +161,7 @@ std::string LayoutChooser::MakeLayoutText()
         // The sketch: one translucent panel per view area of the layout, in the same places,
         // inside a rectangle of the tile inset at the sides and of fixed height at the top.
         int part = 0;
-        for (const ViewareaLook& view : MakeLayout(static_cast<std::uint8_t>(i + 1)))
-        {
+        for (const ViewareaLook& view : MakeLayout(static_cast<std::uint8_t>(i + 1))) {
             const float x0 = view.position.x.relative;
             const float y0 = view.position.y.relative;
             const float x1 = x0 + view.size.width.relative;

@@ -54,8 +54,8 @@ void ReadPixelCount(json_t* object, const char* key, std::int32_t& value)
     if (json_unpack(object, "{s:I}", key, &number) != 0)
         return;
     if (number <= 0 || number > std::numeric_limits<std::int32_t>::max()) {
-        rlog::Warn("Key " + std::string(key) + " must be a positive number of pixels, got " + std::to_string(number) +
-                       "; keeping " + std::to_string(value),
+        rlog::Warn("Key " + std::string(key) + " must be a positive number of pixels, got " +
+                       std::to_string(number) + "; keeping " + std::to_string(value),
                    kLabel);
         return;
     }

@@ -12,14 +12,15 @@ namespace vexa {
 namespace {
 
 /// Reads the version word that opens a record and logs a version this code does not know.
-bool ReadRecordVersion(runa::BinaryReader& reader, std::uint32_t expected, const char* record, const char* label)
+bool ReadRecordVersion(runa::BinaryReader& reader, std::uint32_t expected, const char* record,
+                       const char* label)
 {
     std::uint32_t version = 0;
     if (!reader.Read(version))
         return false;
     if (version != expected) {
-        rlog::Warn(std::string("Unsupported ") + record + " version " + std::to_string(version) + ", expected " +
-                       std::to_string(expected),
+        rlog::Warn(std::string("Unsupported ") + record + " version " + std::to_string(version) +
+                       ", expected " + std::to_string(expected),
                    label);
         return false;
     }
@@ -98,8 +99,9 @@ bool ResourceLook::ReadFromStream(std::istream& in)
     if (!ReadRecordVersion(reader, kStreamVersion, "ResourceLook", label))
         return false;
     ResourceLook read;
-    if (!reader.ReadString(read.id.name) || !reader.ReadString(read.id.type) || !reader.Read(read.permanent) ||
-        !reader.Read(read.guiEnabled) || !reader.Read(read.selectEnabled) || !reader.Read(read.autoSelect))
+    if (!reader.ReadString(read.id.name) || !reader.ReadString(read.id.type) ||
+        !reader.Read(read.permanent) || !reader.Read(read.guiEnabled) || !reader.Read(read.selectEnabled) ||
+        !reader.Read(read.autoSelect))
         return false;
     *this = std::move(read);
     return true;
@@ -136,8 +138,8 @@ bool ViewareaLook::ReadFromStream(std::istream& in)
     if (!ReadComposite(reader, read.position.x) || !ReadComposite(reader, read.position.y) ||
         !ReadComposite(reader, read.size.width) || !ReadComposite(reader, read.size.height) ||
         !reader.Read(read.axes) || !reader.Read(read.gridMode) || !reader.Read(read.gridUnits) ||
-        !reader.Read(read.sidebarEnabled) || !reader.Read(read.sidebarVisible) || !reader.Read(read.nearPlane) ||
-        !reader.Read(read.farPlane))
+        !reader.Read(read.sidebarEnabled) || !reader.Read(read.sidebarVisible) ||
+        !reader.Read(read.nearPlane) || !reader.Read(read.farPlane))
         return false;
     if (read.gridMode > GridZX) {
         rlog::Warn("Unknown grid mode " + std::to_string(read.gridMode), label);

@@ -24,8 +24,7 @@ CEGUI::String Escaped(const std::string& text)
 {
     std::string escaped;
     escaped.reserve(text.size());
-    for (const char c : text)
-    {
+    for (const char c : text) {
         if (c == '[')
             escaped += '\\';
         escaped += c;
@@ -51,10 +50,8 @@ void Notice::Show(CEGUI::Window* root, const std::string& text, float seconds)
     countdown_ = std::max(seconds, 0.0f);
     if (root == nullptr)
         return;
-    try
-    {
-        if (window_ == nullptr)
-        {
+    try {
+        if (window_ == nullptr) {
             window_ = CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/Label", kNoticeName);
             window_->setProperty("BackgroundVisible", "true");
             window_->setProperty("BackgroundColour", "E01F1F1F");
@@ -62,8 +59,7 @@ void Notice::Show(CEGUI::Window* root, const std::string& text, float seconds)
             window_->setAlwaysOnTop(true);
             window_->setMousePassThroughEnabled(true);
         }
-        if (window_->getParent() != root)
-        {
+        if (window_->getParent() != root) {
             if (window_->getParent() != nullptr)
                 window_->getParent()->removeChild(window_);
             root->addChild(window_);
@@ -73,16 +69,15 @@ void Notice::Show(CEGUI::Window* root, const std::string& text, float seconds)
         float width = kMinWidth;
         if (const CEGUI::Font* font = window_->getFont())
             width = std::max(width, font->getTextExtent(CEGUI::String(text)) + 2.0f * kPadding);
-        window_->setArea(CEGUI::URect(CEGUI::UDim(0.5f, -width / 2.0f), CEGUI::UDim(1.0f, -kBottomGap - kHeight),
+        window_->setArea(CEGUI::URect(CEGUI::UDim(0.5f, -width / 2.0f),
+                                      CEGUI::UDim(1.0f, -kBottomGap - kHeight),
                                       CEGUI::UDim(0.5f, width / 2.0f), CEGUI::UDim(1.0f, -kBottomGap)));
         window_->setMaxSize(CEGUI::USize(CEGUI::UDim(1.0f, 0.0f), CEGUI::UDim(1.0f, 0.0f)));
         window_->setText(Escaped(text));
         window_->setAlpha(Alpha(countdown_));
         window_->show();
         window_->moveToFront();
-    }
-    catch (const CEGUI::Exception& e)
-    {
+    } catch (const CEGUI::Exception& e) {
         rlog::Warn(std::string("The notice could not be shown: ") + e.what(), "vexa::Notice::Show");
     }
 }
@@ -92,8 +87,7 @@ bool Notice::Advance(float dt)
     if (countdown_ <= 0.0f)
         return false;
     countdown_ -= dt;
-    if (countdown_ <= 0.0f)
-    {
+    if (countdown_ <= 0.0f) {
         countdown_ = 0.0f;
         if (window_ != nullptr)
             window_->hide();

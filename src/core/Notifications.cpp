@@ -60,7 +60,7 @@ std::size_t Notifications::GetSubscriptionCount(unsigned int number) const
     if (found == subscriptions_.end())
         return 0;
     return static_cast<std::size_t>(std::count_if(found->second.begin(), found->second.end(),
-                                                   [](const Subscription& s) { return !s.dropped; }));
+                                                  [](const Subscription& s) { return !s.dropped; }));
 }
 
 Notifications& GetNotifications()

@@ -12,10 +12,10 @@ namespace vexa {
 /// Notification numbers.
 enum Notification : unsigned int {
     kResourceAdded = 0,
-    kResourceGadgetsReset = 1,  ///< resource replaced or its gadgets must be rebuilt
+    kResourceGadgetsReset = 1, ///< resource replaced or its gadgets must be rebuilt
     kResourceRemoved = 2,
     kGadgetCreated = 3,
-    kResourceGuiChanged = 4,    ///< a GUI value of a resource changed
+    kResourceGuiChanged = 4, ///< a GUI value of a resource changed
 };
 
 class Notifications {

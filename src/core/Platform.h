@@ -17,7 +17,8 @@ namespace vexa {
 inline constexpr const char* kInitializationErrorCaption = "VEXA Initialization Error";
 inline constexpr const char* kAssetDirectoryInvalidText = "Asset directory is invalid.";
 inline constexpr const char* kInitializationCaption = "VEXA Initialization";
-inline constexpr const char* kLookParseErrorText = "Errors occurred when parsing look json. See log for more info.";
+inline constexpr const char* kLookParseErrorText =
+    "Errors occurred when parsing look json. See log for more info.";
 inline constexpr const char* kGpuWarningCaption = "VEXA GPU Warning";
 
 /// Tells the user about a problem. Logged under "vexa::MessageBox" (a warning icon as a

@@ -6,7 +6,9 @@ namespace vexa {
 
 const ResourceId ResourceId::INVALID{};
 
-ResourceId::ResourceId(std::string name_, std::string type_) : name(std::move(name_)), type(std::move(type_)) {}
+ResourceId::ResourceId(std::string name_, std::string type_) : name(std::move(name_)), type(std::move(type_))
+{
+}
 
 ResourceId::ResourceId(const std::string& text)
 {

@@ -13,24 +13,22 @@ namespace {
 constexpr float kLineGrey = 26.0f / 255.0f;
 } // namespace
 
-std::vector<glm::vec3> SeparatorLines::ComputeVertices(const std::vector<glm::vec4>& areas, float width, float height)
+std::vector<glm::vec3> SeparatorLines::ComputeVertices(const std::vector<glm::vec4>& areas, float width,
+                                                       float height)
 {
     width = std::max(width, 1.0f);
     height = std::max(height, 1.0f);
     const auto toClipX = [&](float x) { return 2.0f * x / width - 1.0f; };
     const auto toClipY = [&](float y) { return 1.0f - 2.0f * y / height; };
     std::vector<glm::vec3> vertices;
-    for (const glm::vec4& r : areas)
-    {
+    for (const glm::vec4& r : areas) {
         const float right = r.x + r.z;
         const float bottom = r.y + r.w;
-        if (right < width - 0.5f)
-        {
+        if (right < width - 0.5f) {
             vertices.emplace_back(toClipX(right), toClipY(r.y), 0.0f);
             vertices.emplace_back(toClipX(right), toClipY(bottom), 0.0f);
         }
-        if (bottom < height - 0.5f)
-        {
+        if (bottom < height - 0.5f) {
             vertices.emplace_back(toClipX(r.x), toClipY(bottom), 0.0f);
             vertices.emplace_back(toClipX(right), toClipY(bottom), 0.0f);
         }

@@ -20,7 +20,8 @@ class SeparatorLines {
 public:
     /// Line vertices (pairs, clip space) for the inner right and bottom edges of `areas`, each
     /// (x, y, width, height) in pixels of a `width` x `height` window.
-    static std::vector<glm::vec3> ComputeVertices(const std::vector<glm::vec4>& areas, float width, float height);
+    static std::vector<glm::vec3> ComputeVertices(const std::vector<glm::vec4>& areas, float width,
+                                                  float height);
 
     /// Keeps the lines for the next Draw; no GL call (uploaded by Draw).
     void Build(const std::vector<glm::vec4>& areas, glm::ivec2 framebufferSize);

@@ -1,5 +1,5 @@
-#include <vexa/Debugger.h>
 #include <vexa/Config.h>
+#include <vexa/Debugger.h>
 #include <vexa/Lifecycle.h>
 #include <vexa/Resource.h>
 
@@ -51,17 +51,13 @@ Engine* Engine::GetCurrent()
 bool Initialize(const std::string& lookFile)
 {
     bool& initialized = InitializedFlag();
-    if (initialized)
-    {
+    if (initialized) {
         rlog::Fail("Cannot initialize system again, it was initialized already.", "vexa::Initialize");
         return false;
     }
-    try
-    {
+    try {
         initialized = GetEngine().Initialize(lookFile);
-    }
-    catch (const std::runtime_error& e)
-    {
+    } catch (const std::runtime_error& e) {
         const std::string message = e.what();
         rlog::Fail(message.empty() ? "Unknown exception" : message, "vexa::Initialize");
         return false;
@@ -185,8 +181,7 @@ bool IsAxesVisible(unsigned char viewarea)
 void SetAxesVisible(unsigned char viewarea, bool visible)
 {
     const auto& areas = GetEngine().GetViewareas();
-    if (viewarea < areas.size())
-    {
+    if (viewarea < areas.size()) {
         areas[viewarea]->SetAxesVisible(visible);
         GetEngine().MarkViewareasDirty();
         GetEngine().RequestRedraw();
@@ -207,10 +202,8 @@ std::vector<ActiveResourceInfo> GetActiveResources()
 {
     Engine& engine = GetEngine();
     std::vector<ActiveResourceInfo> infos;
-    for (const auto& area : engine.GetViewareas())
-    {
-        for (const auto& [id, gadget] : area->GetGadgetManager().GetGadgets())
-        {
+    for (const auto& area : engine.GetViewareas()) {
+        for (const auto& [id, gadget] : area->GetGadgetManager().GetGadgets()) {
             ActiveResourceInfo info;
             info.resource = engine.FindResource(id);
             info.viewareaId = area->GetId();

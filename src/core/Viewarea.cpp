@@ -2,8 +2,8 @@
 
 #include "core/EngineServices.h"
 #include "core/Notifications.h"
-#include "gui/GuiViewareaOptions.h"
 #include "gui/GuiPanel.h"
+#include "gui/GuiViewareaOptions.h"
 #include "gui/Sidebar.h"
 #include "scene/GadgetManager.h"
 
@@ -20,8 +20,7 @@
 
 namespace vexa {
 
-Viewarea::Viewarea(unsigned int id)
-    : id_(id)
+Viewarea::Viewarea(unsigned int id) : id_(id)
 {
     gadgetManager_ = std::make_unique<GadgetManager>(this);
 }
@@ -40,11 +39,9 @@ CEGUI::UDim ToUDim(const CompositeFloat& value)
 
 } // namespace
 
-Viewarea::Viewarea(unsigned int id, CEGUI::Window* parent)
-    : id_(id)
+Viewarea::Viewarea(unsigned int id, CEGUI::Window* parent) : id_(id)
 {
-    try
-    {
+    try {
         window_ = CEGUI::WindowManager::getSingleton().loadLayoutFromFile(kLayoutFile);
         // Sibling names must be unique for CEGUI's name paths.
         window_->setName("viewarea" + CEGUI::PropertyHelper<std::uint32_t>::toString(id));
@@ -64,9 +61,7 @@ Viewarea::Viewarea(unsigned int id, CEGUI::Window* parent)
             if (sidebarCallback_)
                 sidebarCallback_(shown);
         });
-    }
-    catch (const std::exception& e)
-    {
+    } catch (const std::exception& e) {
         rlog::Fail(std::string("Can not build the view area from resources/") + kLayoutFile + ": " + e.what(),
                    "vexa::Viewarea::Viewarea");
         if (window_ != nullptr)
@@ -76,8 +71,7 @@ Viewarea::Viewarea(unsigned int id, CEGUI::Window* parent)
         renderCanvas_ = nullptr;
     }
     gadgetManager_ = std::make_unique<GadgetManager>(this);
-    if (window_ != nullptr)
-    {
+    if (window_ != nullptr) {
         viewOptions_ = std::make_unique<GuiViewareaOptions>(*this, window_);
         window_->getChild("btn_viewarea_options")
             ->subscribeEvent(CEGUI::PushButton::EventClicked, [this](const CEGUI::EventArgs&) {
@@ -111,20 +105,22 @@ void Viewarea::ApplyLook(const ViewareaLook& look)
 {
     look_ = look;
     GetNotifications().Unsubscribe(this);
-    GetNotifications().Subscribe(this, kResourceAdded,
-                                 [this](const void* data) { OnResourceAdded(*static_cast<const ResourceId*>(data)); });
-    GetNotifications().Subscribe(this, kResourceGadgetsReset,
-                                 [this](const void* data) { OnResourceReset(*static_cast<const ResourceId*>(data)); });
-    GetNotifications().Subscribe(this, kResourceRemoved,
-                                 [this](const void* data) { OnResourceRemoved(*static_cast<const ResourceId*>(data)); });
+    GetNotifications().Subscribe(this, kResourceAdded, [this](const void* data) {
+        OnResourceAdded(*static_cast<const ResourceId*>(data));
+    });
+    GetNotifications().Subscribe(this, kResourceGadgetsReset, [this](const void* data) {
+        OnResourceReset(*static_cast<const ResourceId*>(data));
+    });
+    GetNotifications().Subscribe(this, kResourceRemoved, [this](const void* data) {
+        OnResourceRemoved(*static_cast<const ResourceId*>(data));
+    });
 
     SetAxesVisible(look.axes);
     GetScene()->SetGridMode(static_cast<int>(look.gridMode));
     GetScene()->SetGridUnits(look.gridUnits);
     GetScene()->SetNearFar(look.nearPlane, look.farPlane);
 
-    if (window_ == nullptr)
-    {
+    if (window_ == nullptr) {
         sidebarVisible_ = look.sidebarEnabled && look.sidebarVisible;
         sidebarToggleShown_ = look.sidebarEnabled;
         return;
@@ -133,14 +129,11 @@ void Viewarea::ApplyLook(const ViewareaLook& look)
     window_->setSize(CEGUI::USize(ToUDim(look.size.width), ToUDim(look.size.height)));
 
     CEGUI::Window* toggle = window_->getChild("btn_toggle_sidebar");
-    if (look.sidebarEnabled)
-    {
+    if (look.sidebarEnabled) {
         ChangeSidebarVisibility(look.sidebarVisible);
         toggle->setVisible(true);
         sidebarToggleShown_ = true;
-    }
-    else
-    {
+    } else {
         ChangeSidebarVisibility(false);
         toggle->setVisible(false);
         sidebarToggleShown_ = false;
@@ -170,7 +163,8 @@ void Viewarea::LayOutToolbar()
     // Without the toolbar the panels move up into its place.
     CEGUI::Window* scroll = window_->getChild("sidebar/scroll_panel");
     const float top = toolbar ? window_->getChild("sidebar/toolbar")->getHeight().d_offset : 0.0f;
-    scroll->setArea(CEGUI::URect(CEGUI::UDim(0, 0), CEGUI::UDim(0, top), CEGUI::UDim(1, 0), CEGUI::UDim(1, 0)));
+    scroll->setArea(
+        CEGUI::URect(CEGUI::UDim(0, 0), CEGUI::UDim(0, top), CEGUI::UDim(1, 0), CEGUI::UDim(1, 0)));
 }
 
 bool Viewarea::ShowsResource(const ResourceId& id) const
@@ -215,16 +209,17 @@ void Viewarea::ChangeSidebarVisibility(bool visible)
 {
     const bool changed = visible != sidebarVisible_;
     sidebarVisible_ = visible;
-    if (window_ != nullptr)
-    {
+    if (window_ != nullptr) {
         // The arrow points where the sidebar goes when clicked.
         window_->getChild("btn_toggle_sidebar")
             ->setProperty("Glyph", visible ? "Icons16px/right" : "Icons16px/left");
-        window_->getChild("btn_toggle_sidebar")->setProperty("TooltipText", visible ? "Hide the sidebar" : "Show the sidebar");
+        window_->getChild("btn_toggle_sidebar")
+            ->setProperty("TooltipText", visible ? "Hide the sidebar" : "Show the sidebar");
         // Keep the toggle beside the sidebar, or at the window's edge without it.
         const float right = visible ? -276.0f : -6.0f;
         window_->getChild("btn_toggle_sidebar")
-            ->setArea(CEGUI::URect(CEGUI::UDim(1, right - 20.0f), CEGUI::UDim(0, 6), CEGUI::UDim(1, right), CEGUI::UDim(0, 26)));
+            ->setArea(CEGUI::URect(CEGUI::UDim(1, right - 20.0f), CEGUI::UDim(0, 6), CEGUI::UDim(1, right),
+                                   CEGUI::UDim(0, 26)));
         // The scene is drawn beside the sidebar, not under it, so that what the camera looks
         // at stays in the middle of what the user sees.
         CEGUI::Window* canvas = window_->getChild("render_canvas");
@@ -233,16 +228,13 @@ void Viewarea::ChangeSidebarVisibility(bool visible)
         if (canvas->getPixelSize() != before)
             NotifyCanvasSize();
     }
-    if (sidebar_ != nullptr)
-    {
+    if (sidebar_ != nullptr) {
         // The sidebar reports the change through the callback installed at construction.
         const bool wasVisible = sidebar_->IsVisible();
         sidebar_->SetVisible(visible);
         if (wasVisible != visible)
             GetEngineServices().RequestRedraw();
-    }
-    else if (changed)
-    {
+    } else if (changed) {
         if (window_ != nullptr)
             window_->getChild("sidebar")->setVisible(visible);
         GetEngineServices().RequestRedraw();
@@ -333,8 +325,7 @@ std::optional<PickHit> Viewarea::Pick(glm::vec2 cursor) const
     request.viewProjection = scene->GetProjectionMatrix() * view.GetViewMatrix();
     request.cameraPosition = view.GetPosition();
     std::optional<PickHit> nearest;
-    for (const auto& [id, gadget] : gadgetManager_->GetGadgets())
-    {
+    for (const auto& [id, gadget] : gadgetManager_->GetGadgets()) {
         std::optional<PickHit> hit = gadget->Pick(request);
         if (hit && (!nearest || hit->distance < nearest->distance))
             nearest = std::move(hit);
@@ -354,12 +345,14 @@ EventStatus Viewarea::KeyReleased(Key key, const ModKeys& mods)
 
 EventStatus Viewarea::MouseButtonPressed(MouseButton button, const ModKeys& mods)
 {
-    return gadgetManager_->Route([&](Gadget& g, EventStatus s) { return g.MouseButtonPressed(button, mods, s); });
+    return gadgetManager_->Route(
+        [&](Gadget& g, EventStatus s) { return g.MouseButtonPressed(button, mods, s); });
 }
 
 EventStatus Viewarea::MouseButtonReleased(MouseButton button, const ModKeys& mods)
 {
-    return gadgetManager_->Route([&](Gadget& g, EventStatus s) { return g.MouseButtonReleased(button, mods, s); });
+    return gadgetManager_->Route(
+        [&](Gadget& g, EventStatus s) { return g.MouseButtonReleased(button, mods, s); });
 }
 
 EventStatus Viewarea::MouseWheel(float delta)

@@ -25,8 +25,7 @@ bool ViewareaSettings::ReadPayload(std::istream& in)
     std::uint32_t count = 0;
     if (!reader.Read(count))
         return false;
-    if (count > kMaxRecords)
-    {
+    if (count > kMaxRecords) {
         rlog::Warn("Implausible view area count " + std::to_string(count), label);
         return false;
     }
@@ -74,8 +73,7 @@ ViewareaLook ViewareaSettings::CaptureOne(const Viewarea& area)
     record.nearPlane = scene->GetNear();
     record.farPlane = scene->GetFar();
     record.sidebarVisible = area.IsSidebarVisible();
-    if (const Camera* camera = area.GetCamera())
-    {
+    if (const Camera* camera = area.GetCamera()) {
         record.camera.position = camera->GetPosition();
         record.camera.target = camera->GetTarget();
         record.camera.up = camera->GetUp();
@@ -93,8 +91,7 @@ void ViewareaSettings::ApplyOne(Viewarea& area, const ViewareaLook& record)
     scene->SetGridUnits(record.gridUnits);
     scene->SetNearFar(record.nearPlane, record.farPlane);
     area.SetSidebarVisible(record.sidebarVisible);
-    if (Camera* camera = area.GetCamera())
-    {
+    if (Camera* camera = area.GetCamera()) {
         camera->SetPose(Camera::Pose(record.camera.target, record.camera.position, record.camera.up));
         // SetPose switches fixed rotation off; the axis goes first so that switching it back
         // on turns the camera upright about the stored axis.

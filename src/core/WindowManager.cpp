@@ -66,8 +66,8 @@ bool WindowManager::ReadPayload(std::istream& in)
     Placement read;
     std::uint8_t maximized = 0;
     std::uint8_t padding[3] = {};
-    if (!reader.Read(read.x) || !reader.Read(read.y) || !reader.Read(read.width) || !reader.Read(read.height) ||
-        !reader.Read(maximized) || !reader.ReadBytes(padding, sizeof(padding)))
+    if (!reader.Read(read.x) || !reader.Read(read.y) || !reader.Read(read.width) ||
+        !reader.Read(read.height) || !reader.Read(maximized) || !reader.ReadBytes(padding, sizeof(padding)))
         return false;
     // A zero (or nonsensical) size would open an unusable window: the file is not taken.
     if (!IsUsableExtent(read.width) || !IsUsableExtent(read.height) || maximized > 1)

@@ -54,21 +54,23 @@ CheckboxList::CheckboxList(nubo::ArrayPanel* widget) : TElement(widget), widget_
         selectAll_ = CreateButton(widget_, "sel-all", "Select all");
         unselectAll_ = CreateButton(widget_, "unsel-all", "Unselect all");
     } catch (const CEGUI::Exception& e) {
-        rlog::Fail(std::string("Cannot build the select buttons: ") + e.what(), "vexa::gui::CheckboxList::CheckboxList");
+        rlog::Fail(std::string("Cannot build the select buttons: ") + e.what(),
+                   "vexa::gui::CheckboxList::CheckboxList");
     }
     Connect();
 }
 
 CheckboxList::CheckboxList(const CheckboxList& other)
-    : TElement(other), items_(other.items_), itemCallbacks_(other.itemCallbacks_), selectAll_(other.selectAll_),
-      unselectAll_(other.unselectAll_), widget_(other.widget_)
+    : TElement(other), items_(other.items_), itemCallbacks_(other.itemCallbacks_),
+      selectAll_(other.selectAll_), unselectAll_(other.unselectAll_), widget_(other.widget_)
 {
     Connect();
 }
 
 CheckboxList::CheckboxList(CheckboxList&& other) noexcept
-    : TElement(std::move(other)), items_(std::move(other.items_)), itemCallbacks_(std::move(other.itemCallbacks_)),
-      selectAll_(other.selectAll_), unselectAll_(other.unselectAll_), widget_(other.widget_)
+    : TElement(std::move(other)), items_(std::move(other.items_)),
+      itemCallbacks_(std::move(other.itemCallbacks_)), selectAll_(other.selectAll_),
+      unselectAll_(other.unselectAll_), widget_(other.widget_)
 {
     Connect();
 }
@@ -78,11 +80,13 @@ CheckboxList::~CheckboxList() = default;
 void CheckboxList::Connect()
 {
     if (selectAll_ != nullptr)
-        selectAll_->subscribeEvent(CEGUI::PushButton::EventClicked,
-                                   Guard([](CheckboxList* self, const CEGUI::EventArgs&) { self->SetAllChecked(true); }));
+        selectAll_->subscribeEvent(
+            CEGUI::PushButton::EventClicked,
+            Guard([](CheckboxList* self, const CEGUI::EventArgs&) { self->SetAllChecked(true); }));
     if (unselectAll_ != nullptr)
-        unselectAll_->subscribeEvent(CEGUI::PushButton::EventClicked,
-                                     Guard([](CheckboxList* self, const CEGUI::EventArgs&) { self->SetAllChecked(false); }));
+        unselectAll_->subscribeEvent(
+            CEGUI::PushButton::EventClicked,
+            Guard([](CheckboxList* self, const CEGUI::EventArgs&) { self->SetAllChecked(false); }));
     for (const Item& item : items_)
         ConnectItem(item);
 }
@@ -183,7 +187,8 @@ CheckboxList* CheckboxList::SetItemChecked(std::size_t id, bool checked)
     if (const Item* item = FindItem(id))
         item->checkbox->setSelected(checked);
     else
-        rlog::Warn("No item " + std::to_string(id) + " in the list", "vexa::gui::CheckboxList::SetItemChecked");
+        rlog::Warn("No item " + std::to_string(id) + " in the list",
+                   "vexa::gui::CheckboxList::SetItemChecked");
     return this;
 }
 

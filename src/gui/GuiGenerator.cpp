@@ -151,7 +151,8 @@ struct GuiGenerator::Impl {
         nubo::SetPosition(slot->control, 0.5f, 0.0f, 0.0f, 0.0f);
         nubo::SetSize(slot->control, 0.5f, 0.0f, 0.0f, height);
 
-        CEGUI::Window* label = CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/Label", "dynamic_label");
+        CEGUI::Window* label =
+            CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/Label", "dynamic_label");
         label->setMouseInputPropagationEnabled(true);
         nubo::SetPosition(label, 0.0f, 0.0f, 0.0f, 0.0f);
         nubo::SetSize(label, 0.5f, 0.0f, 0.0f, height);
@@ -247,8 +248,9 @@ gui::Checkbox* GuiGenerator::AddCheckbox(const std::string& caption)
         // Half the row keeps a click beside a short caption from toggling; a longer caption
         // gets what it needs, or it would be cut off.
         const CEGUI::Font* font = checkbox->getFont();
-        const float needed =
-            font != nullptr ? kCheckboxCaptionLeft + font->getTextExtent(checkbox->getText()) + 4.0f * kSpacing : 0.0f;
+        const float needed = font != nullptr ? kCheckboxCaptionLeft +
+                                                   font->getTextExtent(checkbox->getText()) + 4.0f * kSpacing
+                                             : 0.0f;
         if (needed > 0.5f * slot->row->getPixelSize().d_width + kCheckboxExtraWidth)
             nubo::SetSize(checkbox, 0.0f, needed, 0.0f, kControlHeight);
         else
@@ -293,7 +295,8 @@ gui::Droplist* GuiGenerator::AddDroplist(const std::string& label)
 {
     return impl_->Guarded<gui::Droplist>("vexa::GuiGenerator::AddDroplist", [&] {
         ElementSlot* slot = impl_->CreateLabelledRow("DefaultWindow", kControlHeight, label);
-        CEGUI::Window* window = CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/Combobox", "combo_element");
+        CEGUI::Window* window =
+            CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/Combobox", "combo_element");
         slot->control->addChild(window);
         auto* combobox = As<nubo::Combobox>(window, "nubo::Combobox");
         combobox->setID(static_cast<unsigned int>(slot->index));

@@ -14,8 +14,7 @@
 
 namespace vexa {
 
-GuiGlobalOptions::GuiGlobalOptions(GeneralOptions& options)
-    : options_(options)
+GuiGlobalOptions::GuiGlobalOptions(GeneralOptions& options) : options_(options)
 {
     SetTitle("Global Options");
     SetClientLayout("");

@@ -28,7 +28,8 @@ public:
     GuiGenerator& GetGenerator() { return *generator_; }
 
     /// The drop list's items, in the render system's order of anti-aliasing methods.
-    static constexpr const char* kAntiAliasingNames[] = {"Off", "MSAA 2x", "MSAA 4x", "MSAA 8x", "MSAA 16x", "FXAA"};
+    static constexpr const char* kAntiAliasingNames[] = {"Off",     "MSAA 2x",  "MSAA 4x",
+                                                         "MSAA 8x", "MSAA 16x", "FXAA"};
 
 private:
     GeneralOptions& options_;

@@ -73,19 +73,17 @@ bool GuiAlive()
 
 GuiPanel::GuiPanel()
 {
-    try
-    {
+    try {
         window_ = CloneTemplate();
-    }
-    catch (const std::exception& e)
-    {
+    } catch (const std::exception& e) {
         rlog::Fail(std::string("Can not build the panel template: ") + e.what(), "vexa::GuiPanel::GuiPanel");
         window_ = CEGUI::WindowManager::getSingleton().createWindow("DefaultWindow");
         window_->addChild(CEGUI::WindowManager::getSingleton().createWindow("DefaultWindow", "panel_header"));
     }
     header_ = window_->getChild("panel_header");
     window_->setMaxSize(CEGUI::USize(CEGUI::UDim(0, 0), CEGUI::UDim(0, 0)));
-    window_->setMargin(CEGUI::UBox(CEGUI::UDim(0, 0), CEGUI::UDim(0, kMargin), CEGUI::UDim(0, kMargin), CEGUI::UDim(0, 0)));
+    window_->setMargin(
+        CEGUI::UBox(CEGUI::UDim(0, 0), CEGUI::UDim(0, kMargin), CEGUI::UDim(0, kMargin), CEGUI::UDim(0, 0)));
     window_->setSize(CEGUI::USize(CEGUI::UDim(1, -kMargin), CEGUI::UDim(0, kHeaderHeight)));
     window_->setZOrderingEnabled(true);
     window_->setMouseInputPropagationEnabled(true);
@@ -102,8 +100,7 @@ GuiPanel::GuiPanel()
             return true;
         });
     };
-    if (CEGUI::Window* pin = GetButton("btn_pin"))
-    {
+    if (CEGUI::Window* pin = GetButton("btn_pin")) {
         pin->setVisible(false);
         connect(pin, &GuiPanel::pinCallback_);
     }
@@ -120,8 +117,7 @@ GuiPanel::~GuiPanel()
     CEGUI::WindowManager& manager = CEGUI::WindowManager::getSingleton();
     if (window_ == nullptr || !manager.isAlive(window_))
         return;
-    if (column_ != nullptr && manager.isAlive(column_) && column_->isChild(window_))
-    {
+    if (column_ != nullptr && manager.isAlive(column_) && column_->isChild(window_)) {
         column_->removeChild(window_);
         RelayColumn();
     }
@@ -137,20 +133,17 @@ void GuiPanel::SetClientLayout(const std::string& layoutText)
 {
     CEGUI::WindowManager& manager = CEGUI::WindowManager::getSingleton();
     CEGUI::Window* client = nullptr;
-    try
-    {
+    try {
         if (layoutText.empty())
             client = manager.createWindow("DarkVexa/ArrayPanel", "unnamed");
         else
             client = manager.loadLayoutFromString(layoutText);
-    }
-    catch (const std::exception& e)
-    {
-        rlog::Fail(std::string("Can not build the client window: ") + e.what(), "vexa::GuiPanel::SetClientLayout");
+    } catch (const std::exception& e) {
+        rlog::Fail(std::string("Can not build the client window: ") + e.what(),
+                   "vexa::GuiPanel::SetClientLayout");
         return;
     }
-    if (client == nullptr)
-    {
+    if (client == nullptr) {
         rlog::Fail("The layout text holds no window", "vexa::GuiPanel::SetClientLayout");
         return;
     }
@@ -162,7 +155,8 @@ void GuiPanel::SetClientLayout(const std::string& layoutText)
     client_->setSize(CEGUI::USize(CEGUI::UDim(1, 0), CEGUI::UDim(1, -kHeaderHeight)));
     client_->setVisible(!collapsed_);
     window_->addChild(client_);
-    client_->subscribeEvent(CEGUI::Window::EventSized, CEGUI::Event::Subscriber(&GuiPanel::OnClientSized, this));
+    client_->subscribeEvent(CEGUI::Window::EventSized,
+                            CEGUI::Event::Subscriber(&GuiPanel::OnClientSized, this));
 }
 
 bool GuiPanel::OnClientSized(const CEGUI::EventArgs&)
@@ -200,21 +194,20 @@ void GuiPanel::HideRemoveButton()
         return;
     remove->setVisible(false);
     if (CEGUI::Window* pin = GetButton("btn_pin"))
-        pin->setArea(CEGUI::URect(CEGUI::UDim(1, -kHeaderHeight), CEGUI::UDim(0, 0), CEGUI::UDim(1, 0), CEGUI::UDim(1, 0)));
+        pin->setArea(CEGUI::URect(CEGUI::UDim(1, -kHeaderHeight), CEGUI::UDim(0, 0), CEGUI::UDim(1, 0),
+                                  CEGUI::UDim(1, 0)));
 }
 
 void GuiPanel::AttachTo(CEGUI::Window* column)
 {
-    if (column == nullptr)
-    {
+    if (column == nullptr) {
         rlog::Warn("No column to attach the panel to", "vexa::GuiPanel::AttachTo");
         return;
     }
     column_ = column;
     if (client_ == nullptr)
         SetClientLayout("");
-    if (attached_)
-    {
+    if (attached_) {
         if (!column_->isChild(window_))
             column_->addChild(window_);
         RelayColumn();
@@ -235,27 +228,22 @@ void GuiPanel::SetCollapsed(bool collapsed)
     if (collapsed == collapsed_)
         return;
     collapsed_ = collapsed;
-    if (collapsed_)
-    {
+    if (collapsed_) {
         if (scrollPane_ != nullptr)
             scrollPane_->setVerticalScrollPosition(0.0f);
         // The client shrinks with the panel; muted, it does not report that as its new height.
-        if (client_ != nullptr)
-        {
+        if (client_ != nullptr) {
             client_->hide();
             client_->setMutedState(true);
         }
         window_->setHeight(CEGUI::UDim(0, kHeaderHeight));
         if (client_ != nullptr)
             client_->setMutedState(false);
-    }
-    else
-    {
+    } else {
         if (client_ != nullptr)
             client_->setMutedState(true);
         window_->setHeight(CEGUI::UDim(0, expandedHeight_));
-        if (client_ != nullptr)
-        {
+        if (client_ != nullptr) {
             client_->setMutedState(false);
             client_->show();
             client_->activate();

@@ -109,8 +109,7 @@ GuiResourceInspector::GuiResourceInspector()
 
     // Scrollbars over the items rather than beside them, and without arrows: the list is
     // narrow and the wheel scrolls it.
-    for (CEGUI::Scrollbar* bar : {list_->getVertScrollbar(), list_->getHorzScrollbar()})
-    {
+    for (CEGUI::Scrollbar* bar : {list_->getVertScrollbar(), list_->getHorzScrollbar()}) {
         bar->setAlwaysOnTop(true);
         bar->getIncreaseButton()->hide();
         bar->getDecreaseButton()->hide();
@@ -127,7 +126,8 @@ GuiResourceInspector::GuiResourceInspector()
     on(client->getChild("BtnHome"), CEGUI::PushButton::EventClicked, [this] { GoHome(); });
     on(client->getChild("BtnUp"), CEGUI::PushButton::EventClicked, [this] { GoUp(); });
     on(search_->getChild("BtnSearchClear"), CEGUI::PushButton::EventClicked, [this] { ClearSearch(); });
-    on(search_, CEGUI::Window::EventTextChanged, [this] { SetSearchText(gui::FromCeguiText(search_->getText())); });
+    on(search_, CEGUI::Window::EventTextChanged,
+       [this] { SetSearchText(gui::FromCeguiText(search_->getText())); });
     on(list_, CEGUI::ItemListbox::EventSelectionChanged, [this] {
         if (rebuilding_)
             return;
@@ -154,8 +154,7 @@ std::vector<std::string> GuiResourceInspector::SplitPath(const std::string& name
     // Empty components ("a//b", a leading or trailing "/") make no folders of their own.
     std::vector<std::string> path;
     std::size_t begin = 0;
-    while (begin <= name.size())
-    {
+    while (begin <= name.size()) {
         std::size_t end = name.find('/', begin);
         if (end == std::string::npos)
             end = name.size();
@@ -180,8 +179,7 @@ std::vector<std::string> GuiResourceInspector::PathOf(const Node* node)
 GuiResourceInspector::Node* GuiResourceInspector::Find(const std::vector<std::string>& path) const
 {
     const Node* node = &root_;
-    for (const std::string& component : path)
-    {
+    for (const std::string& component : path) {
         auto it = node->children.find(component);
         if (it == node->children.end())
             return nullptr;
@@ -193,19 +191,16 @@ GuiResourceInspector::Node* GuiResourceInspector::Find(const std::vector<std::st
 void GuiResourceInspector::InsertResource(const ResourceId& id)
 {
     Node* node = &root_;
-    for (const std::string& component : SplitPath(id.name))
-    {
+    for (const std::string& component : SplitPath(id.name)) {
         std::unique_ptr<Node>& child = node->children[component];
-        if (!child)
-        {
+        if (!child) {
             child = std::make_unique<Node>();
             child->name = component;
             child->parent = node;
         }
         node = child.get();
     }
-    if (node->resources.insert(id).second)
-    {
+    if (node->resources.insert(id).second) {
         ++resourceCount_;
         dirty_ = true;
     }
@@ -219,12 +214,10 @@ void GuiResourceInspector::EraseResource(const ResourceId& id)
     --resourceCount_;
     dirty_ = true;
     // Take away the folders this leaves empty; the location moves up out of them.
-    while (node != &root_ && node->resources.empty() && node->children.empty())
-    {
+    while (node != &root_ && node->resources.empty() && node->children.empty()) {
         Node* parent = node->parent;
         for (const Node* at = location_; at != nullptr; at = at->parent)
-            if (at == node)
-            {
+            if (at == node) {
                 location_ = parent;
                 break;
             }
@@ -242,10 +235,12 @@ void GuiResourceInspector::FollowResources(const std::vector<ResourceId>& existi
         InsertResource(id);
     Notifications& notifications = GetNotifications();
     notifications.Unsubscribe(this);
-    notifications.Subscribe(this, kResourceAdded,
-                            [this](const void* data) { InsertResource(*static_cast<const ResourceId*>(data)); });
-    notifications.Subscribe(this, kResourceRemoved,
-                            [this](const void* data) { EraseResource(*static_cast<const ResourceId*>(data)); });
+    notifications.Subscribe(this, kResourceAdded, [this](const void* data) {
+        InsertResource(*static_cast<const ResourceId*>(data));
+    });
+    notifications.Subscribe(this, kResourceRemoved, [this](const void* data) {
+        EraseResource(*static_cast<const ResourceId*>(data));
+    });
 }
 
 void GuiResourceInspector::SetSelected(const ResourceId& id)
@@ -302,14 +297,12 @@ void GuiResourceInspector::OnItemPicked(std::size_t entryIndex)
     // A copy: the callback may change what the entries hold.
     const Entry entry = entries_[entryIndex];
     dirty_ = true;
-    if (!entry.folder)
-    {
+    if (!entry.folder) {
         if (selectionCallback_)
             selectionCallback_(entry.id);
         return;
     }
-    if (Node* folder = Find(entry.path))
-    {
+    if (Node* folder = Find(entry.path)) {
         location_ = folder;
         mode_ = Mode::Browsing;
     }
@@ -317,8 +310,7 @@ void GuiResourceInspector::OnItemPicked(std::size_t entryIndex)
 
 bool GuiResourceInspector::Update()
 {
-    if (dirty_)
-    {
+    if (dirty_) {
         Rebuild();
         return true;
     }
@@ -347,24 +339,19 @@ void GuiResourceInspector::Rebuild()
     usedItems_ = 0;
 
     std::vector<const Node*> shown;
-    if (mode_ == Mode::Search)
-    {
+    if (mode_ == Mode::Search) {
         Collect(root_, Lower(searchText_), shown);
         // A CEGUI list of thousands of items costs seconds to fill; a search that broad is
         // narrowed by typing on, so only its first hits are listed, and the label says so.
-        if (shown.size() > kMaxSearchHits)
-        {
-            locationLabel_->setText(gui::ToCeguiText("Search Results (first " + std::to_string(kMaxSearchHits) +
-                                                     " of " + std::to_string(shown.size()) + ")"));
+        if (shown.size() > kMaxSearchHits) {
+            locationLabel_->setText(gui::ToCeguiText("Search Results (first " +
+                                                     std::to_string(kMaxSearchHits) + " of " +
+                                                     std::to_string(shown.size()) + ")"));
             shown.resize(kMaxSearchHits);
-        }
-        else
-        {
+        } else {
             locationLabel_->setText("Search Results");
         }
-    }
-    else
-    {
+    } else {
         shown.reserve(location_->children.size());
         for (const auto& [name, child] : location_->children)
             shown.push_back(child.get());
@@ -373,17 +360,14 @@ void GuiResourceInspector::Rebuild()
 
     const bool blink = blinkRequested_;
     blinkRequested_ = false;
-    for (const Node* node : shown)
-    {
+    for (const Node* node : shown) {
         // A name that is both a folder and a resource ("a" beside "a/b") gets an item for each.
         if (!node->children.empty())
             AddItem(node->name + "/", true, Entry{true, PathOf(node), {}}, false);
-        for (const ResourceId& id : node->resources)
-        {
+        for (const ResourceId& id : node->resources) {
             const bool selected = selected_.IsValid() && id == selected_;
             CEGUI::ItemEntry* item = AddItem(node->name, false, Entry{false, {}, id}, selected);
-            if (selected && blink)
-            {
+            if (selected && blink) {
                 blink_ = CEGUI::AnimationManager::getSingleton().instantiateAnimation(kBlinkAnimation);
                 blink_->setTargetWindow(item);
                 // The step of the frame that built the list is skipped, so a slow rebuild
@@ -396,8 +380,7 @@ void GuiResourceInspector::Rebuild()
     rebuilding_ = false;
 
     // After a search with thousands of hits, the spare windows are not kept for ever.
-    if (items_.size() > 2 * usedItems_ + 64)
-    {
+    if (items_.size() > 2 * usedItems_ + 64) {
         CEGUI::WindowManager& windows = CEGUI::WindowManager::getSingleton();
         for (std::size_t i = usedItems_; i < items_.size(); ++i)
             windows.destroyWindow(items_[i]);
@@ -405,13 +388,14 @@ void GuiResourceInspector::Rebuild()
     }
 }
 
-CEGUI::ItemEntry* GuiResourceInspector::AddItem(const std::string& text, bool folder, Entry entry, bool selected)
+CEGUI::ItemEntry* GuiResourceInspector::AddItem(const std::string& text, bool folder, Entry entry,
+                                                bool selected)
 {
     // Item windows are kept from one rebuild to the next: making and destroying a CEGUI window
     // costs more than all the rest of a rebuild.
-    if (usedItems_ == items_.size())
-    {
-        auto* made = static_cast<CEGUI::ItemEntry*>(CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/ListboxItem"));
+    if (usedItems_ == items_.size()) {
+        auto* made = static_cast<CEGUI::ItemEntry*>(
+            CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/ListboxItem"));
         made->setDestroyedByParent(false);
         made->setMouseInputPropagationEnabled(true);
         made->setZOrderingEnabled(false);
@@ -420,7 +404,8 @@ CEGUI::ItemEntry* GuiResourceInspector::AddItem(const std::string& text, bool fo
     CEGUI::ItemEntry* item = items_[usedItems_++];
     item->setText(gui::ToCeguiText(text));
     item->setID(static_cast<unsigned int>(entries_.size()));
-    item->setProperty("TextColour", folder ? CEGUI::String(kFolderColour) : item->getPropertyDefault("TextColour"));
+    item->setProperty("TextColour",
+                      folder ? CEGUI::String(kFolderColour) : item->getPropertyDefault("TextColour"));
     item->setSelected(false);
     item->setAlpha(1.0f);
     entries_.push_back(std::move(entry));
@@ -430,10 +415,10 @@ CEGUI::ItemEntry* GuiResourceInspector::AddItem(const std::string& text, bool fo
     return item;
 }
 
-void GuiResourceInspector::Collect(const Node& node, const std::string& needle, std::vector<const Node*>& hits) const
+void GuiResourceInspector::Collect(const Node& node, const std::string& needle,
+                                   std::vector<const Node*>& hits) const
 {
-    for (const auto& [name, child] : node.children)
-    {
+    for (const auto& [name, child] : node.children) {
         if (Lower(name).find(needle) != std::string::npos)
             hits.push_back(child.get());
         Collect(*child, needle, hits);

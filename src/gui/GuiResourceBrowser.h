@@ -42,7 +42,10 @@ public:
     void FollowResources(const std::vector<ResourceId>& existing);
     /// The resource to show selected (empty for none); its item blinks at the next rebuild.
     void SetSelected(const ResourceId& id);
-    void SetSelectionCallback(std::function<void(const ResourceId&)> callback) { selectionCallback_ = std::move(callback); }
+    void SetSelectionCallback(std::function<void(const ResourceId&)> callback)
+    {
+        selectionCallback_ = std::move(callback);
+    }
 
     /// Rebuilds the list when something changed since the last rebuild; returns whether the
     /// panel needs drawing again (rebuilt, or its selected item still blinking).

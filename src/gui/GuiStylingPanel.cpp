@@ -6,8 +6,7 @@
 
 namespace vexa {
 
-GuiStylingPanel::GuiStylingPanel(const ResourceId& id)
-    : id_(id)
+GuiStylingPanel::GuiStylingPanel(const ResourceId& id) : id_(id)
 {
     SetTitle(id.name);
     SetFocusVisible(true);

@@ -125,17 +125,14 @@ glm::vec3 GuiViewareaOptions::ModeAxis(int mode)
     return runa::AxisVector(static_cast<std::uint8_t>((mode - 1) / 2 + (mode - 1) % 2 * 3));
 }
 
-GuiViewareaOptions::GuiViewareaOptions(Viewarea& area, CEGUI::Window* parent)
-    : area_(area)
+GuiViewareaOptions::GuiViewareaOptions(Viewarea& area, CEGUI::Window* parent) : area_(area)
 {
     CEGUI::WindowManager& windows = CEGUI::WindowManager::getSingleton();
-    try
-    {
+    try {
         window_ = windows.loadLayoutFromString(kLayout);
-    }
-    catch (const std::exception& e)
-    {
-        rlog::Fail(std::string("Can not build the view options: ") + e.what(), "vexa::GuiViewareaOptions::GuiViewareaOptions");
+    } catch (const std::exception& e) {
+        rlog::Fail(std::string("Can not build the view options: ") + e.what(),
+                   "vexa::GuiViewareaOptions::GuiViewareaOptions");
         return;
     }
     window_->hide();
@@ -151,10 +148,10 @@ GuiViewareaOptions::GuiViewareaOptions(Viewarea& area, CEGUI::Window* parent)
     ground_->AddItem("Plane XY", draw::GridMode::XY);
     ground_->AddItem("Plane YZ", draw::GridMode::YZ);
     ground_->AddItem("Plane ZX", draw::GridMode::ZX);
-    for (const char* mode : {"Orbit", "Orbit Pos X", "Orbit Neg X", "Orbit Pos Y", "Orbit Neg Y", "Orbit Pos Z", "Orbit Neg Z"})
+    for (const char* mode :
+         {"Orbit", "Orbit Pos X", "Orbit Neg X", "Orbit Pos Y", "Orbit Neg Y", "Orbit Pos Z", "Orbit Neg Z"})
         cameraMode_->AddItem(mode);
-    for (nubo::Combobox* combo : {ground_, cameraMode_})
-    {
+    for (nubo::Combobox* combo : {ground_, cameraMode_}) {
         CEGUI::Scrollbar* bar = combo->getDropList()->getVertScrollbar();
         bar->getIncreaseButton()->hide();
         bar->getDecreaseButton()->hide();
@@ -163,10 +160,10 @@ GuiViewareaOptions::GuiViewareaOptions(Viewarea& area, CEGUI::Window* parent)
         static_cast<CEGUI::Editbox*>(SpinnerOf(window_, name)->getChild(CEGUI::Spinner::EditboxName))
             ->setValidationString(kNumberPattern);
 
-    const auto on = [this](const char* child, const CEGUI::String& event, void (GuiViewareaOptions::*handler)()) {
+    const auto on = [this](const char* child, const CEGUI::String& event,
+                           void (GuiViewareaOptions::*handler)()) {
         window_->getChild(child)->subscribeEvent(event, [this, handler](const CEGUI::EventArgs&) {
-            if (updating_)
-            {
+            if (updating_) {
                 (this->*handler)();
                 // The controls show what the view area made of the change (clamped values).
                 Refresh();
@@ -235,20 +232,19 @@ void GuiViewareaOptions::Refresh()
     updating_ = false;
     ground_->SelectByValue(scene->GetGridMode());
     int mode = 0;
-    if (camera->IsFixedRotationEnabled())
-    {
+    if (camera->IsFixedRotationEnabled()) {
         mode = -1;
         for (int row = 1; row < kModeCount && mode < 0; ++row)
             if (ModeAxis(row) == camera->GetFixedRotationAxis())
                 mode = row;
     }
-    if (!cameraMode_->SelectByValue(mode))
-    {
+    if (!cameraMode_->SelectByValue(mode)) {
         // An axis of the host's own that no item names.
         cameraMode_->clearAllSelections();
         cameraMode_->setText("");
     }
-    static_cast<CEGUI::ToggleButton*>(window_->getChild("check_drawaxes"))->setSelected(area_.IsAxesVisible());
+    static_cast<CEGUI::ToggleButton*>(window_->getChild("check_drawaxes"))
+        ->setSelected(area_.IsAxesVisible());
     SpinnerOf(window_, "spin_gridunits")->setCurrentValue(scene->GetGridUnits());
     SpinnerOf(window_, "spin_projnear")->setCurrentValue(scene->GetNear());
     SpinnerOf(window_, "spin_projfar")->setCurrentValue(scene->GetFar());
@@ -263,8 +259,7 @@ void GuiViewareaOptions::Changed() const
 
 void GuiViewareaOptions::OnGround()
 {
-    if (const std::optional<int> plane = ground_->GetSelectedValue())
-    {
+    if (const std::optional<int> plane = ground_->GetSelectedValue()) {
         area_.GetScene()->SetGridMode(*plane);
         Changed();
     }
@@ -274,15 +269,12 @@ void GuiViewareaOptions::OnCameraMode()
 {
     const std::optional<int> mode = cameraMode_->GetSelectedValue();
     Camera* camera = area_.GetCamera();
-    if (mode && *mode != 0)
-    {
+    if (mode && *mode != 0) {
         // Switching on turns the camera upright; the new axis then turns it again if needed.
         camera->SetFixedRotationEnabled(true);
         camera->SetFixedRotationAxis(ModeAxis(*mode));
         Changed();
-    }
-    else if (mode)
-    {
+    } else if (mode) {
         // The axis stays stored for the next time fixed orbiting is chosen.
         camera->SetFixedRotationEnabled(false);
         Changed();
@@ -291,13 +283,15 @@ void GuiViewareaOptions::OnCameraMode()
 
 void GuiViewareaOptions::OnDrawAxes()
 {
-    area_.SetAxesVisible(static_cast<CEGUI::ToggleButton*>(window_->getChild("check_drawaxes"))->isSelected());
+    area_.SetAxesVisible(
+        static_cast<CEGUI::ToggleButton*>(window_->getChild("check_drawaxes"))->isSelected());
     Changed();
 }
 
 void GuiViewareaOptions::OnGridUnits()
 {
-    area_.GetScene()->SetGridUnits(static_cast<float>(SpinnerOf(window_, "spin_gridunits")->getCurrentValue()));
+    area_.GetScene()->SetGridUnits(
+        static_cast<float>(SpinnerOf(window_, "spin_gridunits")->getCurrentValue()));
     Changed();
 }
 

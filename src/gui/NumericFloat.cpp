@@ -14,7 +14,8 @@ NumericFloat::NumericFloat(const NumericFloat& other) : LinkedElement(other), wi
     Connect();
 }
 
-NumericFloat::NumericFloat(NumericFloat&& other) noexcept : LinkedElement(std::move(other)), widget_(other.widget_)
+NumericFloat::NumericFloat(NumericFloat&& other) noexcept
+    : LinkedElement(std::move(other)), widget_(other.widget_)
 {
     Connect();
 }

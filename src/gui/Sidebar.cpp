@@ -32,9 +32,7 @@ CEGUI::Window* FindBelow(CEGUI::Window* root, const char* name)
 
 } // namespace
 
-Sidebar::Sidebar(Viewarea& viewarea, CEGUI::Window* root)
-    : viewarea_(viewarea),
-      root_(root)
+Sidebar::Sidebar(Viewarea& viewarea, CEGUI::Window* root) : viewarea_(viewarea), root_(root)
 {
     inspectorPanel_ = std::make_unique<GuiResourceInspector>();
     inspectorPanel_->FollowResources(GetEngineServices().GetResourceIds());
@@ -46,22 +44,20 @@ Sidebar::Sidebar(Viewarea& viewarea, CEGUI::Window* root)
             ToggleOptions();
     });
 
-    if (root_ == nullptr)
-    {
+    if (root_ == nullptr) {
         rlog::Warn("No sidebar window; the panels stay unplaced", "vexa::Sidebar::Sidebar");
         return;
     }
     visible_ = root_->isVisible();
     scrollPane_ = dynamic_cast<CEGUI::ScrollablePane*>(FindBelow(root_, "scroll_panel"));
-    if (scrollPane_ == nullptr)
-    {
+    if (scrollPane_ == nullptr) {
         rlog::Fail("The sidebar window has no scroll pane \"scroll_panel\"", "vexa::Sidebar::Sidebar");
         return;
     }
-    column_ = CEGUI::WindowManager::getSingleton().createWindow("VerticalLayoutContainer", "layout_container");
+    column_ =
+        CEGUI::WindowManager::getSingleton().createWindow("VerticalLayoutContainer", "layout_container");
     scrollPane_->addChild(column_);
-    for (GuiPanel* panel : {static_cast<GuiPanel*>(inspectorPanel_.get()), optionsPanel_.get()})
-    {
+    for (GuiPanel* panel : {static_cast<GuiPanel*>(inspectorPanel_.get()), optionsPanel_.get()}) {
         panel->SetScrollPane(scrollPane_);
         panel->AttachTo(column_);
     }
@@ -143,11 +139,12 @@ void Sidebar::AddResourcePanel(Gadget& gadget)
     panel->SetHighlighted(selected_.IsValid() && selected_ == id);
     panel->SetRemoveCallback([this, id] { viewarea_.GetGadgetManager().Remove(id); });
     panel->SetPinCallback([this, id] { Deselect(id); });
-    panel->GetHeader()->subscribeEvent(CEGUI::Window::EventMouseDoubleClick, [this, id](const CEGUI::EventArgs&) {
-        if (selected_ != id && SetSelectedResource(id) && selectionCallback_)
-            selectionCallback_(id);
-        return true;
-    });
+    panel->GetHeader()->subscribeEvent(
+        CEGUI::Window::EventMouseDoubleClick, [this, id](const CEGUI::EventArgs&) {
+            if (selected_ != id && SetSelectedResource(id) && selectionCallback_)
+                selectionCallback_(id);
+            return true;
+        });
     if (CEGUI::Window* focus = panel->GetButton("btn_focus"))
         focus->subscribeEvent(CEGUI::PushButton::EventClicked, [this, id](const CEGUI::EventArgs&) {
             Focus(id);
@@ -174,19 +171,17 @@ void Sidebar::Place(GuiStylingPanel& panel)
     auto* column = dynamic_cast<CEGUI::SequentialLayoutContainer*>(column_);
     if (column == nullptr || !column->isChild(panel.GetWindow()))
         return;
-    if (panel.IsHighlighted())
-    {
+    if (panel.IsHighlighted()) {
         std::size_t position = 0;
         if (inspectorPanel_->IsAttached() && column->isChild(inspectorPanel_->GetWindow()))
             position = column->getPositionOfChild(inspectorPanel_->GetWindow()) + 1;
         column->moveChildToPosition(panel.GetWindow(), position);
-    }
-    else
-    {
+    } else {
         // Below the selected panel the others keep their resources' order, wherever in that
         // order a new one comes.
         CEGUI::Window* next = nullptr;
-        for (auto it = panels_.upper_bound(panel.GetResourceId()); it != panels_.end() && next == nullptr; ++it)
+        for (auto it = panels_.upper_bound(panel.GetResourceId()); it != panels_.end() && next == nullptr;
+             ++it)
             if (!it->second->IsHighlighted() && column->isChild(it->second->GetWindow()))
                 next = it->second->GetWindow();
         if (next != nullptr)
@@ -206,8 +201,7 @@ bool Sidebar::SetSelectedResource(const ResourceId& id)
             previous->SetHighlighted(false);
     selected_ = id;
     inspectorPanel_->SetSelected(id);
-    if (GuiStylingPanel* panel = GetResourcePanel(id))
-    {
+    if (GuiStylingPanel* panel = GetResourcePanel(id)) {
         panel->SetHighlighted(true);
         Place(*panel);
     }
@@ -221,8 +215,7 @@ bool Sidebar::Update()
 
 void Sidebar::Pick(const ResourceId& id)
 {
-    if (selected_ != id)
-    {
+    if (selected_ != id) {
         if (!SetSelectedResource(id))
             return;
         if (selectionCallback_)
@@ -254,10 +247,8 @@ void Sidebar::Regenerate()
     for (const auto& [id, panel] : panels_)
         shown.emplace_back(id, panel->IsCollapsed());
     GadgetManager& gadgets = viewarea_.GetGadgetManager();
-    for (const auto& [id, collapsed] : shown)
-    {
-        if (!gadgets.HasGadget(id))
-        {
+    for (const auto& [id, collapsed] : shown) {
+        if (!gadgets.HasGadget(id)) {
             RemoveResourcePanel(id);
             continue;
         }
@@ -288,15 +279,12 @@ void Sidebar::ToggleOptions()
     if (column == nullptr)
         return;
     CEGUI::Window* window = optionsPanel_->GetWindow();
-    if (optionsPanel_->IsAttached())
-    {
+    if (optionsPanel_->IsAttached()) {
         optionsPanel_->SetAttached(false);
         if (column->isChild(window))
             column->removeChild(window);
         nubo::SetTheme(nubo::PushButtonTheme::Default, toggleOptions_);
-    }
-    else
-    {
+    } else {
         optionsPanel_->SetAttached(true);
         optionsPanel_->AttachTo(column_);
         column->moveChildToPosition(window, 0);
@@ -307,8 +295,7 @@ void Sidebar::ToggleOptions()
 
 void Sidebar::ToggleVideo()
 {
-    if (!videoResource_.IsValid())
-    {
+    if (!videoResource_.IsValid()) {
         rlog::Warn("No camera animation resource to show", "vexa::Sidebar::ToggleVideo");
         return;
     }

@@ -43,8 +43,14 @@ public:
 
     bool IsVisible() const { return visible_; }
     void SetVisible(bool visible);
-    void SetVisibilityCallback(std::function<void(bool)> callback) { visibilityCallback_ = std::move(callback); }
-    void SetSelectionCallback(std::function<void(const ResourceId&)> callback) { selectionCallback_ = std::move(callback); }
+    void SetVisibilityCallback(std::function<void(bool)> callback)
+    {
+        visibilityCallback_ = std::move(callback);
+    }
+    void SetSelectionCallback(std::function<void(const ResourceId&)> callback)
+    {
+        selectionCallback_ = std::move(callback);
+    }
 
     /// Makes the gadget's panel and lets the gadget fill it (once the gadget is initialised).
     void AddResourcePanel(Gadget& gadget);

@@ -32,7 +32,8 @@ void SlidingFloat::Connect()
 {
     if (widget_ == nullptr)
         return;
-    widget_->subscribeEvent(CEGUI::Slider::EventValueChanged, Guard([](SlidingFloat* self, const CEGUI::EventArgs&) {
+    widget_->subscribeEvent(CEGUI::Slider::EventValueChanged,
+                            Guard([](SlidingFloat* self, const CEGUI::EventArgs&) {
                                 detail::MarkGuiDirty();
                                 self->NotifyChange();
                             }));
@@ -57,7 +58,8 @@ float SlidingFloat::Get() const
 SlidingFloat* SlidingFloat::SetMin(float min)
 {
     if (!std::isfinite(min)) {
-        rlog::Warn("The minimum must be a finite number, the range stays as it was", "vexa::gui::SlidingFloat::SetMin");
+        rlog::Warn("The minimum must be a finite number, the range stays as it was",
+                   "vexa::gui::SlidingFloat::SetMin");
         return this;
     }
     if (widget_ == nullptr) {
@@ -81,7 +83,8 @@ SlidingFloat* SlidingFloat::SetMin(float min)
 SlidingFloat* SlidingFloat::SetMax(float max)
 {
     if (!std::isfinite(max)) {
-        rlog::Warn("The maximum must be a finite number, the range stays as it was", "vexa::gui::SlidingFloat::SetMax");
+        rlog::Warn("The maximum must be a finite number, the range stays as it was",
+                   "vexa::gui::SlidingFloat::SetMax");
         return this;
     }
     if (widget_ != nullptr)

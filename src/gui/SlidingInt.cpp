@@ -13,7 +13,8 @@ namespace {
 
 int ToInt(std::int64_t value)
 {
-    return static_cast<int>(std::clamp<std::int64_t>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+    return static_cast<int>(
+        std::clamp<std::int64_t>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
 std::int64_t Round(float value)
@@ -28,7 +29,8 @@ SlidingInt::SlidingInt(CEGUI::Slider* widget) : LinkedElement(widget), widget_(w
     Connect();
 }
 
-SlidingInt::SlidingInt(const SlidingInt& other) : LinkedElement(other), min_(other.min_), widget_(other.widget_)
+SlidingInt::SlidingInt(const SlidingInt& other)
+    : LinkedElement(other), min_(other.min_), widget_(other.widget_)
 {
     Connect();
 }
@@ -45,7 +47,8 @@ void SlidingInt::Connect()
 {
     if (widget_ == nullptr)
         return;
-    widget_->subscribeEvent(CEGUI::Slider::EventValueChanged, Guard([](SlidingInt* self, const CEGUI::EventArgs&) {
+    widget_->subscribeEvent(CEGUI::Slider::EventValueChanged,
+                            Guard([](SlidingInt* self, const CEGUI::EventArgs&) {
                                 detail::MarkGuiDirty();
                                 self->NotifyChange();
                             }));
@@ -64,7 +67,8 @@ void SlidingInt::SnapToWholeNumber()
 
 float SlidingInt::GetAsFloat() const
 {
-    return widget_ != nullptr ? static_cast<float>(min_) + widget_->getCurrentValue() : static_cast<float>(min_);
+    return widget_ != nullptr ? static_cast<float>(min_) + widget_->getCurrentValue()
+                              : static_cast<float>(min_);
 }
 
 SlidingInt* SlidingInt::Set(int value)
@@ -105,7 +109,8 @@ SlidingInt* SlidingInt::SetMin(int min)
 SlidingInt* SlidingInt::SetMax(int max)
 {
     if (widget_ != nullptr)
-        widget_->setMaxValue(detail::DrawableSpan(static_cast<float>(static_cast<std::int64_t>(std::max(min_, max)) - min_)));
+        widget_->setMaxValue(
+            detail::DrawableSpan(static_cast<float>(static_cast<std::int64_t>(std::max(min_, max)) - min_)));
     return this;
 }
 

@@ -22,8 +22,7 @@ void AddChannel(GuiGenerator& generator, const char* label, float* channel)
 
 void AddGuiColorRgb(GuiGenerator& generator, tesk::Color3f* color)
 {
-    if (color == nullptr)
-    {
+    if (color == nullptr) {
         rlog::Warn("No colour given, no rows added", "vexa::gui::AddGuiColorRgb");
         return;
     }
@@ -34,8 +33,7 @@ void AddGuiColorRgb(GuiGenerator& generator, tesk::Color3f* color)
 
 void AddGuiMaterial(GuiGenerator& generator, draw::Material* material, bool withColor)
 {
-    if (material == nullptr)
-    {
+    if (material == nullptr) {
         rlog::Warn("No material given, no rows added", "vexa::gui::AddGuiMaterial");
         return;
     }
@@ -49,7 +47,9 @@ void AddGuiMaterial(GuiGenerator& generator, draw::Material* material, bool with
     if (SlidingFloat* specular = generator.AddSlidingFloat("Specular"))
         specular->SetLink(&material->specular)->SetConditionBool(lighting, BoolFunc::IfTrue);
     if (NumericFloat* shininess = generator.AddNumericFloat("Shininess"))
-        shininess->SetMinMax(1.0f, 512.0f)->SetLink(&material->shininess)->SetConditionBool(lighting, BoolFunc::IfTrue);
+        shininess->SetMinMax(1.0f, 512.0f)
+            ->SetLink(&material->shininess)
+            ->SetConditionBool(lighting, BoolFunc::IfTrue);
 }
 
 Droplist* AddGuiColorMap(GuiGenerator& generator)

@@ -73,8 +73,9 @@ void ColoringChoice::AddGuiPanelColoring(GuiGenerator& generator, const Coloring
         return;
     panel->SetConditionFunc(std::move(shown));
     if (gui::Droplist* option = generator.AddDroplist("Coloring Option"))
-        option->AddItemsIndexed(data.GetColoringNames())->SetLink(&coloringOption)->Subscribe(
-            [changed = std::move(changed)](const gui::Droplist*) { changed(); });
+        option->AddItemsIndexed(data.GetColoringNames())
+            ->SetLink(&coloringOption)
+            ->Subscribe([changed = std::move(changed)](const gui::Droplist*) { changed(); });
     generator.PanelEnd();
 }
 

@@ -44,7 +44,8 @@ std::vector<tesk::Color3f> ColoringData::ToFloatColors(const ColorSet& set)
         return *floats;
     const auto& bytes = std::get<std::vector<tesk::Color3b>>(set);
     std::vector<tesk::Color3f> converted(bytes.size());
-    std::transform(bytes.begin(), bytes.end(), converted.begin(), [](tesk::Color3b c) { return c.ToFloat(); });
+    std::transform(bytes.begin(), bytes.end(), converted.begin(),
+                   [](tesk::Color3b c) { return c.ToFloat(); });
     return converted;
 }
 
@@ -59,26 +60,19 @@ void ColoringData::Store(const tesk::PointCloud& cloud, std::size_t count)
     coloringOptions_.clear();
     fdataNames_.clear();
     fdataOptions_.clear();
-    for (const tesk::PointProperty& property : cloud.GetProperties())
-    {
-        if (property.GetType() == tesk::PropertyType::Color)
-        {
+    for (const tesk::PointProperty& property : cloud.GetProperties()) {
+        if (property.GetType() == tesk::PropertyType::Color) {
             coloringNames_.push_back(property.GetName());
             coloringOptions_.emplace_back(CopyFirst(property.GetColors(), count));
-        }
-        else if (property.GetType() == tesk::PropertyType::ByteColor)
-        {
+        } else if (property.GetType() == tesk::PropertyType::ByteColor) {
             coloringNames_.push_back(property.GetName());
             coloringOptions_.emplace_back(CopyFirst(property.GetByteColors(), count));
-        }
-        else if (property.GetType() == tesk::PropertyType::Float)
-        {
+        } else if (property.GetType() == tesk::PropertyType::Float) {
             DataRecord record;
             record.values = CopyFirst(property.GetFloats(), count);
             // NaNs and infinities stay out of the range (they would make every other value
             // map to one colour).
-            for (float v : record.values)
-            {
+            for (float v : record.values) {
                 if (!std::isfinite(v))
                     continue;
                 record.minimum = std::min(record.minimum, v);
@@ -93,8 +87,7 @@ void ColoringData::Store(const tesk::PointCloud& cloud, std::size_t count)
 std::string ColoringData::DescribeValues(std::size_t index) const
 {
     std::string text;
-    for (std::size_t set = 0; set < coloringNames_.size(); ++set)
-    {
+    for (std::size_t set = 0; set < coloringNames_.size(); ++set) {
         if (index >= std::visit([](const auto& colors) { return colors.size(); }, coloringOptions_[set]))
             continue;
         const tesk::Color3f c = ColorAt(coloringOptions_[set], index);
@@ -119,11 +112,11 @@ std::string ColoringData::FormatValue(double value)
     std::array<char, 64> buffer{};
     char* const first = buffer.data();
     char* const last = first + buffer.size();
-    const std::to_chars_result result = fixed ? std::to_chars(first, last, value, std::chars_format::fixed, 4)
-                                              : std::to_chars(first, last, value, std::chars_format::general, 4);
+    const std::to_chars_result result =
+        fixed ? std::to_chars(first, last, value, std::chars_format::fixed, 4)
+              : std::to_chars(first, last, value, std::chars_format::general, 4);
     std::string text(first, result.ptr);
-    if (fixed)
-    {
+    if (fixed) {
         text.erase(text.find_last_not_of('0') + 1);
         if (text.back() == '.')
             text.pop_back();

@@ -16,9 +16,9 @@
 #include <runa/rlog.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <glm/geometric.hpp>
 #include <glm/mat4x4.hpp>
-#include <filesystem>
 #include <system_error>
 
 namespace vexa::modules {
@@ -51,9 +51,7 @@ std::string MatcapFolder()
 } // namespace
 
 GeometryGadget::GeometryGadget(const Resource* resource, std::shared_ptr<draw::Renderer> renderer)
-    : Gadget(resource)
-    , renderer_(std::move(renderer))
-    , style_(std::make_shared<draw::GeometryStyle>())
+    : Gadget(resource), renderer_(std::move(renderer)), style_(std::make_shared<draw::GeometryStyle>())
 {
 }
 
@@ -100,8 +98,7 @@ bool GeometryGadget::FocusCamera(glm::vec3& target, glm::vec3& position) const
 void GeometryGadget::AddGuiRenderMode(GuiGenerator& generator)
 {
     draw::GeometryStyle* style = style_.get();
-    if (gui::Droplist* mode = generator.AddDroplist("Render mode"))
-    {
+    if (gui::Droplist* mode = generator.AddDroplist("Render mode")) {
         mode->AddItems({{"Points", draw::RenderMode::Points},
                         {"Wires", draw::RenderMode::Wires},
                         {"Points & Wires", draw::RenderMode::PointsAndWires},
@@ -109,12 +106,14 @@ void GeometryGadget::AddGuiRenderMode(GuiGenerator& generator)
                         {"Solid & Wires", draw::RenderMode::SolidAndWires}});
         mode->SetLink(&style->renderMode);
     }
-    if (gui::Droplist* normals = generator.AddDroplist("Normals"))
-    {
-        normals->AddItems({{"Flat normals", draw::NormalsSource::Flat}, {"Point normals", draw::NormalsSource::Point}});
+    if (gui::Droplist* normals = generator.AddDroplist("Normals")) {
+        normals->AddItems(
+            {{"Flat normals", draw::NormalsSource::Flat}, {"Point normals", draw::NormalsSource::Point}});
         if (style->HasNormalMap())
             normals->AddItem("Normal map", draw::NormalsSource::NormalMap);
-        normals->SetLink(&style->normalsSource)->SetConditionFunc([style] { return IsSolid(style->renderMode); });
+        normals->SetLink(&style->normalsSource)->SetConditionFunc([style] {
+            return IsSolid(style->renderMode);
+        });
     }
     // Only for pure points: with wires the wire thickness is the size that matters.
     if (gui::NumericFloat* size = generator.AddNumericFloat("Point size"))
@@ -161,10 +160,11 @@ void GeometryGadget::AddGuiDisplayNormals(GuiGenerator& generator)
 void GeometryGadget::AddGuiColorSource(GuiGenerator& generator)
 {
     if (gui::Droplist* source = generator.AddDroplist("Color source"))
-        source->AddItems({{"Material", draw::ColorMode::Material},
-                          {"Normals", draw::ColorMode::Normals},
-                          {"Checker", draw::ColorMode::Checker},
-                          {"Texture", draw::ColorMode::Texture}})
+        source
+            ->AddItems({{"Material", draw::ColorMode::Material},
+                        {"Normals", draw::ColorMode::Normals},
+                        {"Checker", draw::ColorMode::Checker},
+                        {"Texture", draw::ColorMode::Texture}})
             ->SetLink(&style_->colorMode);
 }
 
@@ -172,18 +172,18 @@ void GeometryGadget::AddGuiMaterialOptions(GuiGenerator& generator)
 {
     draw::GeometryStyle* style = style_.get();
     if (gui::Checkbox* useMatcap = generator.AddCheckbox("Use matcap"))
-        useMatcap->SetLink(&style->useMatcap)->SetConditionFunc([style] { return IsSolid(style->renderMode); });
+        useMatcap->SetLink(&style->useMatcap)->SetConditionFunc([style] {
+            return IsSolid(style->renderMode);
+        });
 
-    if (gui::Panel* matcaps = generator.PanelBegin())
-    {
+    if (gui::Panel* matcaps = generator.PanelBegin()) {
         matcaps->SetConditionFunc([style] { return style->useMatcap && IsSolid(style->renderMode); });
         AddGuiMatcapSelector(generator);
         generator.PanelEnd();
     }
     // One material serves points and faces; the two captions only say which one the user is
     // looking at in the current render mode.
-    if (gui::Panel* points = generator.PanelBegin())
-    {
+    if (gui::Panel* points = generator.PanelBegin()) {
         points->SetConditionFunc([style] { return HasPoints(style->renderMode); });
         generator.AddLabel("Point Material");
         gui::AddGuiMaterial(generator, &style->material, true);
@@ -210,8 +210,7 @@ void GeometryGadget::AddGuiMatcapSelector(GuiGenerator& generator)
 
 void GeometryGadget::LoadMatcapSampler(const std::string& name)
 {
-    if (name.empty())
-    {
+    if (name.empty()) {
         style_->matcap.reset();
         DrawOnNextUpdate();
         return;
@@ -228,8 +227,7 @@ std::vector<std::string> GeometryGadget::ListMatcaps()
 {
     std::vector<std::string> names;
     std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(MatcapFolder(), error))
-    {
+    for (const auto& entry : std::filesystem::directory_iterator(MatcapFolder(), error)) {
         const std::filesystem::path& path = entry.path();
         if (entry.is_regular_file(error) && path.extension() == ".png")
             names.push_back(path.stem().string());

@@ -9,9 +9,8 @@
 namespace vexa::modules {
 
 GeometryResource::GeometryResource(const std::string& name, draw::GeometryName geometry)
-    : Resource(name, "GeometryResource")
-    , geometry_(geometry)
-    , renderer_(std::make_shared<draw::GeometryRenderer>(geometry))
+    : Resource(name, "GeometryResource"), geometry_(geometry),
+      renderer_(std::make_shared<draw::GeometryRenderer>(geometry))
 {
 }
 

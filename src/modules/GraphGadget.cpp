@@ -10,9 +10,7 @@
 namespace vexa::modules {
 
 GraphGadget::GraphGadget(const GraphResource* resource)
-    : Gadget(resource)
-    , graph_(resource)
-    , style_(std::make_shared<draw::GraphStyle>())
+    : Gadget(resource), graph_(resource), style_(std::make_shared<draw::GraphStyle>())
 {
 }
 

@@ -4,10 +4,7 @@
 
 namespace vexa::modules {
 
-GraphResource::GraphResource(const std::string& name)
-    : Resource(name, "GraphResource")
-{
-}
+GraphResource::GraphResource(const std::string& name) : Resource(name, "GraphResource") {}
 
 std::shared_ptr<Gadget> GraphResource::CreateGadget()
 {
@@ -22,8 +19,7 @@ void GraphResource::SetData(const std::vector<float>& values)
     // A float counter, not a converted index: x is a float in the plot anyway, and counting
     // in it keeps the positions the renderer sees identical to what the host would compute.
     float x = 0.0f;
-    for (float value : values)
-    {
+    for (float value : values) {
         points_.emplace_back(x, value);
         x += 1.0f;
     }

@@ -8,8 +8,8 @@
 namespace vexa::modules {
 
 GuiGadget::GuiGadget(const GuiResource* resource)
-    : Gadget(resource)
-    , holder_(resource != nullptr ? resource->GetHolder() : std::make_shared<GuiResource::Holder>())
+    : Gadget(resource),
+      holder_(resource != nullptr ? resource->GetHolder() : std::make_shared<GuiResource::Holder>())
 {
 }
 
@@ -52,13 +52,11 @@ void GuiGadget::GenerateGui(GuiGenerator& generator)
     Gadget::GenerateGui(generator);
     if (!IsInitialized())
         return;
-    if (holder_->root == nullptr)
-    {
+    if (holder_->root == nullptr) {
         generator.AddLabel("No panel set up yet");
         return;
     }
-    if (holder_->gadget != nullptr && holder_->gadget != this)
-    {
+    if (holder_->gadget != nullptr && holder_->gadget != this) {
         generator.AddLabel("Shown in another view area's sidebar");
         return;
     }

@@ -31,19 +31,17 @@ bool GuiResource::Setup(const std::string& layout)
     const char* label = "vexa::modules::GuiResource::Setup";
     DestroyTree();
     CEGUI::WindowManager* windows = CEGUI::WindowManager::getSingletonPtr();
-    if (windows == nullptr)
-    {
-        rlog::Fail("The GUI is not running: call vexa::Initialize before setting up \"" + GetId().ToString() + "\"",
+    if (windows == nullptr) {
+        rlog::Fail("The GUI is not running: call vexa::Initialize before setting up \"" + GetId().ToString() +
+                       "\"",
                    label);
         return false;
     }
-    try
-    {
+    try {
         holder_->root = windows->loadLayoutFromString(CEGUI::String(layout.c_str()));
-    }
-    catch (const CEGUI::Exception& e)
-    {
-        rlog::Fail("The layout of \"" + GetId().ToString() + "\" was not loaded: " + e.getMessage().c_str(), label);
+    } catch (const CEGUI::Exception& e) {
+        rlog::Fail("The layout of \"" + GetId().ToString() + "\" was not loaded: " + e.getMessage().c_str(),
+                   label);
         holder_->root = nullptr;
     }
     if (holder_->root == nullptr)
@@ -52,8 +50,7 @@ bool GuiResource::Setup(const std::string& layout)
     // not a dangling pointer.
     std::weak_ptr<Holder> weak = holder_;
     holder_->root->subscribeEvent(CEGUI::Window::EventDestructionStarted, [weak](const CEGUI::EventArgs&) {
-        if (const std::shared_ptr<Holder> holder = weak.lock())
-        {
+        if (const std::shared_ptr<Holder> holder = weak.lock()) {
             holder->root = nullptr;
             holder->gadget = nullptr;
         }

@@ -11,14 +11,12 @@
 namespace vexa::modules {
 
 ImageResource::ImageResource(const std::string& name, const tesk::Image& image)
-    : Resource(name, "ImageResource")
-    , renderer_(std::make_shared<draw::ImageRenderer>(image))
+    : Resource(name, "ImageResource"), renderer_(std::make_shared<draw::ImageRenderer>(image))
 {
 }
 
 ImageResource::ImageResource(const std::string& name, tesk::Image&& image)
-    : Resource(name, "ImageResource")
-    , renderer_(std::make_shared<draw::ImageRenderer>(std::move(image)))
+    : Resource(name, "ImageResource"), renderer_(std::make_shared<draw::ImageRenderer>(std::move(image)))
 {
 }
 

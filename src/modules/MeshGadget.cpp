@@ -12,8 +12,7 @@
 namespace vexa::modules {
 
 MeshGadget::MeshGadget(const MeshResource* resource)
-    : GeometryGadget(resource, resource != nullptr ? resource->GetRenderer() : nullptr)
-    , mesh_(resource)
+    : GeometryGadget(resource, resource != nullptr ? resource->GetRenderer() : nullptr), mesh_(resource)
 {
 }
 
@@ -42,8 +41,7 @@ bool MeshGadget::IsColorSourceOffered(int source) const
 {
     if (mesh_ == nullptr)
         return source == Material || source == Normals;
-    switch (source)
-    {
+    switch (source) {
     case Material:
     case Normals:
         return true;
@@ -63,8 +61,7 @@ bool MeshGadget::IsColorSourceOffered(int source) const
 void MeshGadget::OnColorSourceChange()
 {
     draw::GeometryStyle& style = *GetStyle();
-    switch (colorSource_)
-    {
+    switch (colorSource_) {
     case Normals:
         style.colorMode = draw::ColorMode::Normals;
         break;
@@ -93,8 +90,7 @@ void MeshGadget::UpdateColors()
 {
     if (mesh_ == nullptr)
         return;
-    if (const ColoringData::ColorSet* colors = choice_.SelectedColors(mesh_->GetColoringData()))
-    {
+    if (const ColoringData::ColorSet* colors = choice_.SelectedColors(mesh_->GetColoringData())) {
         if (const auto* floats = std::get_if<std::vector<tesk::Color3f>>(colors))
             mesh_->GetRenderer()->SetCustomColors(*floats);
         else
@@ -107,8 +103,8 @@ void MeshGadget::UpdateDataMapping()
 {
     if (mesh_ == nullptr)
         return;
-    if (std::optional<std::vector<tesk::Color3f>> colors = choice_.MapSelectedData(mesh_->GetColoringData()))
-    {
+    if (std::optional<std::vector<tesk::Color3f>> colors =
+            choice_.MapSelectedData(mesh_->GetColoringData())) {
         mesh_->GetRenderer()->SetCustomColors(std::move(*colors));
         DrawOnNextUpdate();
     }
@@ -131,8 +127,7 @@ void MeshGadget::GenerateGui(GuiGenerator& generator)
     generator.AddLabel("Points: " + std::to_string(mesh_->GetPointCount()));
     generator.AddLabel("Faces: " + std::to_string(mesh_->GetFaceCount()));
     generator.AddLabel("Space: " + mesh_->GetSpaceId());
-    if (mesh_->GetOriginOffset() != glm::dvec3(0.0))
-    {
+    if (mesh_->GetOriginOffset() != glm::dvec3(0.0)) {
         const glm::dvec3& offset = mesh_->GetOriginOffset();
         generator.AddLabel("Offset: " + ColoringData::FormatValue(offset.x) + ", " +
                            ColoringData::FormatValue(offset.y) + ", " + ColoringData::FormatValue(offset.z));
@@ -154,13 +149,11 @@ void MeshGadget::AddGuiMeshSolorSource(GuiGenerator& generator)
         return;
     source->AddItems({{"Material", Material}, {"Normals", Normals}});
     // Each colouring's own rows follow its item, so that they read as its options.
-    if (IsColorSourceOffered(VertexColors))
-    {
+    if (IsColorSourceOffered(VertexColors)) {
         source->AddItem("Vertex colors", VertexColors);
         AddGuiPanelColoring(generator);
     }
-    if (IsColorSourceOffered(FloatDataMapping))
-    {
+    if (IsColorSourceOffered(FloatDataMapping)) {
         source->AddItem("Float data mapping", FloatDataMapping);
         AddGuiPanelFloatMapping(generator);
     }

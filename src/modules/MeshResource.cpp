@@ -8,8 +8,7 @@
 
 namespace vexa::modules {
 
-MeshResource::MeshResource(const std::string& name, const tesk::Mesh& mesh)
-    : Resource(name, "MeshResource")
+MeshResource::MeshResource(const std::string& name, const tesk::Mesh& mesh) : Resource(name, "MeshResource")
 {
     StoreNeededData(mesh);
 }

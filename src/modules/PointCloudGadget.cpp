@@ -22,8 +22,8 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <stdexcept>
 #include <sstream>
+#include <stdexcept>
 
 namespace vexa::modules {
 
@@ -31,13 +31,10 @@ namespace {
 
 constexpr unsigned int kFieldsVersion = 0;
 
-
 } // namespace
 
 PointCloudGadget::PointCloudGadget(const PointCloudResource* resource)
-    : Gadget(resource)
-    , cloud_(resource)
-    , style_(std::make_shared<draw::PointCloudStyle>())
+    : Gadget(resource), cloud_(resource), style_(std::make_shared<draw::PointCloudStyle>())
 {
     style_->normalLength = draw::PointCloudStyle::kDefaultNormalLength;
     style_->color = draw::palette::kNormals;
@@ -51,8 +48,7 @@ void PointCloudGadget::Initialize()
     Gadget::Initialize();
     if (cloud_ == nullptr)
         return;
-    if (!stateRestored_)
-    {
+    if (!stateRestored_) {
         colorSource_ = choice_.TakePreference(cloud_->GetColoringPreference(), Colors, DataMapping);
     }
     ValidateChoices();
@@ -61,8 +57,7 @@ void PointCloudGadget::Initialize()
     // state file, which every point cloud of this view area shares, keeps the flags as they
     // were (see WriteToStream), so the next cloud with normals is lit again.
     userNormals_ = {style_->useNormals, style_->showNormals};
-    if (!cloud_->HasNormals())
-    {
+    if (!cloud_->HasNormals()) {
         style_->showNormals = false;
         style_->useNormals = false;
     }
@@ -91,8 +86,8 @@ std::optional<PickHit> PointCloudGadget::Pick(const PickRequest& request) const
     // point can be hit at all.
     const float drawnRadius = std::max(style_->pointSize * 0.5f, 1.0f);
     const auto& renderer = *cloud_->GetRenderer();
-    std::optional<std::size_t> index =
-        renderer.Pick(clipFromPoints, request.viewport, request.cursor, std::min(drawnRadius, request.radius), &position);
+    std::optional<std::size_t> index = renderer.Pick(clipFromPoints, request.viewport, request.cursor,
+                                                     std::min(drawnRadius, request.radius), &position);
     if (!index && request.radius > drawnRadius)
         index = renderer.Pick(clipFromPoints, request.viewport, request.cursor, request.radius, &position);
     if (!index)
@@ -109,15 +104,14 @@ std::string PointCloudGadget::DescribePoint(std::size_t index, const glm::vec3& 
         return {};
     // The file's own coordinates: what the user will look up in the data.
     const glm::dvec3 p = glm::dvec3(position) + cloud_->GetOriginOffset();
-    return cloud_->GetId().name + " point " + std::to_string(index) + " at (" + ColoringData::FormatValue(p.x) + ", " +
-           ColoringData::FormatValue(p.y) + ", " + ColoringData::FormatValue(p.z) + ")" +
-           cloud_->GetColoringData().DescribeValues(index);
+    return cloud_->GetId().name + " point " + std::to_string(index) + " at (" +
+           ColoringData::FormatValue(p.x) + ", " + ColoringData::FormatValue(p.y) + ", " +
+           ColoringData::FormatValue(p.z) + ")" + cloud_->GetColoringData().DescribeValues(index);
 }
 
 void PointCloudGadget::OnColorSourceChange()
 {
-    switch (colorSource_)
-    {
+    switch (colorSource_) {
     case Normals:
         style_->colorMode = draw::ColorMode::Normals;
         break;
@@ -140,8 +134,7 @@ void PointCloudGadget::UpdateColors()
 {
     if (cloud_ == nullptr)
         return;
-    if (const ColoringData::ColorSet* colors = choice_.SelectedColors(cloud_->GetColoringData()))
-    {
+    if (const ColoringData::ColorSet* colors = choice_.SelectedColors(cloud_->GetColoringData())) {
         std::visit([this](const auto& set) { cloud_->GetRenderer()->SetColors(std::span(set)); }, *colors);
         DrawOnNextUpdate();
     }
@@ -151,8 +144,8 @@ void PointCloudGadget::UpdateDataMapping()
 {
     if (cloud_ == nullptr)
         return;
-    if (std::optional<std::vector<tesk::Color3f>> colors = choice_.MapSelectedData(cloud_->GetColoringData()))
-    {
+    if (std::optional<std::vector<tesk::Color3f>> colors =
+            choice_.MapSelectedData(cloud_->GetColoringData())) {
         cloud_->GetRenderer()->SetColors(std::move(*colors));
         DrawOnNextUpdate();
     }
@@ -193,9 +186,9 @@ void PointCloudGadget::GenerateGui(GuiGenerator& generator)
     choice_.AddGuiPanelColoring(
         generator, data, [this] { return colorSource_ == Colors; }, [this] { UpdateColors(); });
     choice_.AddGuiPanelFloatMapping(
-        generator, data, "Correction", [this] { return colorSource_ == DataMapping; }, [this] { UpdateDataMapping(); });
-    if (cloud_->HasNormals())
-    {
+        generator, data, "Correction", [this] { return colorSource_ == DataMapping; },
+        [this] { UpdateDataMapping(); });
+    if (cloud_->HasNormals()) {
         AddGuiDisplayNormals(generator);
         AddGuiNormalUse(generator);
     }
@@ -209,25 +202,20 @@ void PointCloudGadget::AddGuiHeader(GuiGenerator& generator)
     size.precision(2);
     size << 2.0f * cloud_->GetApproxRadius();
     std::string unit;
-    if (cloud_->GetSpace())
-    {
-        try
-        {
+    if (cloud_->GetSpace()) {
+        try {
             unit = cloud_->GetSpace()->GetUnitAbbreviation();
-        }
-        catch (const std::out_of_range&)
-        {
+        } catch (const std::out_of_range&) {
             // A space with a unit index from a newer writer: show the number alone.
         }
     }
     generator.AddLabel("Approx size: " + size.str() + " " + unit);
     // Only for data that came shifted (far from the origin): positions shown and picked are
     // relative to it.
-    if (cloud_->GetOriginOffset() != glm::dvec3(0.0))
-    {
+    if (cloud_->GetOriginOffset() != glm::dvec3(0.0)) {
         const glm::dvec3& offset = cloud_->GetOriginOffset();
-        generator.AddLabel("Offset: " + ColoringData::FormatValue(offset.x) + ", " + ColoringData::FormatValue(offset.y) + ", " +
-                           ColoringData::FormatValue(offset.z));
+        generator.AddLabel("Offset: " + ColoringData::FormatValue(offset.x) + ", " +
+                           ColoringData::FormatValue(offset.y) + ", " + ColoringData::FormatValue(offset.z));
     }
 }
 
@@ -250,8 +238,7 @@ void PointCloudGadget::AddGuiDisplayNormals(GuiGenerator& generator)
     generator.AddSeparator();
     if (gui::Checkbox* show = generator.AddCheckbox("Display normals"))
         show->SetLink(&style->showNormals);
-    if (gui::Panel* panel = generator.PanelBegin())
-    {
+    if (gui::Panel* panel = generator.PanelBegin()) {
         panel->SetConditionBool(&style->showNormals, BoolFunc::IfTrue);
         if (gui::NumericFloat* length = generator.AddNumericFloat("Length"))
             length->SetMinMax(0.00001f, 1000000.0f)->SetStep(1.0f)->SetLink(&style->normalLength);
@@ -263,24 +250,24 @@ void PointCloudGadget::AddGuiNormalUse(GuiGenerator& generator)
 {
     draw::PointCloudStyle* style = style_.get();
     if (gui::Checkbox* shade = generator.AddCheckbox("Shade colors"))
-        shade->SetLink(&style->shadeColors)->SetConditionFunc([this] {
-            return colorSource_ == Colors || colorSource_ == DataMapping;
-        })->Subscribe([this](const gui::Checkbox*) { DrawOnNextUpdate(); });
+        shade->SetLink(&style->shadeColors)
+            ->SetConditionFunc([this] { return colorSource_ == Colors || colorSource_ == DataMapping; })
+            ->Subscribe([this](const gui::Checkbox*) { DrawOnNextUpdate(); });
     if (gui::Checkbox* discs = generator.AddCheckbox("Oriented discs"))
-        discs->SetLink(&style->orientedDiscs)->Subscribe([this](const gui::Checkbox*) { DrawOnNextUpdate(); });
+        discs->SetLink(&style->orientedDiscs)->Subscribe([this](const gui::Checkbox*) {
+            DrawOnNextUpdate();
+        });
 }
 
 void PointCloudGadget::ValidateChoices()
 {
     if (cloud_ == nullptr)
         return;
-    if (colorSource_ == Colors && !cloud_->IsColoringAvailable())
-    {
+    if (colorSource_ == Colors && !cloud_->IsColoringAvailable()) {
         colorSource_ = Material;
         choice_.coloringOption = 0;
     }
-    if (colorSource_ == DataMapping && !cloud_->HasFloatData())
-    {
+    if (colorSource_ == DataMapping && !cloud_->HasFloatData()) {
         colorSource_ = Material;
         choice_.dataOption = 0;
     }
@@ -312,14 +299,12 @@ bool PointCloudGadget::ReadFromStream(std::istream& stream)
 void PointCloudGadget::WriteToStream(std::ostream& stream) const
 {
     Gadget::WriteToStream(stream);
-    if (cloud_ != nullptr && !cloud_->HasNormals())
-    {
+    if (cloud_ != nullptr && !cloud_->HasNormals()) {
         draw::PointCloudStyle stored = *style_;
         stored.useNormals = userNormals_.first;
         stored.showNormals = userNormals_.second;
         WriteStyleRecord(stream, stored);
-    }
-    else
+    } else
         WriteStyleRecord(stream, *style_);
     runa::BinaryWriter writer(stream);
     writer.WriteVersion(kFieldsVersion);

@@ -18,7 +18,8 @@ PointCloudResource::PointCloudResource(const std::string& name, const tesk::Poin
     StoreData(cloud);
 }
 
-PointCloudResource::PointCloudResource(const std::string& name, const std::string& type, const tesk::PointCloud& cloud)
+PointCloudResource::PointCloudResource(const std::string& name, const std::string& type,
+                                       const tesk::PointCloud& cloud)
     : Resource(name, type)
 {
     StoreData(cloud);
@@ -49,8 +50,7 @@ void PointCloudResource::StoreData(const tesk::PointCloud& cloud)
     const std::size_t step = SampleStep(count);
     glm::dvec3 sum(0.0);
     std::size_t skipped = 0;
-    for (std::size_t i = 0; i < count; i += step)
-    {
+    for (std::size_t i = 0; i < count; i += step) {
         const glm::vec3& p = positions[i];
         if (std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z))
             sum += glm::dvec3(p);
@@ -61,8 +61,7 @@ void PointCloudResource::StoreData(const tesk::PointCloud& cloud)
     centerOfMass_ = divisor > 0 ? glm::vec3(sum / static_cast<double>(divisor)) : glm::vec3(0.0f);
     double squares = 0.0;
     std::size_t samples = 0;
-    for (std::size_t i = 0; i < count; i += step)
-    {
+    for (std::size_t i = 0; i < count; i += step) {
         const glm::vec3& p = positions[i];
         if (!(std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z)))
             continue;
@@ -70,7 +69,8 @@ void PointCloudResource::StoreData(const tesk::PointCloud& cloud)
         squares += d.x * d.x + d.y * d.y + d.z * d.z;
         ++samples;
     }
-    approxRadius_ = samples > 0 ? static_cast<float>(std::sqrt(squares / static_cast<double>(samples))) : 0.0f;
+    approxRadius_ =
+        samples > 0 ? static_cast<float>(std::sqrt(squares / static_cast<double>(samples))) : 0.0f;
 
     StoreAttributes(cloud);
 }

@@ -15,11 +15,7 @@
 
 namespace vexa::modules {
 
-ScanGadget::ScanGadget(const ScanResource* resource)
-    : PointCloudGadget(resource)
-    , scan_(resource)
-{
-}
+ScanGadget::ScanGadget(const ScanResource* resource) : PointCloudGadget(resource), scan_(resource) {}
 
 ScanGadget::~ScanGadget() = default;
 
@@ -51,10 +47,10 @@ void ScanGadget::Initialize()
 
 void ScanGadget::GenerateGui(GuiGenerator& generator)
 {
-    if (IsInitialized() && scan_ != nullptr)
-    {
+    if (IsInitialized() && scan_ != nullptr) {
         const glm::uvec2& resolution = scan_->GetResolution();
-        generator.AddLabel("Resolution: " + std::to_string(resolution.x) + " x " + std::to_string(resolution.y));
+        generator.AddLabel("Resolution: " + std::to_string(resolution.x) + " x " +
+                           std::to_string(resolution.y));
         generator.AddLabel("Camera basis: " + scan_->GetBasisDefinition().name);
     }
     PointCloudGadget::GenerateGui(generator);
@@ -62,7 +58,9 @@ void ScanGadget::GenerateGui(GuiGenerator& generator)
         return;
     generator.AddSeparator();
     if (gui::Checkbox* show = generator.AddCheckbox("Display Camera"))
-        show->SetLink(&markerStyle_->visible)->Subscribe([this](const gui::Checkbox*) { DrawOnNextUpdate(); });
+        show->SetLink(&markerStyle_->visible)->Subscribe([this](const gui::Checkbox*) {
+            DrawOnNextUpdate();
+        });
 }
 
 bool ScanGadget::FocusCamera(glm::vec3& target, glm::vec3& position) const
@@ -71,8 +69,7 @@ bool ScanGadget::FocusCamera(glm::vec3& target, glm::vec3& position) const
         return false;
     target = scan_->GetCenterOfMass();
     position = scan_->GetCameraPosition();
-    if (Camera* camera = GetCamera())
-    {
+    if (Camera* camera = GetCamera()) {
         camera->SetTarget(target);
         camera->SetPosition(position);
         camera->AlignUp(scan_->GetCameraUp());

@@ -7,13 +7,10 @@
 namespace vexa::modules {
 
 ScanResource::ScanResource(const std::string& name, const tesk::Scan& scan)
-    : PointCloudResource(name, "ScanResource", scan.GetPointCloud())
-    , resolution_(scan.GetResolution())
-    , cameraParams_(scan.GetCameraParams())
-    , cameraPosition_(scan.GetCameraPosition())
-    , cameraUp_(scan.GetCameraUp())
-    , cameraBasis_(scan.GetCameraBasis())
-    , basisDefinition_(scan.GetBasisDefinition())
+    : PointCloudResource(name, "ScanResource", scan.GetPointCloud()), resolution_(scan.GetResolution()),
+      cameraParams_(scan.GetCameraParams()), cameraPosition_(scan.GetCameraPosition()),
+      cameraUp_(scan.GetCameraUp()), cameraBasis_(scan.GetCameraBasis()),
+      basisDefinition_(scan.GetBasisDefinition())
 {
 }
 

@@ -38,15 +38,12 @@ float Wrap(float time, float start, float duration)
 } // namespace
 
 SkeletonGadget::SkeletonGadget(const SkeletonResource* resource)
-    : Gadget(resource)
-    , skeleton_(resource)
-    , renderer_(std::make_shared<draw::SkeletonRenderer>(resource != nullptr ? resource->GetSkeleton()
-                                                                               : tesk::Skeleton()))
-    , style_(std::make_shared<draw::SkeletonStyle>())
-    , actionPose_(renderer_->GetJointCount())
+    : Gadget(resource), skeleton_(resource),
+      renderer_(std::make_shared<draw::SkeletonRenderer>(resource != nullptr ? resource->GetSkeleton()
+                                                                             : tesk::Skeleton())),
+      style_(std::make_shared<draw::SkeletonStyle>()), actionPose_(renderer_->GetJointCount())
 {
-    if (const tesk::SkeletonAction* action = ActionOf(resource))
-    {
+    if (const tesk::SkeletonAction* action = ActionOf(resource)) {
         posingOption_ = ActionAuto;
         animationTime_ = action->GetStartTime();
     }
@@ -80,8 +77,7 @@ void SkeletonGadget::FitSettingsToResource()
 
 bool SkeletonGadget::IsPosingOptionOffered(int option) const
 {
-    switch (option)
-    {
+    switch (option) {
     case RestPose:
     case Realtime:
         return true;
@@ -95,8 +91,7 @@ bool SkeletonGadget::IsPosingOptionOffered(int option) const
 
 bool SkeletonGadget::SetPosingOption(int option)
 {
-    if (!IsPosingOptionOffered(option))
-    {
+    if (!IsPosingOptionOffered(option)) {
         rlog::Warn(GetId().ToString() + " - posing option " + std::to_string(option) +
                        " is not offered for this skeleton; keeping the current one",
                    std::string(kLabel) + "::SetPosingOption");
@@ -120,12 +115,10 @@ void SkeletonGadget::ApplyPose()
     if (skeleton_ == nullptr)
         return;
     const tesk::SkeletonAction* action = ActionOf(skeleton_);
-    switch (posingOption_)
-    {
+    switch (posingOption_) {
     case ActionManual:
     case ActionAuto:
-        if (action != nullptr)
-        {
+        if (action != nullptr) {
             action->PoseAt(animationTime_, skeleton_->GetSkeleton(), actionPose_);
             renderer_->SetPose(actionPose_);
         }
@@ -145,8 +138,7 @@ void SkeletonGadget::Update(float timeStep)
 {
     if (skeleton_ == nullptr)
         return;
-    if (posingOption_ == Realtime)
-    {
+    if (posingOption_ == Realtime) {
         if (skeleton_->GetPoseChangeCount() != shownPoseChange_)
             ApplyPose();
         return;
@@ -193,16 +185,14 @@ void SkeletonGadget::GenerateGui(GuiGenerator& generator)
 
     const tesk::SkeletonAction* action = ActionOf(skeleton_);
     gui::Droplist* posing = generator.AddDroplist("Posing Options");
-    if (posing != nullptr)
-    {
+    if (posing != nullptr) {
         posing->AddItem("Rest Pose", RestPose);
         if (action != nullptr)
             posing->AddItems({{"Action Manual", ActionManual}, {"Action Auto", ActionAuto}});
         posing->AddItem("Realtime", Realtime)->SetLink(&posingOption_);
     }
     gui::SlidingFloat* time = nullptr;
-    if (action != nullptr && (time = generator.AddSlidingFloat("Animation Time")) != nullptr)
-    {
+    if (action != nullptr && (time = generator.AddSlidingFloat("Animation Time")) != nullptr) {
         const float duration = action->GetDuration();
         time->SetMinMax(action->GetStartTime(), action->GetEndTime())
             ->SetStep(duration > 0.0f ? duration / 100.0f : 0.01f)
@@ -233,8 +223,7 @@ bool SkeletonGadget::ReadFromStream(std::istream& stream)
     std::uint32_t version = 0;
     if (!reader.Read(version))
         return false;
-    if (version > kFieldsVersion)
-    {
+    if (version > kFieldsVersion) {
         rlog::Warn(GetId().ToString() + " - state fields of version " + std::to_string(version) +
                        " are unknown; keeping the defaults",
                    label);
@@ -244,8 +233,7 @@ bool SkeletonGadget::ReadFromStream(std::istream& stream)
     std::uint32_t option = 0;
     if (!reader.Read(time) || !reader.Read(option))
         return false;
-    if (option > Realtime)
-    {
+    if (option > Realtime) {
         rlog::Warn(GetId().ToString() + " - unknown posing option " + std::to_string(option) +
                        " in the state file; keeping the defaults",
                    label);

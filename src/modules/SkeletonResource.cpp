@@ -9,10 +9,8 @@
 namespace vexa::modules {
 
 SkeletonResource::SkeletonResource(const std::string& name, const tesk::Skeleton& skeleton)
-    : Resource(name, "SkeletonResource")
-    , skeleton_(skeleton)
-    , restPose_(skeleton.GetRestPose())
-    , pose_(restPose_)
+    : Resource(name, "SkeletonResource"), skeleton_(skeleton), restPose_(skeleton.GetRestPose()),
+      pose_(restPose_)
 {
 }
 
@@ -22,8 +20,9 @@ SkeletonResource::SkeletonResource(const std::string& name, const tesk::Skeleton
 {
     // Checked once here: an unfit action would otherwise warn on every frame it is played.
     if (action.Empty())
-        rlog::Warn(id.ToString() + " - action \"" + action.GetName() + "\" has no keyframes; showing the skeleton "
-                                                                        "without it",
+        rlog::Warn(id.ToString() + " - action \"" + action.GetName() +
+                       "\" has no keyframes; showing the skeleton "
+                       "without it",
                    "vexa::modules::SkeletonResource");
     else if (action.JointCount() != skeleton_.JointCount())
         rlog::Warn(id.ToString() + " - action \"" + action.GetName() + "\" animates " +
@@ -41,8 +40,7 @@ std::shared_ptr<Gadget> SkeletonResource::CreateGadget()
 
 bool SkeletonResource::SetPose(const tesk::SkeletonPose& pose)
 {
-    if (pose.JointCount() != skeleton_.JointCount())
-    {
+    if (pose.JointCount() != skeleton_.JointCount()) {
         rlog::Warn(id.ToString() + " - the pose has " + std::to_string(pose.JointCount()) +
                        " joints but the skeleton has " + std::to_string(skeleton_.JointCount()) +
                        "; keeping the current pose",

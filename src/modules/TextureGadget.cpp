@@ -10,7 +10,6 @@
 
 #include <runa/BinaryStream.h>
 
-
 #include <cstdint>
 #include <utility>
 
@@ -24,9 +23,7 @@ constexpr float kFactorLimit = 1000.0f;
 } // namespace
 
 TextureGadget::TextureGadget(const ImageResource* resource)
-    : Gadget(resource)
-    , image_(resource)
-    , style_(std::make_shared<draw::ImageStyle>())
+    : Gadget(resource), image_(resource), style_(std::make_shared<draw::ImageStyle>())
 {
 }
 

@@ -49,7 +49,8 @@ float SignedAngle(const glm::vec3& from, const glm::vec3& to, const glm::vec3& a
     return glm::dot(glm::cross(from, to), axis) < 0.0f ? -angle : angle;
 }
 
-glm::vec3 CatmullRom(const glm::vec3& p0, const glm::vec3& p1, const glm::vec3& p2, const glm::vec3& p3, float t)
+glm::vec3 CatmullRom(const glm::vec3& p0, const glm::vec3& p1, const glm::vec3& p2, const glm::vec3& p3,
+                     float t)
 {
     const float t2 = t * t;
     const float t3 = t2 * t;
@@ -283,7 +284,8 @@ void Camera::ScreenRoll(const glm::vec2& from, const glm::vec2& to)
     state_->visualCamera->Roll(angle);
 }
 
-glm::vec3 Camera::MoveInProjectionSpace(const glm::vec3& point, const glm::vec2& from, const glm::vec2& to) const
+glm::vec3 Camera::MoveInProjectionSpace(const glm::vec3& point, const glm::vec2& from,
+                                        const glm::vec2& to) const
 {
     const draw::Scene& scene = *state_->scene;
     const draw::VisualCamera& camera = *state_->visualCamera;
@@ -295,8 +297,8 @@ glm::vec3 Camera::MoveInProjectionSpace(const glm::vec3& point, const glm::vec2&
     // The motion is measured on the near plane and then scaled up by the ratio of depths,
     // thousands of times for the usual planes: in single precision the unprojected points carry
     // enough rounding to make the pan jitter by a fraction of a pixel, so this runs in double.
-    const glm::dmat4 inverse = glm::inverse(glm::dmat4(scene.GetProjectionMatrix()) *
-                                            glm::dmat4(camera.GetViewMatrix()));
+    const glm::dmat4 inverse =
+        glm::inverse(glm::dmat4(scene.GetProjectionMatrix()) * glm::dmat4(camera.GetViewMatrix()));
     // The window point goes in as it is, scaled by the view area's size: the difference of
     // the two points, and so the direction of the pan, does not depend on where the area sits.
     const auto unproject = [&](const glm::vec2& screen) {

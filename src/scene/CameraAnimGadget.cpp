@@ -53,8 +53,7 @@ std::string FormatVector(const glm::vec3& v)
 glm::vec3 ParseVector(const std::string& text)
 {
     std::vector<std::string> parts(1);
-    for (const char c : text)
-    {
+    for (const char c : text) {
         if (c == ',')
             parts.emplace_back();
         else
@@ -101,7 +100,8 @@ bool CameraAnimGadget::ReadFromStream(std::istream& stream)
     float delta = 0.0f;
     float speed = 0.0f;
     bool loop = false;
-    if (!reader.ReadVersion(kSettingsVersion) || !reader.Read(delta) || !reader.Read(speed) || !reader.Read(loop))
+    if (!reader.ReadVersion(kSettingsVersion) || !reader.Read(delta) || !reader.Read(speed) ||
+        !reader.Read(loop))
         return false;
     // Values the panel could not have produced mean a damaged file: keep the defaults.
     if (!(delta >= 0.0f && delta <= kMaxDeltaTime) || !(speed >= 0.0f && speed <= kMaxSpeed))
@@ -148,12 +148,9 @@ void CameraAnimGadget::GenerateGui(GuiGenerator& generator)
     if (gui::Button* load = generator.AddButton("Load keyframes"))
         load->Subscribe([this](const gui::Button*) {
             // A bad number in the file must not end the host from inside a click.
-            try
-            {
+            try {
                 LoadAnimation();
-            }
-            catch (const std::exception& e)
-            {
+            } catch (const std::exception& e) {
                 LogLoadFailure(GetAnimationFile(), e.what());
             }
         });
@@ -161,8 +158,7 @@ void CameraAnimGadget::GenerateGui(GuiGenerator& generator)
     if (countWindow_)
         *countWindow_ = nullptr;
     countWindow_.reset();
-    if (count != nullptr && count->GetWidget() != nullptr)
-    {
+    if (count != nullptr && count->GetWidget() != nullptr) {
         countWindow_ = std::make_shared<CEGUI::Window*>(count->GetWidget());
         count->GetWidget()->subscribeEvent(CEGUI::Window::EventDestructionStarted,
                                            [slot = countWindow_](const CEGUI::EventArgs&) {
@@ -178,8 +174,7 @@ void CameraAnimGadget::Update(float timeStep)
     if (camera == nullptr)
         return;
     const float step = timeStep * playbackSpeed_;
-    if (rotateAround_)
-    {
+    if (rotateAround_) {
         // 30 px of horizontal drag per second of speed: 0.15 rad.
         if (step != 0.0f)
             camera->ScreenRotate(glm::vec2(0.0f), glm::vec2(-30.0f * step, 0.0f));
@@ -197,8 +192,7 @@ void CameraAnimGadget::Update(float timeStep)
     const Camera::Pose pose = keyframes_.GetValueAtTimeCubic(time);
     if (!keyframes_.Empty())
         camera->SetPose(pose);
-    if (currentTime_ > keyframes_.LastTime())
-    {
+    if (currentTime_ > keyframes_.LastTime()) {
         if (loop_)
             currentTime_ = 0.0f;
         else
@@ -250,22 +244,19 @@ std::string CameraAnimGadget::GetAnimationFile() const
 bool CameraAnimGadget::SaveAnimation() const
 {
     JsonPtr root(json_array());
-    for (const auto& key : keyframes_.Keys())
-    {
+    for (const auto& key : keyframes_.Keys()) {
         const std::string time = FormatFloat(key.time);
         const std::string position = FormatVector(key.value.position);
         const std::string target = FormatVector(key.value.target);
         const std::string up = FormatVector(key.value.up);
         json_t* element = json_pack("[s:{s:s,s:s,s:s}]", time.c_str(), "position", position.c_str(), "target",
                                     target.c_str(), "up", up.c_str());
-        if (element == nullptr || json_array_append_new(root.get(), element) != 0)
-        {
+        if (element == nullptr || json_array_append_new(root.get(), element) != 0) {
             rlog::Fail("Camera animation save failed!", kSaveLabel);
             return false;
         }
     }
-    if (json_dump_file(root.get(), GetAnimationFile().c_str(), JSON_INDENT(4)) != 0)
-    {
+    if (json_dump_file(root.get(), GetAnimationFile().c_str(), JSON_INDENT(4)) != 0) {
         rlog::Fail("Camera animation save failed!", kSaveLabel);
         return false;
     }
@@ -277,8 +268,7 @@ namespace {
 // Fills `loaded` from a parsed file; false (logged) when it has another shape.
 bool ReadKeyframes(json_t* root, const std::string& source, tesk::Interpolator<Camera::Pose>& loaded)
 {
-    if (!json_is_array(root))
-    {
+    if (!json_is_array(root)) {
         LogLoadFailure(source, "the file holds no array of key frames");
         return false;
     }
@@ -293,8 +283,7 @@ bool ReadKeyframes(json_t* root, const std::string& source, tesk::Interpolator<C
         const char* target = nullptr;
         const char* up = nullptr;
         if (json_unpack_ex(element, &error, 0, "[s,{s:s,s:s,s:s}]", &time, "position", &position, "target",
-                           &target, "up", &up) != 0)
-        {
+                           &target, "up", &up) != 0) {
             LogLoadFailure(error.source, error.text);
             return false;
         }
@@ -311,8 +300,7 @@ bool CameraAnimGadget::LoadAnimation()
     const std::string file = GetAnimationFile();
     json_error_t error;
     JsonPtr root(json_load_file(file.c_str(), 0, &error));
-    if (!root)
-    {
+    if (!root) {
         LogLoadFailure(error.source, error.text);
         return false;
     }
@@ -330,8 +318,7 @@ bool CameraAnimGadget::ParseAnimation(const std::string& json, const std::string
 {
     json_error_t error;
     JsonPtr root(json_loadb(json.data(), json.size(), 0, &error));
-    if (!root)
-    {
+    if (!root) {
         LogLoadFailure(source + ":" + std::to_string(error.line), error.text);
         return false;
     }

@@ -41,10 +41,10 @@ struct Binding {
 
 // Indexed by drag mode - 1, and tried in this order.
 constexpr std::array<Binding, 4> kBindings = {{
-    {CEGUI::LeftButton, kLeftMouse},               // rotate
-    {CEGUI::MiddleButton, kMiddleMouse},           // move
-    {CEGUI::LeftButton, kLeftMouse | kControl},    // roll
-    {CEGUI::RightButton, kRightMouse},             // dolly
+    {CEGUI::LeftButton, kLeftMouse},            // rotate
+    {CEGUI::MiddleButton, kMiddleMouse},        // move
+    {CEGUI::LeftButton, kLeftMouse | kControl}, // roll
+    {CEGUI::RightButton, kRightMouse},          // dolly
 }};
 
 // Whole pixel holding a mouse coordinate, truncated toward zero; saturated so that wild input

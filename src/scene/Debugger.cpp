@@ -59,22 +59,21 @@ void Debugger::DrawBox(const geom::TAabb<3, float>& box, const tesk::Color3f& co
 {
     // An empty box (min above max) or a non-finite corner would give the shape a transform the
     // renderer cannot draw, and hide the previous box for nothing.
-    if (!IsFinite(box.min) || !IsFinite(box.max) || glm::any(glm::greaterThan(box.min, box.max)))
-    {
+    if (!IsFinite(box.min) || !IsFinite(box.max) || glm::any(glm::greaterThan(box.min, box.max))) {
         rlog::Warn("The box is empty or not finite; it is not drawn.", "vexa::Debugger::DrawBox");
         return;
     }
     // The box shape is the unit cube around the origin.
     const glm::vec3 extent = box.max - box.min;
     Slot& slot = slots_[BoxSlot];
-    slot.style->transform = tesk::Transform(box.min + extent * 0.5f, glm::quat(1.0f, 0.0f, 0.0f, 0.0f), extent);
+    slot.style->transform =
+        tesk::Transform(box.min + extent * 0.5f, glm::quat(1.0f, 0.0f, 0.0f, 0.0f), extent);
     Show(slot, color, duration);
 }
 
 void Debugger::DrawSphere(const geom::TSphere<3, float>& sphere, const tesk::Color3f& color, float duration)
 {
-    if (!IsFinite(sphere.center) || !std::isfinite(sphere.radius) || sphere.radius < 0.0f)
-    {
+    if (!IsFinite(sphere.center) || !std::isfinite(sphere.radius) || sphere.radius < 0.0f) {
         rlog::Warn("The sphere has a negative or non-finite radius or centre; it is not drawn.",
                    "vexa::Debugger::DrawSphere");
         return;
@@ -86,7 +85,8 @@ void Debugger::DrawSphere(const geom::TSphere<3, float>& sphere, const tesk::Col
     Show(slot, color, duration);
 }
 
-void Debugger::DrawLines(const std::vector<geom::LineSegment3>& lines, const tesk::Color3f& color, float duration)
+void Debugger::DrawLines(const std::vector<geom::LineSegment3>& lines, const tesk::Color3f& color,
+                         float duration)
 {
     Slot& slot = slots_[LinesSlot];
     static_cast<draw::LineFieldRenderer&>(*slot.renderer).SetLines(lines);
@@ -112,29 +112,21 @@ void Debugger::Update(float timeStep)
 {
     // Test before subtracting: whatever was drawn stays for the update that follows it, even
     // with a lifetime of zero.
-    for (Slot& slot : slots_)
-    {
+    for (Slot& slot : slots_) {
         if (!slot.style->visible)
             continue;
-        if (slot.lifetime < 0.0f)
-        {
+        if (slot.lifetime < 0.0f) {
             slot.style->visible = false;
             DrawOnNextUpdate();
-        }
-        else
-        {
+        } else {
             slot.lifetime -= timeStep;
         }
     }
-    if (!message_.empty())
-    {
-        if (messageTime_ < 0.0f)
-        {
+    if (!message_.empty()) {
+        if (messageTime_ < 0.0f) {
             message_.clear();
             DrawOnNextUpdate();
-        }
-        else
-        {
+        } else {
             messageTime_ -= timeStep;
         }
     }

@@ -26,8 +26,7 @@ DebuggerGadget::~DebuggerGadget() = default;
 void DebuggerGadget::Initialize()
 {
     Gadget::Initialize();
-    for (unsigned int i = 0; i < 3; ++i)
-    {
+    for (unsigned int i = 0; i < 3; ++i) {
         const Debugger::Slot& slot = debugger_->GetSlot(static_cast<Debugger::SlotIndex>(i));
         AddRenderer(slot.renderer, slot.style, 0);
     }

@@ -27,8 +27,7 @@ constexpr unsigned int kStyleRecordVersion = 0;
 } // namespace
 
 Gadget::Gadget(const Resource* resource)
-    : id_(resource != nullptr ? resource->id : ResourceId())
-    , resource_(resource)
+    : id_(resource != nullptr ? resource->id : ResourceId()), resource_(resource)
 {
     GetNotifications().Subscribe(this, kResourceGuiChanged, [this](const void* data) {
         const auto* changed = static_cast<const ResourceId*>(data);
@@ -58,9 +57,7 @@ void Gadget::GenerateGui(GuiGenerator&)
     TestInitialization("Gadget::GenerateGui");
 }
 
-void Gadget::Update(float)
-{
-}
+void Gadget::Update(float) {}
 
 bool Gadget::FocusCamera(glm::vec3&, glm::vec3&) const
 {
@@ -102,18 +99,16 @@ EventStatus Gadget::ViewResized(unsigned int, unsigned int, EventStatus)
     return EventStatus::NotConsumed;
 }
 
-void Gadget::RenderTexts(draw::TextRenderer&)
-{
-}
+void Gadget::RenderTexts(draw::TextRenderer&) {}
 
-int Gadget::AddRenderer(const std::shared_ptr<draw::Renderer>& renderer, const std::shared_ptr<draw::Style>& style,
-                        unsigned char flags) const
+int Gadget::AddRenderer(const std::shared_ptr<draw::Renderer>& renderer,
+                        const std::shared_ptr<draw::Style>& style, unsigned char flags) const
 {
     if (!TestInitialization("Gadget::AddRenderer"))
         return 0;
-    if (viewarea_ == nullptr)
-    {
-        rlog::Warn(id_.ToString() + " - Gadget has no view area to add a renderer to.", "vexa::Gadget::AddRenderer");
+    if (viewarea_ == nullptr) {
+        rlog::Warn(id_.ToString() + " - Gadget has no view area to add a renderer to.",
+                   "vexa::Gadget::AddRenderer");
         return 0;
     }
     return viewarea_->AddRenderer(id_, renderer, style, flags);
@@ -156,9 +151,7 @@ void Gadget::SetNearFar(float nearPlane, float farPlane) const
     DrawOnNextUpdate();
 }
 
-void Gadget::AddCeguiElement(CEGUI::Element*)
-{
-}
+void Gadget::AddCeguiElement(CEGUI::Element*) {}
 
 unsigned int Gadget::GetViewAreaId() const
 {
@@ -238,8 +231,8 @@ bool Gadget::TestInitialization(const std::string& function) const
 
 std::string Gadget::GetStateFileName() const
 {
-    return GetEngineServices().GetIntermediateDirectory() + id_.type + "State" + std::to_string(GetViewAreaId()) +
-           ".bin";
+    return GetEngineServices().GetIntermediateDirectory() + id_.type + "State" +
+           std::to_string(GetViewAreaId()) + ".bin";
 }
 
 } // namespace vexa

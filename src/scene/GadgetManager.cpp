@@ -27,10 +27,9 @@
 namespace vexa {
 
 GadgetManager::GadgetManager(Viewarea* viewarea)
-    : viewarea_(viewarea)
-    , renderCanvas_(viewarea != nullptr ? viewarea->GetRenderCanvas() : nullptr)
-    , scene_(std::make_shared<draw::Scene>(glm::ivec4(0, 0, 0, 0)))
-    , camera_(std::make_shared<Camera>(scene_.get()))
+    : viewarea_(viewarea), renderCanvas_(viewarea != nullptr ? viewarea->GetRenderCanvas() : nullptr),
+      scene_(std::make_shared<draw::Scene>(glm::ivec4(0, 0, 0, 0))),
+      camera_(std::make_shared<Camera>(scene_.get()))
 {
     camera_->Reset();
 
@@ -44,8 +43,7 @@ GadgetManager::GadgetManager(Viewarea* viewarea)
 
     UpdateViewport();
     CEGUI::Window* area = viewarea != nullptr ? viewarea->GetWindow() : nullptr;
-    for (CEGUI::Window* window : {area, renderCanvas_})
-    {
+    for (CEGUI::Window* window : {area, renderCanvas_}) {
         if (window == nullptr)
             continue;
         connections_.push_back(window->subscribeEvent(
@@ -98,8 +96,7 @@ bool GadgetManager::FocusCamera(const ResourceId& id)
     glm::vec3 position(0.0f);
     if (!it->second->FocusCamera(target, position))
         return false;
-    if (camera_)
-    {
+    if (camera_) {
         camera_->SetTarget(target);
         camera_->SetPosition(position);
         GetEngineServices().RequestRedraw();
@@ -136,9 +133,9 @@ bool GadgetManager::Create(const ResourceId& id)
     if (resource == nullptr)
         return false;
     std::shared_ptr<Gadget> gadget = resource->CreateGadget();
-    if (gadget == nullptr)
-    {
-        rlog::Warn("Gadget instantiated by \"" + id.ToString() + "\" is nullptr.", "vexa::GadgetManager::Create");
+    if (gadget == nullptr) {
+        rlog::Warn("Gadget instantiated by \"" + id.ToString() + "\" is nullptr.",
+                   "vexa::GadgetManager::Create");
         return false;
     }
     // A gadget made again for the same id replaces the old one, which must let go of the scene.
@@ -175,8 +172,7 @@ void GadgetManager::Remove(const ResourceId& id)
         viewarea_->OnGadgetRemoved(id);
     gadget->Terminate();
     auto handles = handles_.find(id);
-    if (handles != handles_.end())
-    {
+    if (handles != handles_.end()) {
         for (int handle : handles->second)
             scene_->RemoveInstance(handle);
         handles_.erase(handles);
@@ -189,8 +185,7 @@ int GadgetManager::AddRenderer(const ResourceId& id, const std::shared_ptr<draw:
                                const std::shared_ptr<draw::Style>& style, unsigned char flags)
 {
     const int handle = scene_->AddInstance(renderer, style, flags);
-    if (handle != 0)
-    {
+    if (handle != 0) {
         handles_[id].insert(handle);
         GetEngineServices().RequestRedraw();
     }
@@ -221,10 +216,10 @@ void GadgetManager::UpdateViewport()
     if (renderCanvas_ == nullptr)
         return;
     const CEGUI::Rectf rect = renderCanvas_->getUnclippedOuterRect().get();
-    const glm::ivec4 viewport(static_cast<int>(std::lround(rect.d_min.d_x)), static_cast<int>(std::lround(rect.d_min.d_y)),
-                              static_cast<int>(std::lround(rect.d_max.d_x)), static_cast<int>(std::lround(rect.d_max.d_y)));
-    if (viewport != scene_->GetViewport())
-    {
+    const glm::ivec4 viewport(
+        static_cast<int>(std::lround(rect.d_min.d_x)), static_cast<int>(std::lround(rect.d_min.d_y)),
+        static_cast<int>(std::lround(rect.d_max.d_x)), static_cast<int>(std::lround(rect.d_max.d_y)));
+    if (viewport != scene_->GetViewport()) {
         scene_->SetViewport(viewport);
         GetEngineServices().RequestRedraw();
     }

@@ -70,7 +70,8 @@ public:
     /// Routes an event along the gadgets in key order; each gets the status of the previous.
     /// A handler may remove or rebuild gadgets (its own included): the walk goes over the
     /// gadgets there were when the event came, and skips any that is gone or replaced by then.
-    template <typename Call> EventStatus Route(Call&& call)
+    template <typename Call>
+    EventStatus Route(Call&& call)
     {
         EventStatus status = EventStatus::NotConsumed;
         if (gadgets_.empty())

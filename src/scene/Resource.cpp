@@ -5,19 +5,11 @@
 
 namespace vexa {
 
-Resource::Resource(const std::string& name, const std::string& type)
-    : id(name, type)
-{
-}
+Resource::Resource(const std::string& name, const std::string& type) : id(name, type) {}
 
-Resource::Resource(const ResourceId& resourceId)
-    : id(resourceId)
-{
-}
+Resource::Resource(const ResourceId& resourceId) : id(resourceId) {}
 
-void Resource::Update(float)
-{
-}
+void Resource::Update(float) {}
 
 void Resource::ResetGadgets()
 {

@@ -9,13 +9,14 @@
 
 namespace testing_support {
 
-inline ::testing::AssertionResult Near(const glm::vec3& actual, const glm::vec3& expected, float tolerance = 1e-5f)
+inline ::testing::AssertionResult Near(const glm::vec3& actual, const glm::vec3& expected,
+                                       float tolerance = 1e-5f)
 {
     if (glm::all(glm::lessThanEqual(glm::abs(actual - expected), glm::vec3(tolerance))))
         return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "(" << actual.x << ", " << actual.y << ", " << actual.z
-                                         << ") is not within " << tolerance << " of (" << expected.x << ", "
-                                         << expected.y << ", " << expected.z << ")";
+    return ::testing::AssertionFailure()
+           << "(" << actual.x << ", " << actual.y << ", " << actual.z << ") is not within " << tolerance
+           << " of (" << expected.x << ", " << expected.y << ", " << expected.z << ")";
 }
 
 inline void ExpectNear(const glm::vec3& actual, const glm::vec3& expected, float tolerance = 1e-5f)

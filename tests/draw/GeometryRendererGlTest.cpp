@@ -203,8 +203,9 @@ TEST_F(GeometryRendererGlTest, NormalDisplayReachesBeyondTheSilhouette)
     style.normalLength = 0.6f;
     const RenderContext context = MakeLitContext({0.0f, 0.0f, 4.0f});
     // The silhouette of a unit sphere seen from 4 units away, plus a margin.
-    const int radius =
-        static_cast<int>(std::tan(std::asin(0.25f)) / std::tan(glm::radians(22.5f)) * static_cast<float>(kMid)) + 3;
+    const int radius = static_cast<int>(std::tan(std::asin(0.25f)) / std::tan(glm::radians(22.5f)) *
+                                        static_cast<float>(kMid)) +
+                       3;
 
     const auto countOutside = [radius](const Pixels& picture, bool yellowOnly) {
         int count = 0;
@@ -308,7 +309,8 @@ TEST(GeometryRendererTest, EveryShapeIsWellFormedAndFacesOutward)
         // flat shading would show the inside.
         for (std::size_t t = 0; t < s.triangles.size(); t += 3) {
             const std::uint32_t a = s.triangles[t], b = s.triangles[t + 1], c = s.triangles[t + 2];
-            const glm::vec3 face = glm::cross(s.positions[b] - s.positions[a], s.positions[c] - s.positions[a]);
+            const glm::vec3 face =
+                glm::cross(s.positions[b] - s.positions[a], s.positions[c] - s.positions[a]);
             ASSERT_GT(glm::length(face), 0.0f) << "degenerate triangle " << t / 3;
             const glm::vec3 vertexNormals = s.normals[a] + s.normals[b] + s.normals[c];
             ASSERT_GT(glm::dot(face, vertexNormals), 0.0f) << "triangle " << t / 3 << " is wound inward";
@@ -437,4 +439,3 @@ TEST(ElementRendererTest, CustomColorsMustMatchTheVertexCount)
     ASSERT_TRUE(renderer.SetSurface(GeometryRenderer::MakeSurface(GeometryName::Box)));
     EXPECT_FALSE(renderer.HasCustomColors());
 }
-

@@ -79,7 +79,8 @@ inline ::testing::AssertionResult Looks(const Rgba& actual, const Rgba& expected
 {
     if (Near(actual, expected, tolerance))
         return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "pixel " << actual << " is not within " << tolerance << " of " << expected;
+    return ::testing::AssertionFailure()
+           << "pixel " << actual << " is not within " << tolerance << " of " << expected;
 }
 
 /// RGBA pixels, top row first (as plor::ReadPixelsRgba and RenderSystem::CaptureImage give them).
@@ -100,7 +101,8 @@ public:
         if (x < 0 || y < 0 || x >= width_ || y >= height_ || data_.empty())
             return {};
         const std::uint8_t* p = &data_[(static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
-                                        static_cast<std::size_t>(x)) * 4];
+                                        static_cast<std::size_t>(x)) *
+                                       4];
         return {p[0], p[1], p[2], p[3]};
     }
     Rgba At(const glm::vec2& p) const { return At(static_cast<int>(p.x), static_cast<int>(p.y)); }
@@ -115,7 +117,10 @@ public:
                     ++count;
         return count;
     }
-    int Count(const std::function<bool(const Rgba&)>& test) const { return Count(test, 0, 0, width_, height_); }
+    int Count(const std::function<bool(const Rgba&)>& test) const
+    {
+        return Count(test, 0, 0, width_, height_);
+    }
 
     /// Pixels that differ from `colour` by more than `tolerance` in some channel.
     int CountDifferent(const Rgba& colour, int tolerance = 3) const

@@ -22,7 +22,8 @@ TEST(GraphRendererTest, RangesComeFromTheFiniteDataWithoutAContext)
     const std::size_t pendingBefore = plor::PendingGlDeletes();
     testing_support::LogCapture log;
     {
-        GraphRenderer renderer(std::vector<glm::vec2>{{0, 10}, {kNaN, 500}, {10, 30}, {5, std::numeric_limits<float>::infinity()}});
+        GraphRenderer renderer(std::vector<glm::vec2>{
+            {0, 10}, {kNaN, 500}, {10, 30}, {5, std::numeric_limits<float>::infinity()}});
         EXPECT_EQ(renderer.GetPointCount(), 2u);
         EXPECT_TRUE(log.messages.empty()) << "gaps are how hosts mark missing samples, not an error";
         EXPECT_EQ(renderer.GetDataMin(), glm::vec2(0, 10));
@@ -61,12 +62,12 @@ TEST(GraphRendererTest, TicksAreRoundStepsSpacedForThePlotAndLabelledWithTheDigi
     };
     const Case cases[] = {
         {0.0, 10.0, 400.0f, 80.0f, {0.0, 2.0, 6}},
-        {-0.5, 10.5, 400.0f, 80.0f, {0.0, 2.0, 6}},     // the margins hold no tick
+        {-0.5, 10.5, 400.0f, 80.0f, {0.0, 2.0, 6}}, // the margins hold no tick
         {9.0, 31.0, 300.0f, 50.0f, {10.0, 5.0, 5}},
         {-3.2, 1.7, 250.0f, 50.0f, {-3.0, 1.0, 5}},
         {0.0, 5e6, 400.0f, 80.0f, {0.0, 1e6, 6}},
-        {0.0, 10.0, 60.0f, 80.0f, {0.0, 10.0, 2}},      // a cramped axis keeps its labels apart
-        {1.0, 1.0, 400.0f, 80.0f, {}},                  // no span
+        {0.0, 10.0, 60.0f, 80.0f, {0.0, 10.0, 2}}, // a cramped axis keeps its labels apart
+        {1.0, 1.0, 400.0f, 80.0f, {}},             // no span
         {0.0, kNaN, 400.0f, 80.0f, {}},
         {0.0, 10.0, 0.0f, 80.0f, {}},
     };
@@ -84,9 +85,15 @@ TEST(GraphRendererTest, TicksAreRoundStepsSpacedForThePlotAndLabelledWithTheDigi
         const char* text;
     };
     const Label formats[] = {
-        {0.25, {0.0, 0.05, 6}, "0.25"},   {1.0, tenths, "1.0"},           {-2.0, {-3.0, 1.0, 5}, "-2"},
-        {1500.0, {1000.0, 500.0, 3}, "1500"}, {-1e-17, {-0.2, 0.1, 4}, "0"}, {1.5e6, {1e6, 5e5, 3}, "1.5e+06"},
-        {2e6, {0.0, 1e6, 6}, "2e+06"},    {4e-5, {2e-5, 2e-5, 3}, "4e-05"}, {0.0002, {0.0001, 0.0001, 3}, "0.0002"},
+        {0.25, {0.0, 0.05, 6}, "0.25"},
+        {1.0, tenths, "1.0"},
+        {-2.0, {-3.0, 1.0, 5}, "-2"},
+        {1500.0, {1000.0, 500.0, 3}, "1500"},
+        {-1e-17, {-0.2, 0.1, 4}, "0"},
+        {1.5e6, {1e6, 5e5, 3}, "1.5e+06"},
+        {2e6, {0.0, 1e6, 6}, "2e+06"},
+        {4e-5, {2e-5, 2e-5, 3}, "4e-05"},
+        {0.0002, {0.0001, 0.0001, 3}, "0.0002"},
     };
     for (const Label& l : formats)
         EXPECT_EQ(GraphRenderer::FormatTick(l.value, l.ticks), l.text) << l.value;

@@ -109,8 +109,9 @@ TEST_F(ImageGlTest, FittedImageKeepsItsSidesAndMirrorsSwapThem)
         bool mirrorX, mirrorY;
         Rgba topLeft, topRight, bottomLeft, bottomRight;
     };
-    for (const Case& c : {Case{false, false, kRed, kBlue, kGreen, kWhite}, Case{true, false, kBlue, kRed, kWhite, kGreen},
-                          Case{false, true, kGreen, kWhite, kRed, kBlue}, Case{true, true, kWhite, kGreen, kBlue, kRed}}) {
+    for (const Case& c :
+         {Case{false, false, kRed, kBlue, kGreen, kWhite}, Case{true, false, kBlue, kRed, kWhite, kGreen},
+          Case{false, true, kGreen, kWhite, kRed, kBlue}, Case{true, true, kWhite, kGreen, kBlue, kRed}}) {
         style.mirrorX = c.mirrorX;
         style.mirrorY = c.mirrorY;
         const Pixels pixels = Draw(renderer, style);

@@ -88,7 +88,8 @@ protected:
 
 TEST_F(LineFieldGlTest, SegmentsCrossTheViewWithTheRequestedWidthAndAreCutAtTheNearPlane)
 {
-    LineFieldRenderer renderer(std::vector<geom::LineSegment3>{{glm::vec3(-10.0f, 0.0f, 0.0f), glm::vec3(10.0f, 0.0f, 0.0f)}});
+    LineFieldRenderer renderer(
+        std::vector<geom::LineSegment3>{{glm::vec3(-10.0f, 0.0f, 0.0f), glm::vec3(10.0f, 0.0f, 0.0f)}});
     const LineFieldStyle thin = StyleOf({1.0f, 0.0f, 0.0f}, 1.0f);
     const Pixels thinPixels = Draw(renderer, thin);
 
@@ -177,7 +178,8 @@ TEST_F(LineFieldGlTest, SegmentColoursFollowTheStyleSwitch)
 
     // New segments forget the old colours.
     style.useSegmentColors = true;
-    renderer.SetLines(std::vector<geom::LineSegment3>{{glm::vec3(-10.0f, 0.0f, 0.0f), glm::vec3(10.0f, 0.0f, 0.0f)}});
+    renderer.SetLines(
+        std::vector<geom::LineSegment3>{{glm::vec3(-10.0f, 0.0f, 0.0f), glm::vec3(10.0f, 0.0f, 0.0f)}});
     pixels = Draw(renderer, style);
     EXPECT_GE(RowsOf(pixels, 64, kRed), 4);
     EXPECT_EQ(RowsOf(pixels, 64, kGreen) + RowsOf(pixels, 64, kBlue), 0);
@@ -185,7 +187,8 @@ TEST_F(LineFieldGlTest, SegmentColoursFollowTheStyleSwitch)
     // An empty list or a hidden style draws nothing.
     renderer.SetLines(std::vector<geom::LineSegment3>{});
     EXPECT_EQ(Draw(renderer, style).CountDifferent(kBlack), 0);
-    renderer.SetLines(std::vector<geom::LineSegment3>{{glm::vec3(-10.0f, 0.0f, 0.0f), glm::vec3(10.0f, 0.0f, 0.0f)}});
+    renderer.SetLines(
+        std::vector<geom::LineSegment3>{{glm::vec3(-10.0f, 0.0f, 0.0f), glm::vec3(10.0f, 0.0f, 0.0f)}});
     style.visible = false;
     EXPECT_EQ(Draw(renderer, style).CountDifferent(kBlack), 0);
 }

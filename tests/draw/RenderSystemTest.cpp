@@ -9,7 +9,6 @@
 
 #include <plor/ArrayObject.h>
 
-
 using namespace vexa::draw;
 using namespace gl_test_support;
 
@@ -74,8 +73,8 @@ int RowsWithContent(const Pixels& pixels, const Rgba& background, int tolerance)
 {
     int rows = 0;
     for (int y = 0; y < pixels.Height(); ++y)
-        if (pixels.Count([&](const Rgba& c) { return !Near(c, background, tolerance); }, 0, y, pixels.Width(), y + 1) >
-            0)
+        if (pixels.Count([&](const Rgba& c) { return !Near(c, background, tolerance); }, 0, y, pixels.Width(),
+                         y + 1) > 0)
             ++rows;
     return rows;
 }
@@ -101,7 +100,8 @@ TEST_F(GlTest, ScenesDrawInTheirOwnViewportPassByPass)
     auto overlay = std::make_shared<FlatRenderer>(FlatRenderer::FullQuad(), RenderPass::Overlay);
     auto opaque = std::make_shared<FlatRenderer>(FlatRenderer::FullQuad());
     auto hidden = std::make_shared<FlatRenderer>(FlatRenderer::FullQuad(), RenderPass::Screen);
-    auto screen = std::make_shared<FlatRenderer>(std::vector<glm::vec2>{{-1, -1}, {0, -1}, {-1, 0}}, RenderPass::Screen);
+    auto screen = std::make_shared<FlatRenderer>(std::vector<glm::vec2>{{-1, -1}, {0, -1}, {-1, 0}},
+                                                 RenderPass::Screen);
     ASSERT_GT(scene_->AddInstance(overlay, ColorStyle(0, 0, 1)), 0);
     ASSERT_GT(scene_->AddInstance(opaque, ColorStyle(1, 0, 0)), 0);
     ASSERT_GT(scene_->AddInstance(hidden, ColorStyle(1, 1, 1), InstanceFlags::Hidden), 0);
@@ -212,8 +212,9 @@ TEST_F(GlTest, AntiAliasingBlendsEdges)
     ASSERT_GE(plor::GetMaxSamples(), 4) << "the driver offers no 4x multisampling";
     testing_support::LogCapture log;
     system_->SetBackgroundColor(tesk::Color3b(0, 0, 0));
-    scene_->AddInstance(std::make_shared<FlatRenderer>(std::vector<glm::vec2>{{-0.8f, -0.7f}, {0.8f, -0.5f}, {-0.3f, 0.85f}}),
-                        ColorStyle(1, 1, 1));
+    scene_->AddInstance(
+        std::make_shared<FlatRenderer>(std::vector<glm::vec2>{{-0.8f, -0.7f}, {0.8f, -0.5f}, {-0.3f, 0.85f}}),
+        ColorStyle(1, 1, 1));
     const Rgba black{0, 0, 0, 255};
     const Rgba white{255, 255, 255, 255};
     int whites = 0;

@@ -26,8 +26,7 @@ using namespace vexa::draw;
 
 namespace {
 
-class OtherStyle : public Style {
-};
+class OtherStyle : public Style {};
 
 /// Draws nothing; accepts only the base style and reports a fixed box.
 class BoxRenderer : public Renderer {
@@ -154,8 +153,7 @@ TEST(SceneTest, BoundingBoxUsesTheStyleTransformAndSkipsHiddenContent)
 
     auto style = std::make_shared<Style>();
     // Rotated a quarter turn about Z, stretched along the box's own X, then moved.
-    style->transform = tesk::Transform({10.0f, 0.0f, 0.0f},
-                                       glm::angleAxis(kPi / 2.0f, glm::vec3(0, 0, 1)),
+    style->transform = tesk::Transform({10.0f, 0.0f, 0.0f}, glm::angleAxis(kPi / 2.0f, glm::vec3(0, 0, 1)),
                                        {3.0f, 1.0f, 1.0f});
     scene.AddInstance(std::make_shared<BoxRenderer>(geom::TAabb<3, float>({-1, -1, -1}, {1, 1, 1})), style);
 
@@ -206,8 +204,9 @@ TEST(ProjectionParams, UnprojectAgreesWithGlmUnProject)
     for (const glm::vec2& pixel : pixels) {
         for (float depth : {-1.0f, 0.0f, 0.9f}) {
             // glm counts rows from the bottom and takes window depth in 0..1.
-            const glm::vec3 expected = glm::unProject(glm::vec3(pixel.x, 600.0f - pixel.y, 0.5f * depth + 0.5f),
-                                                      view, projection, glm::vec4(0, 0, 800, 600));
+            const glm::vec3 expected =
+                glm::unProject(glm::vec3(pixel.x, 600.0f - pixel.y, 0.5f * depth + 0.5f), view, projection,
+                               glm::vec4(0, 0, 800, 600));
             const glm::vec3 actual = UnprojectScreenPoint(pixel, depth, projection, view, viewport);
             EXPECT_TRUE(Near(actual, expected, 1e-3f * (1.0f + glm::length(expected))))
                 << "pixel " << pixel.x << ", " << pixel.y << " depth " << depth;

@@ -27,7 +27,8 @@ std::vector<std::size_t> SubsetIndices(std::size_t count, std::size_t budget)
     std::vector<std::size_t> drawn;
     for (std::size_t run = 0; run < counts.size(); ++run)
         for (int i = 0; i < counts[run]; ++i)
-            drawn.push_back(indices.at(starts[run] + static_cast<std::size_t>(i)) + static_cast<std::size_t>(bases[run]));
+            drawn.push_back(indices.at(starts[run] + static_cast<std::size_t>(i)) +
+                            static_cast<std::size_t>(bases[run]));
     std::sort(drawn.begin(), drawn.end());
     return drawn;
 }

@@ -51,7 +51,10 @@ T Edited()
 template <>
 struct Trait<Material> {
     static constexpr std::size_t kBytes = 4 + 5 * 4 + 2;
-    static auto Fields(auto& m) { return std::tie(m.color, m.specular, m.shininess, m.metallic, m.useLighting); }
+    static auto Fields(auto& m)
+    {
+        return std::tie(m.color, m.specular, m.shininess, m.metallic, m.useLighting);
+    }
     static auto Edits() { return std::tuple(C{0.1f, 0.2f, 0.3f}, 0.9f, 200.0f, true, false); }
     static bool Spoil(Material&) { return false; }
 };
@@ -129,8 +132,8 @@ struct Trait<ImageStyle> {
     }
     static auto Edits()
     {
-        return std::tuple(true, false, false, true, true, false, false, false, false, true, 2.5f, 0.125f, 0.5f,
-                          -0.5f, 3.0f, -0.25f, 0.75f, 0.5f, false, C{0.25f, 0.5f, 0.75f});
+        return std::tuple(true, false, false, true, true, false, false, false, false, true, 2.5f, 0.125f,
+                          0.5f, -0.5f, 3.0f, -0.25f, 0.75f, 0.5f, false, C{0.25f, 0.5f, 0.75f});
     }
     static bool Spoil(ImageStyle& s)
     {
@@ -141,7 +144,10 @@ struct Trait<ImageStyle> {
 template <>
 struct Trait<GraphStyle> {
     static constexpr std::size_t kBytes = 4 + 4 + 4 + 12 + 12 + Trait<Style>::kBytes;
-    static auto Fields(auto& s) { return std::tie(s.lineWidth, s.pointSize, s.lineColor, s.pointColor, s.visible, s.color); }
+    static auto Fields(auto& s)
+    {
+        return std::tie(s.lineWidth, s.pointSize, s.lineColor, s.pointColor, s.visible, s.color);
+    }
     static auto Edits()
     {
         return std::tuple(5, 9, C{0.1f, 0.2f, 0.3f}, C{0.4f, 0.5f, 0.6f}, false, C{0.25f, 0.5f, 0.75f});
@@ -152,7 +158,10 @@ struct Trait<GraphStyle> {
 template <>
 struct Trait<LineFieldStyle> {
     static constexpr std::size_t kBytes = 4 + 4 + 3 + 12;
-    static auto Fields(auto& s) { return std::tie(s.lineWidth, s.onTop, s.useSegmentColors, s.visible, s.color); }
+    static auto Fields(auto& s)
+    {
+        return std::tie(s.lineWidth, s.onTop, s.useSegmentColors, s.visible, s.color);
+    }
     static auto Edits() { return std::tuple(4.0f, true, false, false, C{0.25f, 0.5f, 0.75f}); }
     static bool Spoil(LineFieldStyle& s) { return s.lineWidth = -1.0f, true; }
 };

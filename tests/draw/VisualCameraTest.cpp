@@ -9,8 +9,8 @@
 #include <gtest/gtest.h>
 
 #include <glm/ext/matrix_transform.hpp>
-#include <glm/gtc/matrix_access.hpp>
 #include <glm/glm.hpp>
+#include <glm/gtc/matrix_access.hpp>
 
 #include <cmath>
 #include <functional>
@@ -144,16 +144,24 @@ TEST(VisualCamera, NotifiesOncePerChangeAndNeverForNoOps)
     CountChanges(camera, calls);
 
     const std::vector<std::function<void()>> changes = {
-        [&] { camera.SetPosition({0, 0, 1}); },
+        [&] {
+            camera.SetPosition({0, 0, 1});
+        },
         [&] { camera.SetOrientation(glm::angleAxis(0.3f, glm::vec3(1, 0, 0))); },
-        [&] { camera.LookAt({0, 0, 0}, {0, 1, 0}); },
+        [&] {
+            camera.LookAt({0, 0, 0}, {0, 1, 0});
+        },
         [&] { camera.Pan(0.1f); },
         [&] { camera.Tilt(0.1f); },
         [&] { camera.Roll(0.1f); },
         [&] { camera.Rotate(glm::angleAxis(0.1f, glm::vec3(0, 0, 1))); },
-        [&] { camera.Move({0, 1, 0}); },
+        [&] {
+            camera.Move({0, 1, 0});
+        },
         [&] { camera.Dolly(0.5f); },
-        [&] { camera.AlignUpVector({0, 1, 0}); },
+        [&] {
+            camera.AlignUpVector({0, 1, 0});
+        },
         [&] { camera.CopyView(other); },
         [&] { camera.Reset(); },
     };

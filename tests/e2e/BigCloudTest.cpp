@@ -19,7 +19,8 @@ void WriteTerrainPly(const fs::path& file, int rows, int columns)
 {
     std::ofstream out(file, std::ios::binary);
     out << "ply\nformat binary_little_endian 1.0\nelement vertex " << rows * columns
-        << "\nproperty float x\nproperty float y\nproperty float z\nproperty uchar red\nproperty uchar green\n"
+        << "\nproperty float x\nproperty float y\nproperty float z\nproperty uchar red\nproperty uchar "
+           "green\n"
            "property uchar blue\nend_header\n";
     std::vector<char> record(15);
     for (int row = 0; row < rows; ++row)

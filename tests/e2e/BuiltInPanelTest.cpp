@@ -62,9 +62,10 @@ TEST_F(BuiltInPanels, ViewOptionsPutTheGridOnAnotherPlaneAndTheGearsWhiteBackgro
         return FindBlob(p, heading, [](Rgb c) { return Near(c, {0x3A, 0x3C, 0x3F}, 2); }).count > 500;
     };
     ASSERT_TRUE(headingShown(opened));
-    const Picture closed = Keep("closed", WaitForSettled([&](const Picture& p) {
-        return !headingShown(p) && CountDifferences(start, p, area, {popup}) > 500;
-    }));
+    const Picture closed =
+        Keep("closed", WaitForSettled([&](const Picture& p) {
+                 return !headingShown(p) && CountDifferences(start, p, area, {popup}) > 500;
+             }));
     EXPECT_FALSE(closed.Empty()) << "no grid appeared, or the pop-up stayed open";
 
     // The gear opens the global options on top of the column.
@@ -92,14 +93,18 @@ TEST_F(BuiltInPanels, ViewOptionsPutTheGridOnAnotherPlaneAndTheGearsWhiteBackgro
     EXPECT_GT(MeanBrightness(white, layout.RenderArea()), 200.0);
 
     // Written by the step after the change; then the program ends and starts again.
-    ASSERT_TRUE(WaitFor([&] { return StoredWhiteFlag() == 1; }, 10s)) << "options.bin does not hold the white background";
+    ASSERT_TRUE(WaitFor([&] { return StoredWhiteFlag() == 1; }, 10s))
+        << "options.bin does not hold the white background";
     x->RequestClose();
     ASSERT_TRUE(program->WaitForExit(30s).has_value()) << Output();
 
     ASSERT_TRUE(Launch(E2E_HOST, {"--look", (CaseDirectory() / "host-look.json").string()}));
-    const Picture restarted = Keep("restarted", WaitForSettled([&](const Picture& p) {
-        return whiteCorner(p) && FindBlob(p, layout.RenderArea(), IsRed).count > 100;
-    }, 30s));
+    const Picture restarted = Keep(
+        "restarted", WaitForSettled(
+                         [&](const Picture& p) {
+                             return whiteCorner(p) && FindBlob(p, layout.RenderArea(), IsRed).count > 100;
+                         },
+                         30s));
     EXPECT_FALSE(restarted.Empty()) << "after a restart the background is not white";
 }
 
@@ -119,7 +124,8 @@ TEST_F(BuiltInPanels, SearchingTheInspectorAndClickingTheHitSelectsTheResource)
     const int secondTitle = titleEnd(start, resources[1]);
     ASSERT_GT(secondTitle, titleEnd(start, resources[0]));
 
-    const Rect inspector{all.front().rect.x0, all.front().rect.y1, all.front().rect.x1, all.front().rect.y1 + 170};
+    const Rect inspector{all.front().rect.x0, all.front().rect.y1, all.front().rect.x1,
+                         all.front().rect.y1 + 170};
     Click({inspector.x0 + 110.0, inspector.y0 + 20.0});
     for (const char* key : {"s", "e", "c"})
         x->Tap(key);
@@ -131,9 +137,9 @@ TEST_F(BuiltInPanels, SearchingTheInspectorAndClickingTheHitSelectsTheResource)
     Click({inspector.x0 + 40.0, inspector.y0 + 72.0});
     Rest();
     const Picture picked = Keep("picked", WaitForSettled([&](const Picture& p) {
-        const std::vector<PanelHeader> now = FindPanelHeaders(p, layout);
-        return !now.empty() && now.front().selected;
-    }));
+                                    const std::vector<PanelHeader> now = FindPanelHeaders(p, layout);
+                                    return !now.empty() && now.front().selected;
+                                }));
     ASSERT_FALSE(picked.Empty()) << "clicking the hit selected no resource";
     const std::vector<PanelHeader> now = FindPanelHeaders(picked, layout);
     ASSERT_EQ(now.size(), 2u);

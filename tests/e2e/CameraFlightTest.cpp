@@ -37,11 +37,13 @@ TEST_F(CameraFlight, TwoKeyframesSavedRemovedLoadedAndPlayedFlyTheCameraThroughT
     const Rect sidebar = layout.Sidebar();
     x->Click(Button::Left, sidebar.x0 + 16, sidebar.y0 + 16);
     Rest();
-    const Picture opened = Keep("panel",
-        WaitForSettled([&](const Picture& p) { return FindPanelHeaders(p, layout).size() == builtIn + 1; }));
+    const Picture opened = Keep("panel", WaitForSettled([&](const Picture& p) {
+                                    return FindPanelHeaders(p, layout).size() == builtIn + 1;
+                                }));
     ASSERT_FALSE(opened.Empty()) << "the camera button opened no panel";
     const PanelHeader header = FindPanelHeaders(opened, layout).back();
-    const std::vector<Rect> buttons = FindWideButtons(opened, layout.PanelColumn(), header.rect.y1, opened.Height());
+    const std::vector<Rect> buttons =
+        FindWideButtons(opened, layout.PanelColumn(), header.rect.y1, opened.Height());
     // Play, Stop, Add, Remove last, Remove all, Save, Load.
     ASSERT_EQ(buttons.size(), 7u) << "the panel's buttons were not found";
     const Rect& play = buttons[0];
@@ -95,21 +97,27 @@ TEST_F(CameraFlight, TwoKeyframesSavedRemovedLoadedAndPlayedFlyTheCameraThroughT
     ClickCentre(play);
     Rest();
     // The flight starts at the first view...
-    const Picture departing = Keep("departing",
-        WaitUntil([&](const Picture& p) { return Measure(p).AllVisible(50) && Apart(Measure(p), first) < 6.0; }, 3s));
+    const Picture departing = Keep(
+        "departing",
+        WaitUntil(
+            [&](const Picture& p) { return Measure(p).AllVisible(50) && Apart(Measure(p), first) < 6.0; },
+            3s));
     EXPECT_FALSE(departing.Empty()) << "the flight did not start at the first key frame";
     // ... passes between the two ...
     const Picture between = Keep("between", WaitUntil(
-        [&](const Picture& p) {
-            const ClusterLayout now = Measure(p);
-            return now.AllVisible(50) && Apart(now, first) > 10.0 && Apart(now, second) > 10.0;
-        },
-        4s));
+                                                [&](const Picture& p) {
+                                                    const ClusterLayout now = Measure(p);
+                                                    return now.AllVisible(50) && Apart(now, first) > 10.0 &&
+                                                           Apart(now, second) > 10.0;
+                                                },
+                                                4s));
     EXPECT_FALSE(between.Empty()) << "the camera jumped instead of flying";
     // ... and lands on the second.
-    const Picture landed = Keep("landed",
-        WaitForSettled([&](const Picture& p) { return Measure(p).AllVisible(50) && Apart(Measure(p), second) < 3.0; },
-                       15s));
+    const Picture landed = Keep(
+        "landed",
+        WaitForSettled(
+            [&](const Picture& p) { return Measure(p).AllVisible(50) && Apart(Measure(p), second) < 3.0; },
+            15s));
     EXPECT_FALSE(landed.Empty()) << "the flight did not end at the second key frame: "
                                  << Measure(Grab()).Describe() << "\nexpected " << second.Describe();
 }

@@ -28,7 +28,8 @@ double RelativeMotion(const ClusterLayout& before, const ClusterLayout& after)
 double TurnDegrees(const ClusterLayout& before, const ClusterLayout& after, std::size_t ball)
 {
     const Point a = Relative(before, ball), b = Relative(after, ball);
-    return std::remainder(std::atan2(b.y, b.x) - std::atan2(a.y, a.x), 2 * std::numbers::pi) * 180.0 / std::numbers::pi;
+    return std::remainder(std::atan2(b.y, b.x) - std::atan2(a.y, a.x), 2 * std::numbers::pi) * 180.0 /
+           std::numbers::pi;
 }
 
 class CameraGestures : public ViewerCase {
@@ -54,7 +55,8 @@ protected:
         const ClusterLayout before = Measure(from), after = After(from, label, &picture);
         const double ratio = after.Spread() / before.Spread();
         EXPECT_TRUE(larger ? ratio >= 1.1 : ratio <= 1 / 1.1) << label << "\n" << Compare(before, after);
-        EXPECT_LE(Distance(before.Mean(), after.Mean()), 0.15 * before.Spread()) << label << "\n" << Compare(before, after);
+        EXPECT_LE(Distance(before.Mean(), after.Mean()), 0.15 * before.Spread()) << label << "\n"
+                                                                                 << Compare(before, after);
         return picture;
     }
 };
@@ -69,13 +71,14 @@ TEST_F(CameraGestures, LeftDragOrbitsAboutTheTarget)
     const ClusterLayout after = After(start, "left-drag");
 
     EXPECT_GE(RelativeMotion(before, after), 0.3 * before.Spread())
-        << "the balls should have moved against each other\n" << Compare(before, after);
+        << "the balls should have moved against each other\n"
+        << Compare(before, after);
     EXPECT_LE(Distance(before.Mean(), after.Mean()), 0.15 * before.Spread())
-        << "an orbit about the target keeps the scene's middle in place\n" << Compare(before, after);
+        << "an orbit about the target keeps the scene's middle in place\n"
+        << Compare(before, after);
     // The content follows the pointer: what lies beyond the target (the white ball at the
     // origin; the camera looks from the (1,1,1) side) swings the other way.
-    EXPECT_LT(Relative(after, 3).x - Relative(before, 3).x, -0.1 * before.Spread())
-        << Compare(before, after);
+    EXPECT_LT(Relative(after, 3).x - Relative(before, 3).x, -0.1 * before.Spread()) << Compare(before, after);
 }
 
 TEST_F(CameraGestures, MiddleDragPansWithThePointer)
@@ -91,13 +94,13 @@ TEST_F(CameraGestures, MiddleDragPansWithThePointer)
     // front of and behind it.
     const Point drag{to.x - from.x, to.y - from.y};
     const double length = std::hypot(drag.x, drag.y);
-    for (std::size_t i = 0; i < 4; ++i)
-    {
+    for (std::size_t i = 0; i < 4; ++i) {
         const Point moved{after.balls[i].centroid.x - before.balls[i].centroid.x,
                           after.balls[i].centroid.y - before.balls[i].centroid.y};
         EXPECT_LE(Distance(moved, drag), 0.3 * length)
-            << "ball " << i << " moved by (" << moved.x << ", " << moved.y << "), the pointer by (" << drag.x << ", "
-            << drag.y << ")\n" << Compare(before, after);
+            << "ball " << i << " moved by (" << moved.x << ", " << moved.y << "), the pointer by (" << drag.x
+            << ", " << drag.y << ")\n"
+            << Compare(before, after);
     }
     EXPECT_NEAR(after.Spread() / before.Spread(), 1.0, 0.1) << "a pan neither zooms nor turns";
 }
@@ -115,13 +118,13 @@ TEST_F(CameraGestures, ControlLeftDragRollsWithThePointer)
     x->Drag(Button::Left, {centre.x + reach, centre.y}, {centre.x + reach, centre.y + reach}, {"Control_L"});
     const ClusterLayout after = After(start, "control-left-drag");
 
-    for (std::size_t i = 0; i < 4; ++i)
-    {
+    for (std::size_t i = 0; i < 4; ++i) {
         // The white ball sits at the middle, where a direction means nothing.
         if (Distance(Relative(before, i), {0, 0}) < 0.3 * before.Spread())
             continue;
         EXPECT_NEAR(TurnDegrees(before, after, i), 45.0, 12.0)
-            << "ball " << i << " should turn clockwise with the pointer\n" << Compare(before, after);
+            << "ball " << i << " should turn clockwise with the pointer\n"
+            << Compare(before, after);
         EXPECT_NEAR(Distance(Relative(after, i), {0, 0}) / Distance(Relative(before, i), {0, 0}), 1.0, 0.1)
             << "a roll keeps every ball's distance from the middle, ball " << i;
     }

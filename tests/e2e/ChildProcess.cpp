@@ -55,8 +55,7 @@ ChildProcess::ChildProcess(const Options& options)
     pid_ = fork();
     if (pid_ < 0)
         throw std::runtime_error(std::string("fork failed: ") + std::strerror(errno));
-    if (pid_ == 0)
-    {
+    if (pid_ == 0) {
         // A test that crashes or is killed by its timeout must not leave programs behind.
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (getppid() != parent)
@@ -105,8 +104,7 @@ bool ChildProcess::IsRunning()
 std::optional<int> ChildProcess::WaitForExit(std::chrono::milliseconds timeout)
 {
     const auto end = std::chrono::steady_clock::now() + timeout;
-    while (!Reap(false))
-    {
+    while (!Reap(false)) {
         if (std::chrono::steady_clock::now() >= end)
             return std::nullopt;
         std::this_thread::sleep_for(std::chrono::milliseconds(20));

@@ -31,14 +31,16 @@ TEST_F(Content, ACloudsOwnColoursShowAsTheyAreAndEdgeOnPointsKeepTheirSize)
     const fs::path file = CaseDirectory() / "edge-on.ply";
     {
         std::ofstream out(file);
-        out << "ply\nformat ascii 1.0\nelement vertex 576\nproperty float x\nproperty float y\nproperty float z\n"
-               "property float nx\nproperty float ny\nproperty float nz\nproperty uchar red\nproperty uchar green\n"
+        out << "ply\nformat ascii 1.0\nelement vertex 576\nproperty float x\nproperty float y\nproperty "
+               "float z\n"
+               "property float nx\nproperty float ny\nproperty float nz\nproperty uchar red\nproperty uchar "
+               "green\n"
                "property uchar blue\nend_header\n";
         for (int i = 0; i < 24; ++i)
-            for (int j = 0; j < 24; ++j)
-            {
+            for (int j = 0; j < 24; ++j) {
                 const glm::vec3 p = (static_cast<float>(i) * u + static_cast<float>(j) * v) * 0.1f;
-                out << p.x << ' ' << p.y << ' ' << p.z << ' ' << u.x << ' ' << u.y << ' ' << u.z << " 230 60 60\n";
+                out << p.x << ' ' << p.y << ' ' << p.z << ' ' << u.x << ' ' << u.y << ' ' << u.z
+                    << " 230 60 60\n";
             }
     }
     ASSERT_TRUE(LaunchViewer({file.string()}));
@@ -77,8 +79,8 @@ TEST_F(Content, ALopsidedCloudIsInViewToItsLastPoint)
             out << i * 0.002 << ' ' << 10.0 << ' ' << 0.0 << " 255 0 255\n";
     }
     ASSERT_TRUE(LaunchViewer({file.string()}));
-    const Picture shown =
-        WaitForWindow([&](const Picture& p) { return FindBlob(p, layout.RenderArea(), IsGreen).count > 100; }, "opened");
+    const Picture shown = WaitForWindow(
+        [&](const Picture& p) { return FindBlob(p, layout.RenderArea(), IsGreen).count > 100; }, "opened");
     ASSERT_FALSE(shown.Empty()) << "the cloud did not appear";
     const Rect scene = layout.RenderArea();
     const Blob top = FindBlob(shown, scene, IsMagenta, {layout.SidebarToggle()});

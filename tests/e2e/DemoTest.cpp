@@ -32,15 +32,18 @@ TEST_F(Demo, TheScanShowsItsCameraAndItsFocusLooksFromThere)
     ASSERT_TRUE(LaunchViewer({"--demo", "--look", look.string()}));
     layout.sidebarVisible = false;
     const Rect area = layout.RenderArea();
-    const Picture shown = WaitForWindow([&](const Picture& p) {
-        return FindBlob(p, area, IsGlaze).count > 5000 && FindBlob(p, area, IsMarkerGrey).count > 300;
-    }, "demo");
+    const Picture shown = WaitForWindow(
+        [&](const Picture& p) {
+            return FindBlob(p, area, IsGlaze).count > 5000 && FindBlob(p, area, IsMarkerGrey).count > 300;
+        },
+        "demo");
     ASSERT_FALSE(shown.Empty()) << "the scan and its camera marker did not appear";
 
     // Open the sidebar, then the scan panel's focus button.
     ClickCentre(layout.SidebarToggle());
     layout.sidebarVisible = true;
-    const Picture opened = Keep("sidebar", WaitUntil([&](const Picture& p) { return !FindPanelHeaders(p, layout).empty(); }));
+    const Picture opened =
+        Keep("sidebar", WaitUntil([&](const Picture& p) { return !FindPanelHeaders(p, layout).empty(); }));
     ASSERT_FALSE(opened.Empty()) << "the sidebar did not open with the scan's panel";
     Click(FindPanelHeaders(opened, layout).front().FocusButton());
     Rest();
@@ -48,7 +51,8 @@ TEST_F(Demo, TheScanShowsItsCameraAndItsFocusLooksFromThere)
     const Picture settled = Keep("focused", WaitForQuiet());
     ASSERT_FALSE(focused.Empty()) << "the focus button changed nothing";
     // From the scanner the bowl fills the view: much more of it than from the side.
-    EXPECT_GT(FindBlob(settled, layout.RenderArea(), IsGlaze).count, FindBlob(shown, area, IsGlaze).count * 3 / 2);
+    EXPECT_GT(FindBlob(settled, layout.RenderArea(), IsGlaze).count,
+              FindBlob(shown, area, IsGlaze).count * 3 / 2);
 }
 
 } // namespace

@@ -19,7 +19,8 @@ constexpr auto kPollInterval = 25ms;
 void ExpectNoSanitizerReport(const std::string& output)
 {
     for (const char* report : {"ERROR: AddressSanitizer", "ERROR: LeakSanitizer", "runtime error:"})
-        EXPECT_EQ(output.find(report), std::string::npos) << "the program's output holds \"" << report << "\"";
+        EXPECT_EQ(output.find(report), std::string::npos)
+            << "the program's output holds \"" << report << "\"";
 }
 
 } // namespace
@@ -40,8 +41,7 @@ void E2eTest::TearDown()
 {
     // Closed as a person closes it, the program ends through Terminate, and in the sanitizer
     // build LeakSanitizer checks what it left behind; one that does not end in time is stopped.
-    if (program && program->IsRunning() && x && x->WindowArea().Width() > 0)
-    {
+    if (program && program->IsRunning() && x && x->WindowArea().Width() > 0) {
         x->RequestClose();
         program->WaitForExit(15s);
     }
@@ -56,9 +56,11 @@ void E2eTest::TearDown()
         return;
     for (std::size_t i = 0; i < kept_.size(); ++i)
         kept_[i].second.SavePng(
-            (caseDirectory_ / ((i < 10 ? "0" : "") + std::to_string(i) + "-" + kept_[i].first + ".png")).string());
+            (caseDirectory_ / ((i < 10 ? "0" : "") + std::to_string(i) + "-" + kept_[i].first + ".png"))
+                .string());
     std::cout << "[e2e] pictures and program output of this case: " << caseDirectory_.string()
-              << "\n[e2e] program output:\n" << Output() << std::flush;
+              << "\n[e2e] program output:\n"
+              << Output() << std::flush;
 }
 
 ::testing::AssertionResult E2eTest::Launch(const std::string& path, const std::vector<std::string>& arguments)
@@ -67,14 +69,19 @@ void E2eTest::TearDown()
     if (program)
         ExpectNoSanitizerReport(Output());
     // The program must use our private server, whatever the test runner was started under.
-    program = std::make_unique<ChildProcess>(ChildProcess::Options{
-        .program = path, .arguments = arguments, .workingDirectory = workingDirectory_.string(),
-        .outputFile = outputFile_.string(), .environment = {{"DISPLAY", x->DisplayName()}},
-        .unset = {"WAYLAND_DISPLAY", "XAUTHORITY"}});
+    program =
+        std::make_unique<ChildProcess>(ChildProcess::Options{.program = path,
+                                                             .arguments = arguments,
+                                                             .workingDirectory = workingDirectory_.string(),
+                                                             .outputFile = outputFile_.string(),
+                                                             .environment = {{"DISPLAY", x->DisplayName()}},
+                                                             .unset = {"WAYLAND_DISPLAY", "XAUTHORITY"}});
     if (!x->AttachToWindowOf(program->Pid(), 30s))
-        return ::testing::AssertionFailure()
-               << path << (program->IsRunning() ? " showed no window within 30 s" : " ended before it showed a window")
-               << "; output:\n" << Output();
+        return ::testing::AssertionFailure() << path
+                                             << (program->IsRunning() ? " showed no window within 30 s"
+                                                                      : " ended before it showed a window")
+                                             << "; output:\n"
+                                             << Output();
     layout.area = {0, 0, x->WindowArea().Width(), x->WindowArea().Height()};
     return ::testing::AssertionSuccess();
 }
@@ -96,8 +103,7 @@ std::string E2eTest::ReadFile(const fs::path& file)
 bool E2eTest::WaitFor(const std::function<bool()>& done, std::chrono::milliseconds timeout)
 {
     const auto end = std::chrono::steady_clock::now() + timeout;
-    while (!done())
-    {
+    while (!done()) {
         if (std::chrono::steady_clock::now() >= end)
             return false;
         XSession::Pause(kPollInterval);
@@ -129,8 +135,7 @@ Picture E2eTest::WaitForSettled(const Accept& accept, std::chrono::milliseconds 
             candidate = Picture();
         else if (!candidate.Empty() && picture == candidate)
             return now - since >= kSettleTime;
-        else
-        {
+        else {
             candidate = std::move(picture);
             since = now;
         }
@@ -146,7 +151,8 @@ Picture E2eTest::WaitForNotice(Rect& strip, std::chrono::milliseconds timeout)
     strip = {w / 2 - 300, h - 80, w / 2 + 300, h};
     return Keep("notice", WaitUntil(
                               [&](const Picture& p) {
-                                  return CountDifferences(before, p, strip) > 500 && CountLightPixels(p, strip) > 30;
+                                  return CountDifferences(before, p, strip) > 500 &&
+                                         CountLightPixels(p, strip) > 30;
                               },
                               timeout));
 }

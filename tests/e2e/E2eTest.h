@@ -73,10 +73,14 @@ protected:
         return WaitForSettled([&](const Picture& p) { return CountDifferences(before, p, area) > 0; });
     }
     /// A settled picture, whatever it shows.
-    Picture WaitForQuiet() { return WaitForSettled([](const Picture&) { return true; }); }
+    Picture WaitForQuiet()
+    {
+        return WaitForSettled([](const Picture&) { return true; });
+    }
     /// Waits as WaitForSettled, with the longer time a program takes to start, and keeps the
     /// result under `label`.
-    Picture WaitForWindow(const Accept& accept, const std::string& label, std::chrono::milliseconds timeout = 30s)
+    Picture WaitForWindow(const Accept& accept, const std::string& label,
+                          std::chrono::milliseconds timeout = 30s)
     {
         return Keep(label, WaitForSettled(accept, timeout));
     }
@@ -88,7 +92,8 @@ protected:
     /// the white ball, are left out.
     ClusterLayout Measure(const Picture& picture) const
     {
-        return MeasureClusters(picture, layout.RenderArea(), {layout.SidebarToggle(), layout.ViewOptionsButton()});
+        return MeasureClusters(picture, layout.RenderArea(),
+                               {layout.SidebarToggle(), layout.ViewOptionsButton()});
     }
     /// A point of the 3D area given as fractions of its width and height.
     Point At(double fx, double fy) const

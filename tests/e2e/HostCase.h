@@ -40,7 +40,8 @@ protected:
     }
     std::vector<std::string> Lines() const;
     /// Waits for `line` to appear `count` times in the host's output.
-    bool WaitForLines(const std::string& line, std::size_t count, std::chrono::milliseconds timeout = 10s) const
+    bool WaitForLines(const std::string& line, std::size_t count,
+                      std::chrono::milliseconds timeout = 10s) const
     {
         return WaitFor([&] { return CountLines(line) >= count; }, timeout);
     }

@@ -19,7 +19,8 @@ TEST_F(HostPanel, TheHostsButtonsChangeTheScene)
     ASSERT_TRUE(Launch(E2E_GUI_PANEL_EXAMPLE, {}));
     const Picture shown = WaitForWindow(
         [&](const Picture& p) {
-            return FindBlob(p, layout.RenderArea(), IsRing).count > 200 && FindPanelHeaders(p, layout).size() == 2;
+            return FindBlob(p, layout.RenderArea(), IsRing).count > 200 &&
+                   FindPanelHeaders(p, layout).size() == 2;
         },
         "shown");
     ASSERT_FALSE(shown.Empty()) << "the ring and the two panels did not appear";
@@ -28,7 +29,8 @@ TEST_F(HostPanel, TheHostsButtonsChangeTheScene)
     // The host's panel comes first ("GuiDataUnit:Controls" sorts before the rings), its
     // "Add a ring" and "Clear" buttons under its header.
     const std::vector<PanelHeader> headers = FindPanelHeaders(shown, layout);
-    const std::vector<Rect> buttons = FindWideButtons(shown, layout.PanelColumn(), headers[0].rect.y1, headers[1].rect.y0);
+    const std::vector<Rect> buttons =
+        FindWideButtons(shown, layout.PanelColumn(), headers[0].rect.y1, headers[1].rect.y0);
     ASSERT_EQ(buttons.size(), 2u) << "the host's panel does not show its two buttons";
 
     // Two quick clicks, as a person adds two rings: both count.
@@ -36,9 +38,10 @@ TEST_F(HostPanel, TheHostsButtonsChangeTheScene)
     ClickCentre(buttons[0]);
     Rest();
     const Picture grown = Keep("three rings", WaitForSettled([&](const Picture& p) {
-        // Rings grow outwards: three of them cover about four times the first one's pixels.
-        return FindBlob(p, layout.RenderArea(), IsRing).count > oneRing * 3;
-    }));
+                                   // Rings grow outwards: three of them cover about four times the first
+                                   // one's pixels.
+                                   return FindBlob(p, layout.RenderArea(), IsRing).count > oneRing * 3;
+                               }));
     ASSERT_FALSE(grown.Empty()) << "two clicks on \"Add a ring\" did not add two rings";
 
     // Three ring panels run past the window's bottom: the wheel over their text scrolls the
@@ -50,7 +53,8 @@ TEST_F(HostPanel, TheHostsButtonsChangeTheScene)
     };
     x->MoveTo(layout.PanelColumn().x0 + 30, layout.PanelColumn().y1 - 40);
     x->Wheel(-3);
-    EXPECT_FALSE(Keep("scrolled", WaitForSettled([&](const Picture& p) { return headerAt(p) < top; })).Empty())
+    EXPECT_FALSE(
+        Keep("scrolled", WaitForSettled([&](const Picture& p) { return headerAt(p) < top; })).Empty())
         << "the wheel over the panels did not scroll them";
     x->Wheel(3);
     EXPECT_FALSE(WaitForSettled([&](const Picture& p) { return headerAt(p) == top; }).Empty())
@@ -59,8 +63,8 @@ TEST_F(HostPanel, TheHostsButtonsChangeTheScene)
     ClickCentre(buttons[1]);
     Rest();
     const Picture cleared = Keep("cleared", WaitForSettled([&](const Picture& p) {
-        return FindBlob(p, layout.RenderArea(), IsRing).count == 0;
-    }));
+                                     return FindBlob(p, layout.RenderArea(), IsRing).count == 0;
+                                 }));
     EXPECT_FALSE(cleared.Empty()) << "\"Clear\" did not take the rings away";
 }
 

@@ -11,7 +11,8 @@ protected:
     /// Holds the key long enough for the server to repeat it many times.
     void Hold(const std::string& keysym)
     {
-        ASSERT_TRUE(x->RepeatsWhenHeld(keysym)) << "the X server does not repeat held keys; this would prove nothing";
+        ASSERT_TRUE(x->RepeatsWhenHeld(keysym))
+            << "the X server does not repeat held keys; this would prove nothing";
         x->KeyDown(keysym);
         XSession::Pause(1500ms);
         x->KeyUp(keysym);
@@ -23,8 +24,7 @@ TEST_F(KeyRouting, KeysReachTheHostWithTheirModifiersEvenWhileAnEditBoxHasTheKey
     ASSERT_NO_FATAL_FAILURE(OpenHost());
     Rest();
 
-    for (const auto& [modifier, bits] : {std::pair{"", "0000"}, {"Shift_L", "1000"}, {"Control_L", "0100"}})
-    {
+    for (const auto& [modifier, bits] : {std::pair{"", "0000"}, {"Shift_L", "1000"}, {"Control_L", "0100"}}) {
         if (*modifier != '\0')
             x->KeyDown(modifier);
         x->Tap("k");
@@ -49,7 +49,8 @@ TEST_F(KeyRouting, KeysReachTheHostWithTheirModifiersEvenWhileAnEditBoxHasTheKey
     // A digit edits the field (the points grow to 9 px) and reaches the host as well.
     x->Tap("9");
     EXPECT_TRUE(WaitForLines("keydown 57 0000", 1)) << "the digit did not reach the host\n" << Output();
-    EXPECT_TRUE(WaitForLines("keyup 57 0000", 1)) << "the digit's release did not reach the host\n" << Output();
+    EXPECT_TRUE(WaitForLines("keyup 57 0000", 1)) << "the digit's release did not reach the host\n"
+                                                  << Output();
     ExpectMarkerDiameter(9.0, "after-9");
 
     // A held digit: the field gets the repeats, the host only the first press.
@@ -63,14 +64,20 @@ TEST_F(KeyRouting, KeysReachTheHostWithTheirModifiersEvenWhileAnEditBoxHasTheKey
     x->Tap("Tab");
     EXPECT_TRUE(WaitForLines("keydown 258 0000", 1)) << Output();
     EXPECT_TRUE(WaitForLines("keyup 258 0000", 1)) << Output();
-    const Picture dimmed = Keep("after-tab", WaitForSettled(
-        [&](const Picture& p) { return MeanBrightness(p, top) < 0.5 * MeanBrightness(before, top); }, 15s));
+    const Picture dimmed =
+        Keep("after-tab",
+             WaitForSettled(
+                 [&](const Picture& p) { return MeanBrightness(p, top) < 0.5 * MeanBrightness(before, top); },
+                 15s));
     EXPECT_FALSE(dimmed.Empty()) << "Tab did not open the layout chooser while the field had the keyboard";
 
     x->Tap("Tab");
     EXPECT_TRUE(WaitForLines("keydown 258 0000", 2)) << Output();
-    const Picture undimmed = Keep("after-second-tab", WaitForSettled(
-        [&](const Picture& p) { return MeanBrightness(p, top) > 0.8 * MeanBrightness(before, top); }, 15s));
+    const Picture undimmed =
+        Keep("after-second-tab",
+             WaitForSettled(
+                 [&](const Picture& p) { return MeanBrightness(p, top) > 0.8 * MeanBrightness(before, top); },
+                 15s));
     EXPECT_FALSE(undimmed.Empty()) << "a second Tab did not close the layout chooser";
 }
 

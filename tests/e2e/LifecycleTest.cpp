@@ -20,16 +20,18 @@ TEST_F(Lifecycle, WindowManagerCloseEndsTheLoopAndLaterCallsAreHarmless)
 
     // The host printed each call after the close; the library must have stayed closed and
     // quiet through all of them.
-    for (const char* line : {"after-close IsOpen false", "after-close IsOpen-after-Update false",
-                             "after-close IsOpen-at-end false", "after-close Initialize false",
-                             "after-close Initialize-with-look false", "after-close SaveScreenshot false file false"})
+    for (const char* line :
+         {"after-close IsOpen false", "after-close IsOpen-after-Update false",
+          "after-close IsOpen-at-end false", "after-close Initialize false",
+          "after-close Initialize-with-look false", "after-close SaveScreenshot false file false"})
         EXPECT_EQ(CountLines(line), 1u) << "missing \"" << line << "\"\n" << Output();
     const std::string output = Output();
     const std::string afterClose = output.substr(output.find(host::kLoopEndedLine));
     EXPECT_EQ(afterClose.find("[CRASH]"), std::string::npos) << afterClose;
     // The only failures expected afterwards are the two refused second starts.
     std::size_t failures = 0;
-    for (std::size_t at = afterClose.find("[FAIL]"); at != std::string::npos; at = afterClose.find("[FAIL]", at + 1))
+    for (std::size_t at = afterClose.find("[FAIL]"); at != std::string::npos;
+         at = afterClose.find("[FAIL]", at + 1))
         ++failures;
     EXPECT_LE(failures, 2u) << afterClose;
 }

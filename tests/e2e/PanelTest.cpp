@@ -63,13 +63,15 @@ TEST_F(PanelSelection, PinShowsOnTheSelectedPanelOnlyAndDeselectsAndAPointSizeTy
 
     Click(headers[0].PinButton());
     Rest();
-    const Picture deselected = Keep("after-pin", WaitForSettled(
-        [&](const Picture& p) {
-            const auto now = FindPanelHeaders(p, layout);
-            return now.size() == 2 && !now[0].selected && !now[1].selected;
-        },
-        15s));
-    ASSERT_FALSE(deselected.Empty()) << "after clicking the pin a panel still shows the selected header colour";
+    const Picture deselected =
+        Keep("after-pin", WaitForSettled(
+                              [&](const Picture& p) {
+                                  const auto now = FindPanelHeaders(p, layout);
+                                  return now.size() == 2 && !now[0].selected && !now[1].selected;
+                              },
+                              15s));
+    ASSERT_FALSE(deselected.Empty())
+        << "after clicking the pin a panel still shows the selected header colour";
     for (const PanelHeader& header : FindPanelHeaders(deselected, layout))
         EXPECT_EQ(CountLightPixels(deselected, header.PinRect()), 0u) << "a pin is still shown";
     // Deselecting is not removing.

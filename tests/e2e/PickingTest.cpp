@@ -15,7 +15,8 @@ TEST_F(Picking, ShiftClickOnAPointReportsItsIndexPositionAndValues)
 
     x->Drag(Button::Left, marker.centroid, marker.centroid, {"Shift_L"}, 1);
 
-    const std::string expected = std::string(host::kCloudName) + " point " + std::to_string(host::kMarkerIndex);
+    const std::string expected =
+        std::string(host::kCloudName) + " point " + std::to_string(host::kMarkerIndex);
     ASSERT_TRUE(WaitForOutput(expected, 15s)) << "no report of \"" << expected << "\"\n" << Output();
     std::string report;
     for (const std::string& line : Lines())

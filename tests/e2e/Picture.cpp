@@ -31,21 +31,26 @@ Blob FindBlob(const Picture& picture, const Rect& area, const ColorTest& test, c
 {
     Blob blob;
     double sx = 0.0, sy = 0.0;
-    ForEachPixel(picture, area, [&](int x, int y) {
-        if (test(picture.At(x, y)))
-            ++blob.count, sx += x + 0.5, sy += y + 0.5;
-    }, holes);
+    ForEachPixel(
+        picture, area,
+        [&](int x, int y) {
+            if (test(picture.At(x, y)))
+                ++blob.count, sx += x + 0.5, sy += y + 0.5;
+        },
+        holes);
     if (blob.count > 0)
         blob.centroid = {sx / static_cast<double>(blob.count), sy / static_cast<double>(blob.count)};
     return blob;
 }
 
-std::size_t CountDifferences(const Picture& a, const Picture& b, const Rect& area, const std::vector<Rect>& holes)
+std::size_t CountDifferences(const Picture& a, const Picture& b, const Rect& area,
+                             const std::vector<Rect>& holes)
 {
     if (a.Width() != b.Width() || a.Height() != b.Height())
         return static_cast<std::size_t>(std::max(a.Width() * a.Height(), b.Width() * b.Height()));
     std::size_t count = 0;
-    ForEachPixel(a, area, [&](int x, int y) { count += a.At(x, y) == b.At(x, y) ? 0 : 1; }, holes);
+    ForEachPixel(
+        a, area, [&](int x, int y) { count += a.At(x, y) == b.At(x, y) ? 0 : 1; }, holes);
     return count;
 }
 
@@ -61,7 +66,8 @@ double MeanBrightness(const Picture& picture, const Rect& area)
 
 bool Near(Rgb a, Rgb b, int tolerance)
 {
-    return std::abs(a.r - b.r) <= tolerance && std::abs(a.g - b.g) <= tolerance && std::abs(a.b - b.b) <= tolerance;
+    return std::abs(a.r - b.r) <= tolerance && std::abs(a.g - b.g) <= tolerance &&
+           std::abs(a.b - b.b) <= tolerance;
 }
 
 } // namespace e2e

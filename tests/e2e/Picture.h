@@ -38,7 +38,10 @@ struct Point {
 class Picture {
 public:
     Picture() = default;
-    Picture(int width, int height) : width_(width), height_(height), rgb_(static_cast<std::size_t>(width * height) * 3) {}
+    Picture(int width, int height)
+        : width_(width), height_(height), rgb_(static_cast<std::size_t>(width * height) * 3)
+    {
+    }
 
     int Width() const { return width_; }
     int Height() const { return height_; }
@@ -83,10 +86,12 @@ struct Blob {
     std::size_t count = 0;
     Point centroid;
 };
-Blob FindBlob(const Picture& picture, const Rect& area, const ColorTest& test, const std::vector<Rect>& holes = {});
+Blob FindBlob(const Picture& picture, const Rect& area, const ColorTest& test,
+              const std::vector<Rect>& holes = {});
 
 /// Pixels inside `area` that differ between the two pictures (same size assumed).
-std::size_t CountDifferences(const Picture& a, const Picture& b, const Rect& area, const std::vector<Rect>& holes = {});
+std::size_t CountDifferences(const Picture& a, const Picture& b, const Rect& area,
+                             const std::vector<Rect>& holes = {});
 
 /// Mean of (r + g + b) / 3 over `area`.
 double MeanBrightness(const Picture& picture, const Rect& area);

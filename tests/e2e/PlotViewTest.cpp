@@ -15,7 +15,6 @@ bool IsGraphLine(Rgb c)
     return Near(c, {64, 166, 255}, 40);
 }
 
-
 class PlotView : public ViewerCase {
 protected:
     /// Opens `file` in the viewer and waits for both halves to be drawn.
@@ -33,7 +32,8 @@ protected:
     /// How far right of the blue half's middle the red half's middle lies (window pixels).
     double RedRightOfBlue(const Picture& p) const
     {
-        return FindBlob(p, layout.RenderArea(), IsRed).centroid.x - FindBlob(p, layout.RenderArea(), IsBlue).centroid.x;
+        return FindBlob(p, layout.RenderArea(), IsRed).centroid.x -
+               FindBlob(p, layout.RenderArea(), IsBlue).centroid.x;
     }
 };
 
@@ -42,8 +42,9 @@ TEST_F(PlotView, TickingMirrorXInThePanelSwapsTheHalvesOfAnOpenedPng)
     // A 64 x 32 PNG, red on the left half and blue on the right.
     const fs::path file = CaseDirectory() / "halves.png";
     Picture halves(64, 32);
-    ForEachPixel(halves, halves.Bounds(),
-                 [&](int px, int py) { halves.Set(px, py, px < 32 ? Rgb{255, 0, 0} : Rgb{0, 0, 255}); });
+    ForEachPixel(halves, halves.Bounds(), [&](int px, int py) {
+        halves.Set(px, py, px < 32 ? Rgb{255, 0, 0} : Rgb{0, 0, 255});
+    });
     ASSERT_TRUE(halves.SavePng(file.string()));
     const Picture opened = OpenHalves(file);
     ASSERT_FALSE(opened.Empty()) << "the picture did not appear; output:\n" << Output();
@@ -67,13 +68,18 @@ TEST_F(PlotView, TickingMirrorXInThePanelSwapsTheHalvesOfAnOpenedPng)
 TEST_F(PlotView, TheExamplesGraphRisesAcrossItsViewAreaBesideTheImage)
 {
     ASSERT_TRUE(Launch(E2E_IMAGE_GRAPH_EXAMPLE, {}));
-    const Rect left{0, 0, layout.area.x1 / 2, layout.area.y1}, right{layout.area.x1 / 2, 0, layout.area.x1, layout.area.y1};
+    const Rect left{0, 0, layout.area.x1 / 2, layout.area.y1},
+        right{layout.area.x1 / 2, 0, layout.area.x1, layout.area.y1};
     // Samples keep arriving, so the picture never holds still: take the first complete one.
-    const Picture shown = Keep("shown", WaitUntil([&](const Picture& p) {
-        return FindBlob(p, right, IsGraphLine).count > 300 &&
-               FindBlob(p, left, [](Rgb c) { return std::max({c.r, c.g, c.b}) - std::min({c.r, c.g, c.b}) > 80; })
-                       .count > 20000;
-    }, 30s));
+    const Picture shown =
+        Keep("shown", WaitUntil(
+                          [&](const Picture& p) {
+                              return FindBlob(p, right, IsGraphLine).count > 300 &&
+                                     FindBlob(p, left, [](Rgb c) {
+                                         return std::max({c.r, c.g, c.b}) - std::min({c.r, c.g, c.b}) > 80;
+                                     }).count > 20000;
+                          },
+                          30s));
     ASSERT_FALSE(shown.Empty()) << "the graph and the image did not both appear; output:\n" << Output();
 
     // The line's pixels in the first and last quarter of the view area: higher on screen

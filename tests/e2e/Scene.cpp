@@ -14,7 +14,8 @@ void WriteClusterPly(const std::filesystem::path& file, int pointsPerBall)
         float x, y, z;
         int r, g, b;
     };
-    const Ball balls[] = {{1, 0, 0, 255, 0, 0}, {0, 1, 0, 0, 255, 0}, {0, 0, 1, 0, 0, 255}, {0, 0, 0, 255, 255, 255}};
+    const Ball balls[] = {
+        {1, 0, 0, 255, 0, 0}, {0, 1, 0, 0, 255, 0}, {0, 0, 1, 0, 0, 255}, {0, 0, 0, 255, 255, 255}};
     std::mt19937 random(7);
     std::uniform_real_distribution<float> unit(-1.0f, 1.0f);
     std::ofstream out(file);
@@ -22,24 +23,38 @@ void WriteClusterPly(const std::filesystem::path& file, int pointsPerBall)
         << "\nproperty float x\nproperty float y\nproperty float z\n"
            "property uchar red\nproperty uchar green\nproperty uchar blue\nend_header\n";
     for (const Ball& ball : balls)
-        for (int n = 0; n < pointsPerBall;)
-        {
+        for (int n = 0; n < pointsPerBall;) {
             const float x = unit(random), y = unit(random), z = unit(random);
             if (x * x + y * y + z * z > 1.0f)
                 continue;
-            out << ball.x + 0.08f * x << ' ' << ball.y + 0.08f * y << ' ' << ball.z + 0.08f * z << ' ' << ball.r << ' '
-                << ball.g << ' ' << ball.b << '\n';
+            out << ball.x + 0.08f * x << ' ' << ball.y + 0.08f * y << ' ' << ball.z + 0.08f * z << ' '
+                << ball.r << ' ' << ball.g << ' ' << ball.b << '\n';
             ++n;
         }
 }
 
 // Anti-aliased edges blend a ball's colour with the background (46,49,56); the limits keep
 // blends that are mostly the ball's colour.
-bool IsRed(Rgb c) { return c.r >= 140 && c.g <= 30 && c.b <= 30; }
-bool IsGreen(Rgb c) { return c.g >= 140 && c.r <= 30 && c.b <= 30; }
-bool IsBlue(Rgb c) { return c.b >= 140 && c.r <= 30 && c.g <= 30; }
-bool IsWhite(Rgb c) { return c.r >= 230 && c.g >= 230 && c.b >= 230; }
-bool IsMagenta(Rgb c) { return c.r >= 140 && c.b >= 140 && c.g <= 40; }
+bool IsRed(Rgb c)
+{
+    return c.r >= 140 && c.g <= 30 && c.b <= 30;
+}
+bool IsGreen(Rgb c)
+{
+    return c.g >= 140 && c.r <= 30 && c.b <= 30;
+}
+bool IsBlue(Rgb c)
+{
+    return c.b >= 140 && c.r <= 30 && c.g <= 30;
+}
+bool IsWhite(Rgb c)
+{
+    return c.r >= 230 && c.g >= 230 && c.b >= 230;
+}
+bool IsMagenta(Rgb c)
+{
+    return c.r >= 140 && c.b >= 140 && c.g <= 40;
+}
 
 bool ClusterLayout::AllVisible(std::size_t pixels) const
 {
@@ -49,8 +64,7 @@ bool ClusterLayout::AllVisible(std::size_t pixels) const
 Point ClusterLayout::Mean() const
 {
     Point mean;
-    for (const Blob& ball : balls)
-    {
+    for (const Blob& ball : balls) {
         mean.x += ball.centroid.x / 4.0;
         mean.y += ball.centroid.y / 4.0;
     }
@@ -73,8 +87,8 @@ std::string ClusterLayout::Describe() const
     text.precision(1);
     text << std::fixed;
     for (int i = 0; i < 4; ++i)
-        text << names[i] << " " << balls[i].count << " px at (" << balls[i].centroid.x << ", " << balls[i].centroid.y
-             << "); ";
+        text << names[i] << " " << balls[i].count << " px at (" << balls[i].centroid.x << ", "
+             << balls[i].centroid.y << "); ";
     const Point mean = Mean();
     text << "mean (" << mean.x << ", " << mean.y << "), spread " << Spread();
     return text.str();
@@ -137,20 +151,17 @@ std::vector<PanelHeader> FindAllPanelHeaders(const Picture& picture, const ViewA
     const int probe = column.x0 + 26;
     std::vector<PanelHeader> headers;
     int y = column.y0;
-    while (y < column.y1 && y < picture.Height())
-    {
+    while (y < column.y1 && y < picture.Height()) {
         const Rgb c = picture.At(probe, y);
         const bool plain = c == kHeaderColor, selected = c == kSelectedHeaderColor;
-        if (!plain && !selected)
-        {
+        if (!plain && !selected) {
             ++y;
             continue;
         }
         int end = y;
         while (end < column.y1 && end < picture.Height() && picture.At(probe, end) == c)
             ++end;
-        if (end - y == ViewAreaLayout::kHeaderHeight)
-        {
+        if (end - y == ViewAreaLayout::kHeaderHeight) {
             // The header ends short of the column's edge while the column shows its scrollbar;
             // its top row is plain header colour from end to end.
             int right = probe;
@@ -168,11 +179,9 @@ std::vector<PanelHeader> FindAllPanelHeaders(const Picture& picture, const ViewA
 Rect FindEditBox(const Picture& picture, const Rect& column, int top)
 {
     constexpr int kMinWidth = 40;
-    for (int y = std::max(top, column.y0); y < column.y1 && y < picture.Height(); ++y)
-    {
+    for (int y = std::max(top, column.y0); y < column.y1 && y < picture.Height(); ++y) {
         int run = 0;
-        for (int x = column.x0; x < column.x1 && x < picture.Width(); ++x)
-        {
+        for (int x = column.x0; x < column.x1 && x < picture.Width(); ++x) {
             run = picture.At(x, y) == kInputColor ? run + 1 : 0;
             if (run < kMinWidth)
                 continue;
@@ -193,12 +202,10 @@ std::vector<Rect> FindWideButtons(const Picture& picture, const Rect& column, in
     const auto border = [&](int x, int y) { return picture.At(x, y) == kButtonBorderColor; };
     std::vector<Rect> buttons;
     bottom = std::min(bottom, picture.Height());
-    for (int y = std::max(top, column.y0); y < bottom; ++y)
-    {
+    for (int y = std::max(top, column.y0); y < bottom; ++y) {
         // The longest run of the border colour on this row.
         Rect run{column.x0, y, column.x0, y}, longest = run;
-        for (int x = column.x0; x < column.x1; ++x)
-        {
+        for (int x = column.x0; x < column.x1; ++x) {
             run = border(x, y) ? Rect{run.x0, y, x + 1, y} : Rect{x + 1, y, x + 1, y};
             longest = run.Width() > longest.Width() ? run : longest;
         }

@@ -49,8 +49,8 @@ double Distance(Point a, Point b);
 /// Where a view area's widgets are, from assets/resources/ViewArea.layout and the sidebar
 /// panel template (src/gui/GuiPanel.cpp): the sidebar is 270 px wide along the right edge,
 /// its toolbar 32 px high; the toggle arrow sits at the 3D area's top right, 26..6 px from its
-/// right edge and 6..26 px from the top; panels are indented 7 px and open with a 24 px header holding the focus button at
-/// its left and the pin and remove buttons (24 px each) at its right.
+/// right edge and 6..26 px from the top; panels are indented 7 px and open with a 24 px header holding the
+/// focus button at its left and the pin and remove buttons (24 px each) at its right.
 struct ViewAreaLayout {
     Rect area;
     bool sidebarVisible = true;

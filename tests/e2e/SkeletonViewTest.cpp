@@ -55,13 +55,12 @@ int CountDrawnSegments(const Picture& picture, const Rect& area)
     const std::vector<Point> joints = FindJoints(picture, area);
     int segments = 0;
     for (std::size_t i = 0; i < joints.size(); ++i)
-        for (std::size_t j = i + 1; j < joints.size(); ++j)
-        {
+        for (std::size_t j = i + 1; j < joints.size(); ++j) {
             const Point a = joints[i], b = joints[j];
             int hits = 0;
-            for (double t = 0.2; t < 0.81; t += 0.03)
-            {
-                const int x = static_cast<int>(a.x + t * (b.x - a.x)), y = static_cast<int>(a.y + t * (b.y - a.y));
+            for (double t = 0.2; t < 0.81; t += 0.03) {
+                const int x = static_cast<int>(a.x + t * (b.x - a.x)),
+                          y = static_cast<int>(a.y + t * (b.y - a.y));
                 hits += FindBlob(picture, {x - 2, y - 2, x + 3, y + 3}, IsBoneLine).count > 0 ? 1 : 0;
             }
             segments += Distance(a, b) > 25.0 && hits >= 20 ? 1 : 0;
@@ -97,15 +96,16 @@ protected:
     void Open()
     {
         ASSERT_TRUE(Launch(E2E_SKELETON_EXAMPLE, {}));
-        const Picture shown = Keep("shown", WaitUntil([](const Picture& p) {
-            return FindBlob(p, p.Bounds(), IsJoint).count > 300;
-        }, 30s));
+        const Picture shown = Keep(
+            "shown",
+            WaitUntil([](const Picture& p) { return FindBlob(p, p.Bounds(), IsJoint).count > 300; }, 30s));
         ASSERT_FALSE(shown.Empty()) << "the figure did not appear";
         layout.sidebarVisible = !FindPanelHeaders(shown, layout).empty();
         if (!layout.sidebarVisible)
             ClickCentre(layout.SidebarToggle());
         layout.sidebarVisible = true;
-        start = Keep("start", WaitUntil([&](const Picture& p) { return FindPanelHeaders(p, layout).size() == 1; }));
+        start = Keep("start",
+                     WaitUntil([&](const Picture& p) { return FindPanelHeaders(p, layout).size() == 1; }));
         ASSERT_FALSE(start.Empty()) << "no panel for the skeleton in the sidebar";
     }
 };
@@ -117,8 +117,9 @@ TEST_F(SkeletonView, TheFigureWalksOnItsOwnAndStickmanDrawsThinLinesBetweenTheJo
     // Around the figure as first seen, with a margin for the stride.
     Rect figure{area.x1, area.y1, area.x0, area.y0};
     for (const Point& j : FindJoints(start, area))
-        figure = {std::min(figure.x0, static_cast<int>(j.x) - 30), std::min(figure.y0, static_cast<int>(j.y) - 30),
-                  std::max(figure.x1, static_cast<int>(j.x) + 30), std::max(figure.y1, static_cast<int>(j.y) + 30)};
+        figure = {
+            std::min(figure.x0, static_cast<int>(j.x) - 30), std::min(figure.y0, static_cast<int>(j.y) - 30),
+            std::max(figure.x1, static_cast<int>(j.x) + 30), std::max(figure.y1, static_cast<int>(j.y) + 30)};
     ASSERT_LT(figure.x0, figure.x1) << "no joints found";
 
     // A quarter of the 1.2 s stride apart: another pose whatever the phase.
@@ -133,7 +134,8 @@ TEST_F(SkeletonView, TheFigureWalksOnItsOwnAndStickmanDrawsThinLinesBetweenTheJo
 
     // "Render Mode" is the panel's first row; its list drops below the box, 16 px an item:
     // "Octahedron", "Wired Octahedron", "Stickman".
-    const Rect box = FindEditBox(start, layout.PanelColumn(), FindPanelHeaders(start, layout).front().rect.y1);
+    const Rect box =
+        FindEditBox(start, layout.PanelColumn(), FindPanelHeaders(start, layout).front().rect.y1);
     ASSERT_GT(box.Width(), 0) << "no droplist in the skeleton's panel";
     ClickCentre(box);
     const Rect list{box.x0, box.y1, box.x1, box.y1 + 50};

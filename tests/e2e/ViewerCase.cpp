@@ -8,7 +8,8 @@ void ViewerCase::OpenClusters()
     WriteClusterPly(ply);
     ASSERT_TRUE(LaunchViewer({ply.string()}));
     const Picture opened = WaitForWindow([&](const Picture& p) { return Measure(p).AllVisible(); }, "opened");
-    ASSERT_FALSE(opened.Empty()) << "the four balls did not appear; last picture: " << Measure(Grab()).Describe();
+    ASSERT_FALSE(opened.Empty()) << "the four balls did not appear; last picture: "
+                                 << Measure(Grab()).Describe();
     // The viewer opens a file with all of its box in view; the cases start closer, from the
     // cloud's own framing (its panel's focus button: its centre of mass in the middle).
     const std::vector<PanelHeader> headers = FindPanelHeaders(opened, layout);

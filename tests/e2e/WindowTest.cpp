@@ -11,7 +11,9 @@ namespace {
 /// alpha AA (170 of 255): each channel keeps a third.
 double DimmedShare(const Picture& original, const Picture& dimmed, const Rect& area)
 {
-    const auto third = [](std::uint8_t v) { return static_cast<std::uint8_t>(std::lround(v * 85.0 / 255.0)); };
+    const auto third = [](std::uint8_t v) {
+        return static_cast<std::uint8_t>(std::lround(v * 85.0 / 255.0));
+    };
     double matching = 0, total = 0;
     ForEachPixel(original, area, [&](int x, int y) {
         const Rgb a = original.At(x, y);
@@ -24,10 +26,10 @@ double DimmedShare(const Picture& original, const Picture& dimmed, const Rect& a
 /// RGB (26,26,26): an even size has no single middle line.
 double MiddleSeparatorShare(const Picture& picture, bool row)
 {
-    const int length = row ? picture.Width() : picture.Height(), middle = (row ? picture.Height() : picture.Width()) / 2;
+    const int length = row ? picture.Width() : picture.Height(),
+              middle = (row ? picture.Height() : picture.Width()) / 2;
     int best = 0;
-    for (int index : {middle - 1, middle})
-    {
+    for (int index : {middle - 1, middle}) {
         int count = 0;
         for (int i = 0; i < length; ++i)
             count += Near(row ? picture.At(i, index) : picture.At(index, i), {26, 26, 26}, 1) ? 1 : 0;
@@ -97,7 +99,8 @@ TEST_F(Window, TheArrowHidesTheSidebarF12SavesAPngRReloadsTheShadersAndTabSplits
     EXPECT_FALSE(WaitForNotice(strip).Empty()) << "no notice appeared at the bottom of the window";
     // The reloaded programs still draw the points, as before, once the notice has faded.
     const Picture reloaded =
-        Keep("reloaded", WaitForSettled([&](const Picture& p) { return CountDifferences(shown, p, p.Bounds()) == 0; }));
+        Keep("reloaded",
+             WaitForSettled([&](const Picture& p) { return CountDifferences(shown, p, p.Bounds()) == 0; }));
     ASSERT_FALSE(reloaded.Empty()) << "after the reload the window does not look as it did";
 
     // Tab dims the whole window; a chosen tile splits it.
@@ -120,12 +123,15 @@ TEST_F(Window, TheArrowHidesTheSidebarF12SavesAPngRReloadsTheShadersAndTabSplits
     x->Click(Button::Left, quadX, quadY);
     Rest();
     const Picture quad = Keep("after-quad-click", WaitForSettled(
-        [](const Picture& p) { return MiddleSeparatorShare(p, true) >= 0.9 && MiddleSeparatorShare(p, false) >= 0.9; },
-        15s));
-    ASSERT_FALSE(quad.Empty()) << "no separator lines across the window's middle row and column after choosing "
-                                  "\"Quad Split\"; row share "
-                               << MiddleSeparatorShare(Grab(), true) << ", column share "
-                               << MiddleSeparatorShare(Grab(), false);
+                                                      [](const Picture& p) {
+                                                          return MiddleSeparatorShare(p, true) >= 0.9 &&
+                                                                 MiddleSeparatorShare(p, false) >= 0.9;
+                                                      },
+                                                      15s));
+    ASSERT_FALSE(quad.Empty())
+        << "no separator lines across the window's middle row and column after choosing "
+           "\"Quad Split\"; row share "
+        << MiddleSeparatorShare(Grab(), true) << ", column share " << MiddleSeparatorShare(Grab(), false);
     // The overlay is gone: the top band is no longer a dimmed copy of anything as dark.
     EXPECT_GT(MeanBrightness(quad, above), 0.6 * MeanBrightness(reloaded, above));
 }

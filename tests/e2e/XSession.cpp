@@ -47,9 +47,9 @@ unsigned long ReadCardinal(Display* display, Window window, Atom property)
     int format = 0;
     unsigned long items = 0, after = 0, value = 0;
     unsigned char* data = nullptr;
-    if (XGetWindowProperty(display, window, property, 0, 1, False, XA_CARDINAL, &type, &format, &items, &after,
-                           &data) == Success && data != nullptr)
-    {
+    if (XGetWindowProperty(display, window, property, 0, 1, False, XA_CARDINAL, &type, &format, &items,
+                           &after, &data) == Success &&
+        data != nullptr) {
         if (format == 32 && items == 1)
             value = *reinterpret_cast<unsigned long*>(data);
         XFree(data);
@@ -66,11 +66,12 @@ XSession::XSession(const std::string& serverLog)
         throw std::runtime_error("cannot create a pipe for Xvfb");
 
     // No display number: Xvfb takes the first free one and writes it to the descriptor.
-    server_ = std::make_unique<ChildProcess>(ChildProcess::Options{
-        .program = "/usr/bin/Xvfb",
-        .arguments = {"-displayfd", std::to_string(pipeFds[1]), "-screen", "0", "1280x900x24", "-nolisten", "tcp",
-                      "-noreset"},
-        .outputFile = serverLog, .inheritedDescriptor = pipeFds[1]});
+    server_ = std::make_unique<ChildProcess>(
+        ChildProcess::Options{.program = "/usr/bin/Xvfb",
+                              .arguments = {"-displayfd", std::to_string(pipeFds[1]), "-screen", "0",
+                                            "1280x900x24", "-nolisten", "tcp", "-noreset"},
+                              .outputFile = serverLog,
+                              .inheritedDescriptor = pipeFds[1]});
     close(pipeFds[1]);
     const std::string number = ReadLine(pipeFds[0], 30s);
     close(pipeFds[0]);
@@ -113,16 +114,14 @@ bool XSession::AttachToWindowOf(pid_t pid, std::chrono::milliseconds timeout)
     const Atom pidAtom = XInternAtom(display_, "_NET_WM_PID", False);
     window_ = 0;
     const auto end = std::chrono::steady_clock::now() + timeout;
-    for (; window_ == 0 && std::chrono::steady_clock::now() < end; Pause(50ms))
-    {
+    for (; window_ == 0 && std::chrono::steady_clock::now() < end; Pause(50ms)) {
         Window root = 0, parent = 0, *children = nullptr;
         unsigned int count = 0;
         XQueryTree(display_, DefaultRootWindow(display_), &root, &parent, &children, &count);
-        for (unsigned int i = 0; i < count && window_ == 0; ++i)
-        {
+        for (unsigned int i = 0; i < count && window_ == 0; ++i) {
             XWindowAttributes attributes;
-            if (XGetWindowAttributes(display_, children[i], &attributes) != 0 && attributes.map_state == IsViewable &&
-                attributes.c_class == InputOutput &&
+            if (XGetWindowAttributes(display_, children[i], &attributes) != 0 &&
+                attributes.map_state == IsViewable && attributes.c_class == InputOutput &&
                 ReadCardinal(display_, children[i], pidAtom) == static_cast<unsigned long>(pid))
                 window_ = children[i];
         }
@@ -130,8 +129,8 @@ bool XSession::AttachToWindowOf(pid_t pid, std::chrono::milliseconds timeout)
             XFree(children);
     }
     Window child = 0;
-    return window_ != 0 &&
-           XTranslateCoordinates(display_, window_, DefaultRootWindow(display_), 0, 0, &originX_, &originY_, &child);
+    return window_ != 0 && XTranslateCoordinates(display_, window_, DefaultRootWindow(display_), 0, 0,
+                                                 &originX_, &originY_, &child);
 }
 
 Rect XSession::WindowArea()
@@ -145,7 +144,8 @@ Rect XSession::WindowArea()
 Picture XSession::Grab()
 {
     XWindowAttributes attributes;
-    if (window_ == 0 || XGetWindowAttributes(display_, window_, &attributes) == 0 || attributes.map_state != IsViewable)
+    if (window_ == 0 || XGetWindowAttributes(display_, window_, &attributes) == 0 ||
+        attributes.map_state != IsViewable)
         return {};
     XImage* image = XGetImage(display_, window_, 0, 0, static_cast<unsigned int>(attributes.width),
                               static_cast<unsigned int>(attributes.height), AllPlanes, ZPixmap);
@@ -153,16 +153,15 @@ Picture XSession::Grab()
         return {};
     // The servers the cases start (depth 24) hand out BGRX words, least significant byte first.
     if (image->bits_per_pixel != 32 || image->byte_order != LSBFirst || image->red_mask != 0xff0000 ||
-        image->blue_mask != 0xff)
-    {
+        image->blue_mask != 0xff) {
         XDestroyImage(image);
         throw std::runtime_error("the X server's image format is not 32-bit BGRX");
     }
     Picture picture(image->width, image->height);
     for (int y = 0; y < image->height; ++y)
-        for (int x = 0; x < image->width; ++x)
-        {
-            const auto* p = reinterpret_cast<const unsigned char*>(image->data + y * image->bytes_per_line + x * 4);
+        for (int x = 0; x < image->width; ++x) {
+            const auto* p =
+                reinterpret_cast<const unsigned char*>(image->data + y * image->bytes_per_line + x * 4);
             picture.Set(x, y, {p[2], p[1], p[0]});
         }
     XDestroyImage(image);
@@ -203,8 +202,7 @@ void XSession::Click(Button button, int x, int y)
 void XSession::DoubleClick(Button button, int x, int y)
 {
     MoveTo(x, y);
-    for (int i = 0; i < 2; ++i)
-    {
+    for (int i = 0; i < 2; ++i) {
         Press(button);
         Pause(30ms);
         Release(button);
@@ -218,8 +216,7 @@ void XSession::Drag(Button button, Point from, Point to, const std::vector<std::
     for (const std::string& key : modifiers)
         KeyDown(key);
     Press(button);
-    for (int i = 1; i <= steps; ++i)
-    {
+    for (int i = 1; i <= steps; ++i) {
         const double t = static_cast<double>(i) / steps;
         MoveOnScreen(originX_ + static_cast<int>(std::lround(from.x + (to.x - from.x) * t)),
                      originY_ + static_cast<int>(std::lround(from.y + (to.y - from.y) * t)));
@@ -232,8 +229,7 @@ void XSession::Drag(Button button, Point from, Point to, const std::vector<std::
 void XSession::Wheel(int clicks)
 {
     const Button button = clicks > 0 ? Button::WheelUp : Button::WheelDown;
-    for (int i = 0; i < std::abs(clicks); ++i)
-    {
+    for (int i = 0; i < std::abs(clicks); ++i) {
         Press(button);
         Release(button);
     }
@@ -274,7 +270,8 @@ bool XSession::RepeatsWhenHeld(const std::string& keysym)
     const unsigned int code = Keycode(keysym);
     XKeyboardState state;
     XGetKeyboardControl(display_, &state);
-    return state.global_auto_repeat == AutoRepeatModeOn && (state.auto_repeats[code / 8] & (1u << (code % 8))) != 0;
+    return state.global_auto_repeat == AutoRepeatModeOn &&
+           (state.auto_repeats[code / 8] & (1u << (code % 8))) != 0;
 }
 
 void XSession::RequestClose()

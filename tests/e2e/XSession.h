@@ -51,7 +51,8 @@ public:
     void DoubleClick(Button button, int x, int y);
     /// Presses `button` at `from`, moves to `to` in `steps` even steps and releases there,
     /// holding the modifier keys (keysym names such as "Control_L") all along.
-    void Drag(Button button, Point from, Point to, const std::vector<std::string>& modifiers = {}, int steps = 16);
+    void Drag(Button button, Point from, Point to, const std::vector<std::string>& modifiers = {},
+              int steps = 16);
     /// `clicks` wheel notches at the pointer: positive away from the user (up), negative down.
     void Wheel(int clicks);
 

@@ -36,13 +36,13 @@ TEST_F(EngineGui, NoticesFadeSidebarsRegenerateShiftClicksPickAndIconifiedStepsD
     engine.Update();
 
     engine.ShowNotice("Layout saved", 0.2f);
-    CEGUI::Window* notice = CEGUI::System::getSingleton().getDefaultGUIContext().getRootWindow()->getChild("vexa_notice");
+    CEGUI::Window* notice =
+        CEGUI::System::getSingleton().getDefaultGUIContext().getRootWindow()->getChild("vexa_notice");
     EXPECT_TRUE(notice->isVisible());
     EXPECT_EQ(notice->getText(), "Layout saved");
     EXPECT_LE(notice->getAlpha(), 0.2f / 2.5f + 1e-3f);
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
-    while (engine.GetNoticeCountdown() > 0.0f && std::chrono::steady_clock::now() < end)
-    {
+    while (engine.GetNoticeCountdown() > 0.0f && std::chrono::steady_clock::now() < end) {
         engine.Update();
         // Short notices never reach full opacity: they start fading at once.
         EXPECT_LE(notice->getAlpha(), 0.2f / 2.5f + 1e-3f);
@@ -95,7 +95,8 @@ TEST_F(EngineGui, NoticesFadeSidebarsRegenerateShiftClicksPickAndIconifiedStepsD
     for (int i = 0; i < 20; ++i)
         engine.Update();
     const auto elapsed = std::chrono::steady_clock::now() - start;
-    EXPECT_EQ(engine.GetRenderSystem()->GetFrameCount(), frames) << "nothing is drawn, even without optimised rendering";
+    EXPECT_EQ(engine.GetRenderSystem()->GetFrameCount(), frames)
+        << "nothing is drawn, even without optimised rendering";
     EXPECT_FLOAT_EQ(engine.GetNoticeCountdown(), 1.0f) << "time does not run for the hidden window's widgets";
     EXPECT_LT(elapsed, std::chrono::milliseconds(200)) << "an iconified step returns at once";
 
@@ -106,7 +107,8 @@ TEST_F(EngineGui, NoticesFadeSidebarsRegenerateShiftClicksPickAndIconifiedStepsD
 
 TEST_F(EngineGui, ResourceRulesOfTheLookShapeTheSidebar)
 {
-    const std::string look = WriteLook(R"({"vexa": {"version": "1.0", "views": [{"position": "0,0;0,0", "size": "1,0;1,0",
+    const std::string look =
+        WriteLook(R"({"vexa": {"version": "1.0", "views": [{"position": "0,0;0,0", "size": "1,0;1,0",
         "units": [{"id": "PlainResource:fixed", "permanent": true},
                   {"id": "PlainResource:quiet", "gui-enabled": false, "auto-select": true},
                   {"id": "PlainResource:locked", "select-enabled": false, "auto-select": true},
@@ -163,13 +165,13 @@ TEST_F(EngineGui, ResourceRulesOfTheLookShapeTheSidebar)
 TEST_F(EngineGui, OptionsEnabledFalseTakesTheGlobalOptionsFromEverySidebarAndTheDebuggerIsInEveryArea)
 {
     vexa::Engine engine;
-    ASSERT_TRUE(Start(engine, state, WriteLook(R"({"vexa": {"version": "1.0", "options-enabled": false, "views": [
+    ASSERT_TRUE(
+        Start(engine, state, WriteLook(R"({"vexa": {"version": "1.0", "options-enabled": false, "views": [
         {"position": "0,0;0,0", "size": "0.5,0;1,0", "units": [{"id": "PlainResource:only"}]},
         {"position": "0.5,0;0,0", "size": "0.5,0;1,0"}]}})")));
     const vexa::ResourceId debugger(vexa::Debugger::kBuiltInName, "Debugger");
     ASSERT_EQ(engine.GetViewareas().size(), 2u);
-    for (const auto& area : engine.GetViewareas())
-    {
+    for (const auto& area : engine.GetViewareas()) {
         EXPECT_FALSE(area->GetChild("sidebar/toolbar/toggle_options")->isVisible());
         EXPECT_TRUE(area->GetChild("sidebar/toolbar")->isVisible()) << "the camera button stays";
         EXPECT_TRUE(area->GetGadgetManager().HasGadget(debugger)) << "view area " << area->GetId();

@@ -31,8 +31,7 @@ using Bytes = std::vector<char>;
 bool UpdateUntil(vexa::Engine& engine, const std::function<bool()>& done)
 {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
-    while (std::chrono::steady_clock::now() < end)
-    {
+    while (std::chrono::steady_clock::now() < end) {
         engine.Update();
         if (done())
             return true;
@@ -63,7 +62,8 @@ TEST_F(EngineState, ViewareaStateSurvivesARestart)
         vexa::Viewarea& area = *engine.GetViewareas()[0];
         engine.Update();
         // Only the camera moves: the view change alone must reach the file.
-        area.GetCamera()->SetPose(vexa::Camera::Pose({1.0f, 0.5f, -2.0f}, {4.0f, 3.0f, 6.0f}, {0.0f, 1.0f, 0.0f}));
+        area.GetCamera()->SetPose(
+            vexa::Camera::Pose({1.0f, 0.5f, -2.0f}, {4.0f, 3.0f, 6.0f}, {0.0f, 1.0f, 0.0f}));
         ASSERT_TRUE(UpdateUntil(engine, [&] { return fs::exists(state / "viewareas.bin"); }));
         EXPECT_FALSE(engine.GetViewareaSettings().IsDirty());
 
@@ -74,10 +74,12 @@ TEST_F(EngineState, ViewareaStateSurvivesARestart)
         area.SetSidebarVisible(false);
         const Bytes before = ReadBytes(state / "viewareas.bin");
         engine.Update();
-        EXPECT_NE(ReadBytes(state / "viewareas.bin"), before) << "a change without camera motion is written at once";
+        EXPECT_NE(ReadBytes(state / "viewareas.bin"), before)
+            << "a change without camera motion is written at once";
 
         // A last camera move just before the end is not lost to the settling delay.
-        area.GetCamera()->SetPose(vexa::Camera::Pose(finalTarget, finalPosition, glm::vec3(0.0f, 1.0f, 0.0f)));
+        area.GetCamera()->SetPose(
+            vexa::Camera::Pose(finalTarget, finalPosition, glm::vec3(0.0f, 1.0f, 0.0f)));
         up = area.GetCamera()->GetUp();
         engine.Update();
     }
@@ -87,7 +89,8 @@ TEST_F(EngineState, ViewareaStateSurvivesARestart)
         ASSERT_EQ(engine.GetViewareas().size(), 1u);
         const vexa::Viewarea& area = *engine.GetViewareas()[0];
         EXPECT_TRUE(testing_support::Near(area.GetCamera()->GetTarget(), finalTarget, 1e-4f)) << "target";
-        EXPECT_TRUE(testing_support::Near(area.GetCamera()->GetPosition(), finalPosition, 1e-4f)) << "position";
+        EXPECT_TRUE(testing_support::Near(area.GetCamera()->GetPosition(), finalPosition, 1e-4f))
+            << "position";
         EXPECT_TRUE(testing_support::Near(area.GetCamera()->GetUp(), up, 1e-4f)) << "up";
         EXPECT_FALSE(area.IsAxesVisible());
         EXPECT_EQ(area.GetScene()->GetGridMode(), static_cast<int>(vexa::ViewareaLook::GridZX));
@@ -112,4 +115,3 @@ TEST_F(EngineState, ViewareaStateSurvivesARestart)
     ASSERT_TRUE(options.Load(state.string() + "/"));
     EXPECT_EQ(options.GetViewLayout(), 4);
 }
-

@@ -2,9 +2,9 @@
 #include "core/Viewarea.h"
 
 #include <vexa/Debugger.h>
-#include <vexa/draw/RenderSystem.h>
 #include <vexa/draw/GeometryRenderer.h>
 #include <vexa/draw/GeometryStyle.h>
+#include <vexa/draw/RenderSystem.h>
 #include <vexa/draw/Scene.h>
 
 #include <plor/Window.h>
@@ -36,7 +36,8 @@ TEST_F(VexaLifecycle, InitializeIsRefusedWhenRunningAndAfterTerminate)
     testing_support::LogCapture log;
     ASSERT_TRUE(StartLibrary());
     EXPECT_FALSE(vexa::Initialize());
-    EXPECT_TRUE(log.Contains("Cannot initialize system again, it was initialized already.", "vexa::Initialize"));
+    EXPECT_TRUE(
+        log.Contains("Cannot initialize system again, it was initialized already.", "vexa::Initialize"));
     // The first engine keeps running.
     EXPECT_TRUE(vexa::IsOpen());
     vexa::Update();
@@ -49,7 +50,8 @@ TEST_F(VexaLifecycle, InitializeIsRefusedWhenRunningAndAfterTerminate)
     vexa::Terminate();
     log.messages.clear();
     EXPECT_FALSE(vexa::Initialize());
-    EXPECT_TRUE(log.Contains("Cannot initialize system again, it was initialized already.", "vexa::Initialize"));
+    EXPECT_TRUE(
+        log.Contains("Cannot initialize system again, it was initialized already.", "vexa::Initialize"));
     // A fresh engine without a window answers the guarded functions.
     EXPECT_FALSE(vexa::IsOpen());
     EXPECT_TRUE(vexa::GetActiveResources().empty());
@@ -92,7 +94,8 @@ TEST(VexaBeforeInitialize, GuardedFunctionsDoNothingAndAStartWithoutAssetsFails)
     EXPECT_TRUE(boxes.Has("VEXA Initialization Error", "Asset directory is invalid."));
     log.messages.clear();
     EXPECT_FALSE(vexa::Initialize());
-    EXPECT_FALSE(log.Contains("Cannot initialize system again, it was initialized already.", "vexa::Initialize"));
+    EXPECT_FALSE(
+        log.Contains("Cannot initialize system again, it was initialized already.", "vexa::Initialize"));
     vexa::Terminate();
 }
 
@@ -177,9 +180,10 @@ TEST_F(Engine, IdleStepsDrawNothingAndEachChangeOrDragDrawsTheNextStep)
              [&] { engine.RequestRedraw(); },
              [] { vexa::SetAxesVisible(0, false); },
              [&] { vexa::SetSidebarVisible(0, !engine.GetViewareas()[0]->IsSidebarVisible()); },
-             [] { vexa::FrameBox({0, 0, 0}, {1, 2, 3}); },
-         })
-    {
+             [] {
+                 vexa::FrameBox({0, 0, 0}, {1, 2, 3});
+             },
+         }) {
         change();
         vexa::Update();
         EXPECT_EQ(renderSystem.GetFrameCount(), ++expected);
@@ -196,7 +200,8 @@ TEST_F(Engine, IdleStepsDrawNothingAndEachChangeOrDragDrawsTheNextStep)
     engine.OnMouseMove(140.0f, 215.0f);
     vexa::Update();
     EXPECT_EQ(renderSystem.GetFrameCount(), ++expected);
-    EXPECT_NE(engine.GetViewareas()[0]->GetScene()->GetCamera()->GetPosition(), before) << "a plain left drag turns";
+    EXPECT_NE(engine.GetViewareas()[0]->GetScene()->GetCamera()->GetPosition(), before)
+        << "a plain left drag turns";
     engine.OnMouseUp(plor::MouseButton::Left, plor::Modifiers{});
     vexa::Update();
     vexa::Update();
@@ -223,8 +228,7 @@ TEST_F(Engine, EveryFailedLookIsReportedAndOnlyAReadLookPlacesTheWindow)
         R"({"other": {}})",
         R"({"vexa": {"version": "1.0", "views": [{"size": "1,0;1,0"}]}})",
     };
-    for (std::size_t i = 0; i < broken.size(); ++i)
-    {
+    for (std::size_t i = 0; i < broken.size(); ++i) {
         SCOPED_TRACE(broken[i]);
         const std::string look = WriteLook(broken[i], "look" + std::to_string(i) + ".json");
         MessageBoxes seen;
@@ -242,8 +246,9 @@ TEST_F(Engine, EveryFailedLookIsReportedAndOnlyAReadLookPlacesTheWindow)
     // A good look: no box, its caption, and the window system places the window.
     MessageBoxes seen;
     vexa::Engine engine;
-    ASSERT_TRUE(engine_test::Start(engine, state / "good",
-                                   WriteLook(R"({"vexa": {"version": "1.0", "caption": "Scanner"}})", "good.json")));
+    ASSERT_TRUE(
+        engine_test::Start(engine, state / "good",
+                           WriteLook(R"({"vexa": {"version": "1.0", "caption": "Scanner"}})", "good.json")));
     EXPECT_FALSE(seen.Has(kCaption, kText));
     EXPECT_EQ(engine.GetWindowManager().GetWindowParams().caption, "Scanner");
     EXPECT_FALSE(engine.GetWindowManager().GetWindowParams().positionSet);
@@ -269,10 +274,10 @@ public:
     void Terminate() override
     {
         RemoveRenderer(handle_);
-        log_.push_back("terminate " + GetId().name + (GetCamera() != nullptr ? " with camera" : " without camera"));
+        log_.push_back("terminate " + GetId().name +
+                       (GetCamera() != nullptr ? " with camera" : " without camera"));
         Gadget::Terminate();
     }
-
 
     vexa::EventStatus KeyPressed(vexa::Key key, const vexa::ModKeys&, vexa::EventStatus status) override
     {
@@ -284,7 +289,6 @@ public:
         return status;
     }
 
-
 private:
     std::vector<std::string>& log_;
     int handle_ = 0;
@@ -292,7 +296,10 @@ private:
 
 class HostResource final : public vexa::Resource {
 public:
-    HostResource(const std::string& name, std::vector<std::string>& log) : Resource(name, "HostResource"), log_(log) {}
+    HostResource(const std::string& name, std::vector<std::string>& log)
+        : Resource(name, "HostResource"), log_(log)
+    {
+    }
     std::shared_ptr<vexa::Gadget> CreateGadget() override { return std::make_shared<HostGadget>(this, log_); }
 
 private:
@@ -323,14 +330,15 @@ TEST_F(Engine, HostGadgetsMayReachTheirViewAreaOnTheWayOutAndChangeGadgetsFromAH
     // again, and "b" still hears the key after "a" was replaced.
     log.clear();
     engine->OnKeyDown(static_cast<int>(vexa::Key::G), {}, false);
-    EXPECT_EQ(log, (std::vector<std::string>{"key a", "terminate a with camera", "key b", "terminate b with camera",
-                                             "host"}));
+    EXPECT_EQ(log, (std::vector<std::string>{"key a", "terminate a with camera", "key b",
+                                             "terminate b with camera", "host"}));
     EXPECT_EQ(hostGadgets(), 2u);
 
     // Removing everything from a handler: nobody is asked after being removed.
     log.clear();
     engine->OnKeyDown(static_cast<int>(vexa::Key::D), {}, false);
-    EXPECT_EQ(log, (std::vector<std::string>{"key a", "terminate a with camera", "terminate b with camera", "host"}));
+    EXPECT_EQ(log, (std::vector<std::string>{"key a", "terminate a with camera", "terminate b with camera",
+                                             "host"}));
     EXPECT_EQ(hostGadgets(), 0u);
 
     // Gadgets that are still there when the library ends reach their view area too.
@@ -349,7 +357,8 @@ TEST_F(Engine, ALookWithHundredsOfViewAreasStartsAsFastAsTheDefaultOne)
     for (int i = 0; i < 300; ++i)
         views += std::string(i == 0 ? "" : ", ") + R"({"position": ")" + std::to_string(i) +
                  R"(,0;0,0", "size": "0,1;1,0"})";
-    const std::string many = WriteLook(R"({"vexa": {"version": "1.0", "views": [)" + views + "]}}", "many.json");
+    const std::string many =
+        WriteLook(R"({"vexa": {"version": "1.0", "views": [)" + views + "]}}", "many.json");
     const std::string one = WriteLook(R"({"vexa": {"version": "1.0"}})", "one.json");
 
     const auto startTime = [&](const std::string& look, const std::string& folder) {
@@ -366,6 +375,7 @@ TEST_F(Engine, ALookWithHundredsOfViewAreasStartsAsFastAsTheDefaultOne)
     const auto [refused, refusedWarned] = startTime(many, "many");
     EXPECT_FALSE(usualWarned);
     EXPECT_TRUE(refusedWarned);
-    EXPECT_TRUE(boxes.Has("VEXA Initialization", "Errors occurred when parsing look json. See log for more info."));
+    EXPECT_TRUE(
+        boxes.Has("VEXA Initialization", "Errors occurred when parsing look json. See log for more info."));
     EXPECT_LT(refused - usual, std::chrono::seconds(1));
 }

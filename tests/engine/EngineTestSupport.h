@@ -42,9 +42,8 @@ struct MessageBoxes {
     std::vector<std::pair<std::string, std::string>> shown;
     MessageBoxes()
     {
-        vexa::SetMessageBoxHandler([this](const std::string& caption, const std::string& text, vexa::MessageIcon) {
-            shown.emplace_back(caption, text);
-        });
+        vexa::SetMessageBoxHandler([this](const std::string& caption, const std::string& text,
+                                          vexa::MessageIcon) { shown.emplace_back(caption, text); });
     }
     ~MessageBoxes() { vexa::SetMessageBoxHandler({}); }
     MessageBoxes(const MessageBoxes&) = delete;
@@ -59,7 +58,8 @@ struct MessageBoxes {
 /// flag relies on it.
 inline fs::path FreshDirectory(const std::string& name)
 {
-    const fs::path directory = fs::temp_directory_path() / ("vexa-engine-" + name + "-" + std::to_string(::getpid()));
+    const fs::path directory =
+        fs::temp_directory_path() / ("vexa-engine-" + name + "-" + std::to_string(::getpid()));
     fs::remove_all(directory);
     fs::create_directories(directory);
     return directory;
@@ -120,7 +120,8 @@ inline void Click(CEGUI::Window* button)
 inline void Choose(CEGUI::Combobox* combobox, std::size_t index)
 {
     combobox->getDropList()->setItemSelectState(index, true);
-    Fire(combobox->getDropList(), CEGUI::ComboDropList::EventListSelectionAccepted, CEGUI::ComboDropList::EventNamespace);
+    Fire(combobox->getDropList(), CEGUI::ComboDropList::EventListSelectionAccepted,
+         CEGUI::ComboDropList::EventNamespace);
 }
 
 } // namespace engine_test

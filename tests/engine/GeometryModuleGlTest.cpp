@@ -46,8 +46,8 @@ TEST_F(GeometryModuleGl, MatcapLightsFromWhereThePictureIsBright)
     auto sphere = std::make_shared<vexa::modules::GeometryResource>("ball", vexa::draw::GeometryName::Sphere);
     engine.AddResource(sphere);
     ASSERT_TRUE(area.GetGadgetManager().HasGadget(sphere->GetId()));
-    auto gadget =
-        std::static_pointer_cast<vexa::modules::GeometryGadget>(area.GetGadgetManager().GetGadget(sphere->GetId()));
+    auto gadget = std::static_pointer_cast<vexa::modules::GeometryGadget>(
+        area.GetGadgetManager().GetGadget(sphere->GetId()));
     gadget->GetStyle()->useMatcap = true;
     // The panel loads the matcap at the stored index (the sixth file) when it is built.
     area.SetSidebarVisible(true);

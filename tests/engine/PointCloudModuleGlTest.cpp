@@ -57,7 +57,8 @@ TEST_F(PointCloudModuleGl, ChoosingDataMappingColoursTheCloudByTheMap)
     for (int i = 0; i < 3; ++i)
         engine.Update();
     ASSERT_TRUE(area.GetGadgetManager().HasGadget(cloud->GetId()));
-    auto gadget = std::static_pointer_cast<vexa::modules::PointCloudGadget>(area.GetGadgetManager().GetGadget(cloud->GetId()));
+    auto gadget = std::static_pointer_cast<vexa::modules::PointCloudGadget>(
+        area.GetGadgetManager().GetGadget(cloud->GetId()));
     gadget->GetStyle()->pointSize = 8.0f;
 
     const tesk::Color3f before = ProbePixel(engine, state / "material.png");
@@ -69,14 +70,14 @@ TEST_F(PointCloudModuleGl, ChoosingDataMappingColoursTheCloudByTheMap)
     vexa::GuiStylingPanel* panel = area.GetSidebar()->GetResourcePanel(cloud->GetId());
     ASSERT_NE(panel, nullptr);
     std::map<std::string, CEGUI::Combobox*> lists;
-    for (int n = 0;; ++n)
-    {
+    for (int n = 0;; ++n) {
         CEGUI::Window* row = panel->GetWindow()->getChildRecursive(
             "generated_element_" + CEGUI::PropertyHelper<std::int32_t>::toString(n));
         if (row == nullptr)
             break;
         CEGUI::Window* label = row->getChildRecursive("dynamic_label");
-        if (CEGUI::Window* combo = row->getChildRecursive("combo_element"); combo != nullptr && label != nullptr)
+        if (CEGUI::Window* combo = row->getChildRecursive("combo_element");
+            combo != nullptr && label != nullptr)
             lists[label->getText().c_str()] = static_cast<CEGUI::Combobox*>(combo);
     }
     ASSERT_EQ(lists.count("Color source"), 1u);

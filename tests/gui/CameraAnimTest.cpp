@@ -56,7 +56,8 @@ protected:
     std::shared_ptr<CameraAnimGadget> Reopen()
     {
         EXPECT_TRUE(area_.GetGadgetManager().Create(resource_->GetId()));
-        return std::dynamic_pointer_cast<CameraAnimGadget>(area_.GetGadgetManager().GetGadget(resource_->GetId()));
+        return std::dynamic_pointer_cast<CameraAnimGadget>(
+            area_.GetGadgetManager().GetGadget(resource_->GetId()));
     }
 
     void BuildPanel()
@@ -68,7 +69,10 @@ protected:
     void Click(const std::string& caption) { gui_test::Click(gui_test::Control(panel_, caption)); }
 
     std::string CountText() const { return gui_test::Texts(panel_).back(); }
-    std::string AnimationFile() const { return engine_.GetIntermediateDirectory() + "/AnimationSequence01.json"; }
+    std::string AnimationFile() const
+    {
+        return engine_.GetIntermediateDirectory() + "/AnimationSequence01.json";
+    }
 
     void Pose(const glm::vec3& position, const glm::vec3& target)
     {
@@ -87,10 +91,10 @@ protected:
 TEST_F(CameraAnimTest, PanelButtonsRecordRemoveSaveAndLoadKeyframesAndTheCountFollows)
 {
     BuildPanel();
-    const std::vector<std::string> expected{"Rotate around",      "Play animation",       "Stop animation",
-                                            "Add new keyframe",   "Keyframe delta time",  "Playback speed",
-                                            "Loop playback",      "Remove last keyframe", "Remove all keyframes",
-                                            "Save keyframes",     "Load keyframes",       "Key-frame count: 0"};
+    const std::vector<std::string> expected{
+        "Rotate around",        "Play animation", "Stop animation", "Add new keyframe",
+        "Keyframe delta time",  "Playback speed", "Loop playback",  "Remove last keyframe",
+        "Remove all keyframes", "Save keyframes", "Load keyframes", "Key-frame count: 0"};
     EXPECT_EQ(gui_test::Texts(panel_), expected);
 
     Pose({2, 2, 2}, {0, 0, 0});
@@ -99,7 +103,8 @@ TEST_F(CameraAnimTest, PanelButtonsRecordRemoveSaveAndLoadKeyframesAndTheCountFo
     Click("Add new keyframe");
     ASSERT_EQ(gadget_->GetKeyframes().Size(), 2u);
     // The first at time 0, the next one delta time (1 s unless changed) later.
-    EXPECT_EQ(glm::vec2(gadget_->GetKeyframes().GetTime(0), gadget_->GetKeyframes().GetTime(1)), glm::vec2(0, 1));
+    EXPECT_EQ(glm::vec2(gadget_->GetKeyframes().GetTime(0), gadget_->GetKeyframes().GetTime(1)),
+              glm::vec2(0, 1));
     ExpectNear(gadget_->GetKeyframes().GetValue(1).position, glm::vec3(0, 3, 4));
     ExpectNear(gadget_->GetKeyframes().GetValue(1).target, glm::vec3(1, 0, 0));
     EXPECT_EQ(CountText(), "Key-frame count: 2");
@@ -114,12 +119,14 @@ TEST_F(CameraAnimTest, PanelButtonsRecordRemoveSaveAndLoadKeyframesAndTheCountFo
     gadget_->SetKeyframeDeltaTime(0.3333333f);
     Pose({1.23456789f, -2.5f, 1e-7f}, {0.1f, 0.2f, 0.3f});
     Click("Add new keyframe");
-    const auto saved = std::vector(gadget_->GetKeyframes().Keys().begin(), gadget_->GetKeyframes().Keys().end());
+    const auto saved =
+        std::vector(gadget_->GetKeyframes().Keys().begin(), gadget_->GetKeyframes().Keys().end());
     Click("Save keyframes");
     const std::string text = ReadAll(AnimationFile());
-    const std::string expectedStart = "[\n    [\n        \"0.000000\",\n        {\n            \"position\": "
-                                      "\"2.000000, 2.000000, 2.000000\",\n            \"target\": \"0.000000, "
-                                      "0.000000, 0.000000\",\n            \"up\": \"";
+    const std::string expectedStart =
+        "[\n    [\n        \"0.000000\",\n        {\n            \"position\": "
+        "\"2.000000, 2.000000, 2.000000\",\n            \"target\": \"0.000000, "
+        "0.000000, 0.000000\",\n            \"up\": \"";
     EXPECT_EQ(text.substr(0, expectedStart.size()), expectedStart) << text;
     EXPECT_NE(text.find("\"1.333333\""), std::string::npos) << text;
 
@@ -128,8 +135,7 @@ TEST_F(CameraAnimTest, PanelButtonsRecordRemoveSaveAndLoadKeyframesAndTheCountFo
     EXPECT_EQ(CountText(), "Key-frame count: 0");
     Click("Load keyframes");
     ASSERT_EQ(gadget_->GetKeyframes().Size(), saved.size());
-    for (std::size_t i = 0; const auto& key : gadget_->GetKeyframes().Keys())
-    {
+    for (std::size_t i = 0; const auto& key : gadget_->GetKeyframes().Keys()) {
         EXPECT_NEAR(key.time, saved[i].time, 1e-6f);
         for (const auto member : {&Camera::Pose::position, &Camera::Pose::target, &Camera::Pose::up})
             ExpectNear(key.value.*member, saved[i].value.*member, 1e-6f);
@@ -206,8 +212,7 @@ TEST_F(CameraAnimTest, OneKeyframeShowsItThenStopsOrStartsOver)
     gadget_->AddKeyframe();
     Pose({9, 9, 9}, {0, 0, 0});
     gadget_->Play();
-    for (const bool playing : {true, false})
-    {
+    for (const bool playing : {true, false}) {
         gadget_->Update(0.2f);
         ExpectNear(camera_->GetPosition(), glm::vec3(3, 1, 0));
         EXPECT_EQ(gadget_->IsPlaying(), playing);
@@ -215,8 +220,7 @@ TEST_F(CameraAnimTest, OneKeyframeShowsItThenStopsOrStartsOver)
 
     gadget_->SetLooping(true);
     gadget_->Play();
-    for (int i = 0; i < 4; ++i)
-    {
+    for (int i = 0; i < 4; ++i) {
         gadget_->Update(0.2f);
         EXPECT_TRUE(gadget_->IsPlaying());
         EXPECT_EQ(gadget_->GetCurrentTime(), 0.0f) << "a loop starts over once past the key frame";
@@ -239,21 +243,25 @@ TEST_F(CameraAnimTest, BadFilesLeaveTheKeyframesAsTheyWere)
     BuildPanel();
     gadget_->AddKeyframe();
     gadget_->AddKeyframe();
-    const auto write = [&](const std::string& content) { std::ofstream(AnimationFile(), std::ios::trunc) << content; };
+    const auto write = [&](const std::string& content) {
+        std::ofstream(AnimationFile(), std::ios::trunc) << content;
+    };
     testing_support::LogCapture log;
 
     // Missing file, damaged JSON, JSON of another kind, and elements of the wrong shape.
     EXPECT_FALSE(gadget_->LoadAnimation());
-    for (const char* content : {"[[\"0.0\", {\"position\": \"1, 2, 3\",", "{\"vexa\": {\"version\": \"1.0\"}}",
-                                "[[\"0.0\", {\"position\": \"1, 2, 3\", \"target\": \"0, 0, 0\"}]]"})
-    {
+    for (const char* content :
+         {"[[\"0.0\", {\"position\": \"1, 2, 3\",", "{\"vexa\": {\"version\": \"1.0\"}}",
+          "[[\"0.0\", {\"position\": \"1, 2, 3\", \"target\": \"0, 0, 0\"}]]"}) {
         write(content);
         EXPECT_FALSE(gadget_->LoadAnimation()) << content;
     }
-    EXPECT_EQ(std::count_if(log.messages.begin(), log.messages.end(), [](const auto& m) {
-                  return m.label == "vexa::modules::CameraAnimGadget::LoadAnimation" &&
-                         m.message.rfind("Camera animation load failed: ", 0) == 0;
-              }), 4);
+    EXPECT_EQ(std::count_if(log.messages.begin(), log.messages.end(),
+                            [](const auto& m) {
+                                return m.label == "vexa::modules::CameraAnimGadget::LoadAnimation" &&
+                                       m.message.rfind("Camera animation load failed: ", 0) == 0;
+                            }),
+              4);
     // The parser's own words: where it stopped and why.
     EXPECT_NE(log.messages[1].message.find(" - "), std::string::npos) << log.messages[1].message;
     EXPECT_EQ(gadget_->GetKeyframes().Size(), 2u);
@@ -277,7 +285,8 @@ TEST_F(CameraAnimTest, BadFilesLeaveTheKeyframesAsTheyWere)
     std::filesystem::create_directory(AnimationFile());
     log.messages.clear();
     EXPECT_FALSE(gadget_->SaveAnimation());
-    EXPECT_TRUE(log.Contains("Camera animation save failed!", "vexa::modules::CameraAnimGadget::SaveAnimation"));
+    EXPECT_TRUE(
+        log.Contains("Camera animation save failed!", "vexa::modules::CameraAnimGadget::SaveAnimation"));
     std::filesystem::remove(AnimationFile());
 }
 

@@ -32,8 +32,11 @@ TEST_F(ElementsTest, CheckboxWritesItsLinkBeforeCallingTheCallbacksInOrder)
     EXPECT_TRUE(box->GetWidget()->isSelected()) << "linking shows the variable's value";
 
     std::vector<std::string> calls;
-    box->Subscribe([&](const gui::Checkbox* b) { calls.push_back("first:" + std::to_string(axes) + std::to_string(b->Get())); })
-        ->Subscribe([&](const gui::Checkbox* b) { calls.push_back(b == box ? "second" : "second:wrong element"); });
+    box->Subscribe([&](const gui::Checkbox* b) {
+           calls.push_back("first:" + std::to_string(axes) + std::to_string(b->Get()));
+       })
+        ->Subscribe(
+            [&](const gui::Checkbox* b) { calls.push_back(b == box ? "second" : "second:wrong element"); });
     box->GetWidget()->setSelected(false);
     EXPECT_FALSE(axes);
     EXPECT_EQ(calls, (std::vector<std::string>{"first:00", "second"}));
@@ -55,12 +58,10 @@ TEST_F(ElementsTest, ConditionsReadTheFlagAtEveryTestAndButtonsAndLabelsForwardT
 
     // Any non-zero choice reads the flag as IfFalse; the flag is read at every test.
     bool flag = true;
-    for (const auto& [func, shownWhenTrue] : {std::pair{BoolFunc::IfTrue, true}, {BoolFunc::IfFalse, false},
-                                              {static_cast<BoolFunc>(7), false}})
-    {
+    for (const auto& [func, shownWhenTrue] :
+         {std::pair{BoolFunc::IfTrue, true}, {BoolFunc::IfFalse, false}, {static_cast<BoolFunc>(7), false}}) {
         button->SetConditionBool(&flag, func);
-        for (const bool value : {false, true})
-        {
+        for (const bool value : {false, true}) {
             flag = value;
             EXPECT_EQ(button->TestCondition(), value == shownWhenTrue) << static_cast<int>(func) << value;
         }
@@ -104,7 +105,8 @@ TEST_F(ElementsTest, NumericIntTruncatesTowardsZeroAndSlidingFloatAddsItsOwnMini
     gui::SlidingFloat* slider = gen.AddSlidingFloat("Opacity");
     float value = 0.0f;
     int changes = 0;
-    slider->SetMax(5.0f)->SetMin(2.0f)->SetLink(&value)->Subscribe([&](const gui::SlidingFloat*) { ++changes; });
+    slider->SetMax(5.0f)->SetMin(2.0f)->SetLink(&value)->Subscribe(
+        [&](const gui::SlidingFloat*) { ++changes; });
     const auto range = [&] { return glm::vec2(slider->GetMin(), slider->GetMax()); };
     EXPECT_EQ(range(), glm::vec2(2.0f, 5.0f));
     EXPECT_FLOAT_EQ(slider->GetWidget()->getMaxValue(), 3.0f) << "the slider itself runs from 0";
@@ -151,7 +153,8 @@ TEST_F(ElementsTest, SlidingIntSnapsTheThumbToWholeNumbers)
     // While dragging, the slider lands between whole numbers; the thumb event snaps it.
     slider->GetWidget()->setCurrentValue(4.4f);
     EXPECT_EQ(std::make_pair(slider->Get(), level), std::make_pair(2, 2));
-    Fire(slider->GetWidget()->getThumb(), CEGUI::Thumb::EventThumbPositionChanged, CEGUI::Thumb::EventNamespace);
+    Fire(slider->GetWidget()->getThumb(), CEGUI::Thumb::EventThumbPositionChanged,
+         CEGUI::Thumb::EventNamespace);
     EXPECT_FLOAT_EQ(slider->GetWidget()->getCurrentValue(), 4.0f);
 
     slider->GetWidget()->setCurrentValue(6.6f);
@@ -204,8 +207,9 @@ TEST_F(ElementsTest, CheckboxListRowsIdsAndSelectButtons)
     GuiGenerator gen(panel_);
     gui::CheckboxList* list = gen.AddCheckboxList();
     // Without an id, an item takes the number of items before it.
-    EXPECT_EQ((std::vector<std::size_t>{list->AddItem("Ground"), list->AddItem("Wall", false), list->AddItem("Roof", false),
-                                        list->AddItem("Tree"), list->AddItem("Car", true, 17)}),
+    EXPECT_EQ((std::vector<std::size_t>{list->AddItem("Ground"), list->AddItem("Wall", false),
+                                        list->AddItem("Roof", false), list->AddItem("Tree"),
+                                        list->AddItem("Car", true, 17)}),
               (std::vector<std::size_t>{0, 1, 2, 3, 17}));
     {
         testing_support::LogCapture log;
@@ -224,11 +228,13 @@ TEST_F(ElementsTest, CheckboxListRowsIdsAndSelectButtons)
     EXPECT_NE(row->getChild("colorstripe")->getProperty("Colour").find("FF0000"), CEGUI::String::npos);
 
     std::vector<std::string> calls;
-    list->SubscribeItems([&](unsigned int id, bool checked) { calls.push_back(std::to_string(id) + (checked ? "+" : "-")); });
+    list->SubscribeItems(
+        [&](unsigned int id, bool checked) { calls.push_back(std::to_string(id) + (checked ? "+" : "-")); });
     list->Subscribe([&](const gui::CheckboxList*) { calls.push_back("changed"); });
 
     Click(panel->getChild("sel-all"));
-    EXPECT_EQ(calls, (std::vector<std::string>{"0+", "changed", "1+", "changed", "2+", "changed", "3+", "changed"}))
+    EXPECT_EQ(calls,
+              (std::vector<std::string>{"0+", "changed", "1+", "changed", "2+", "changed", "3+", "changed"}))
         << "only the four unchecked items toggle";
     for (std::size_t id : {0u, 1u, 2u, 3u, 17u})
         EXPECT_TRUE(list->IsItemChecked(id));
@@ -271,7 +277,10 @@ namespace {
 class StylingRowsTest : public gui_test::PanelTest {
 protected:
     CEGUI::Window* Control(int n) const { return gui_test::Row(panel_, n)->getChild("dynamic_control"); }
-    bool Shown(int n) const { return gui_test::Row(panel_, n)->isVisible() && gui_test::Height(gui_test::Row(panel_, n)) > 0.0f; }
+    bool Shown(int n) const
+    {
+        return gui_test::Row(panel_, n)->isVisible() && gui_test::Height(gui_test::Row(panel_, n)) > 0.0f;
+    }
 };
 
 TEST_F(StylingRowsTest, ColourSlidersEditTheChannels)

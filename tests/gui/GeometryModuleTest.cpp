@@ -9,8 +9,8 @@
 #include <vexa/draw/MeshRenderer.h>
 
 #include <plor/Texture.h>
-#include <tesk/Image.h>
 #include <tesk/ColorMap.h>
+#include <tesk/Image.h>
 #include <tesk/Mesh.h>
 
 #include <runa/SpaceDefinition.h>
@@ -81,7 +81,8 @@ TEST_F(GeometryModuleTest, RowsFollowTheRenderMode)
     gadget->GenerateGui(generator);
     generator.SetAutoTestConditionsEnabled(true);
 
-    const auto check = [&](int mode, bool pointSize, bool normals, bool wires, bool useMatcap, bool pointMaterial) {
+    const auto check = [&](int mode, bool pointSize, bool normals, bool wires, bool useMatcap,
+                           bool pointMaterial) {
         style.renderMode = mode;
         generator.TestElementConditions();
         SCOPED_TRACE(mode);
@@ -157,8 +158,7 @@ TEST_F(GeometryModuleTest, StateStreamRoundTripsAndRefusesForeignRecords)
     std::string badFieldsVersion = bytes;
     badFieldsVersion[bytes.size() - 8] = 2;
     testing_support::LogCapture log;
-    for (const std::string& broken : {badStyleVersion, badFieldsVersion, bytes.substr(0, bytes.size() - 2)})
-    {
+    for (const std::string& broken : {badStyleVersion, badFieldsVersion, bytes.substr(0, bytes.size() - 2)}) {
         auto target = MakeGadget();
         std::stringstream brokenIn(broken);
         EXPECT_FALSE(target->ReadFromStream(brokenIn));
@@ -254,8 +254,7 @@ TEST(MeshGadget, OffersOnlyTheColourSourcesTheMeshCanFeed)
                                          {MeshGadget::Checker, vexa::draw::ColorMode::Checker},
                                          {MeshGadget::FloatDataMapping, vexa::draw::ColorMode::PerPoint},
                                          {MeshGadget::Material, vexa::draw::ColorMode::Material}};
-    for (const auto& [source, mode] : modes)
-    {
+    for (const auto& [source, mode] : modes) {
         gadget->SetColorSource(source);
         gadget->OnColorSourceChange();
         EXPECT_EQ(gadget->GetStyle()->colorMode, mode) << source;
@@ -264,7 +263,8 @@ TEST(MeshGadget, OffersOnlyTheColourSourcesTheMeshCanFeed)
 
     material.SetAlbedoTexture("missing.png");
     rich.SetMaterial(material);
-    EXPECT_TRUE(MakeGadget(std::make_shared<MeshResource>("textured", rich))->IsColorSourceOffered(MeshGadget::AlbedoTexture));
+    EXPECT_TRUE(MakeGadget(std::make_shared<MeshResource>("textured", rich))
+                    ->IsColorSourceOffered(MeshGadget::AlbedoTexture));
 }
 
 TEST(MeshGadget, FocusLooksFromTheCameraPositionAndStateIsTheGeometrysOwn)
@@ -301,7 +301,8 @@ TEST_F(MeshPanelTest, ListsCountsSpaceAndTheOfferedSourcesInOrder)
     EXPECT_EQ(all.rfind("Points: 12\nFaces: 10\nSpace: N/A\n", 0), 0u) << all;
     // No vertex colours, no UVs, no texture: only the data mapping joins the two fixed ones,
     // and its own rows follow.
-    EXPECT_NE(all.find("Color source|Material|Normals|Float data mapping\nData|Height\n"), std::string::npos) << all;
+    EXPECT_NE(all.find("Color source|Material|Normals|Float data mapping\nData|Height\n"), std::string::npos)
+        << all;
     EXPECT_NE(all.find("Range Correction"), std::string::npos) << all;
     EXPECT_EQ(all.find("Coloring Option"), std::string::npos) << all;
 }

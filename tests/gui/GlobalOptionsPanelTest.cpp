@@ -78,7 +78,8 @@ TEST_F(GlobalOptionsPanelTest, RowsComeInOrderWithTheirCaptionsAndStartFromTheOp
     // The escapes stay in the text; CEGUI's markup parser turns them into printed brackets.
     EXPECT_EQ(gui_test::Texts(panel_->GetClientWindow()),
               (std::vector<std::string>{"White background", "Mouse sensitivity", "Optimized rendering",
-                                        "Enable Shortcuts", "Anti-aliasing|Off|MSAA 2x|MSAA 4x|MSAA 8x|MSAA 16x|FXAA",
+                                        "Enable Shortcuts",
+                                        "Anti-aliasing|Off|MSAA 2x|MSAA 4x|MSAA 8x|MSAA 16x|FXAA",
                                         "Select layout \\[Tab]", "Reload shaders \\[R]"}));
 
     EXPECT_FALSE(Box(0)->isSelected());

@@ -53,7 +53,9 @@ TEST_F(GuiGeneratorTest, RowsAreNumberedAndHoldTheWidgetOfTheirKindWithItsCaptio
 
     // Every kind: its widget type and caption, on the widget or (labelled) beside it.
     using Made = std::pair<unsigned int, CEGUI::Window*>;
-    const auto of = [](auto* e) { return e == nullptr ? Made(~0u, nullptr) : Made(e->GetId(), e->GetWidget()); };
+    const auto of = [](auto* e) {
+        return e == nullptr ? Made(~0u, nullptr) : Made(e->GetId(), e->GetWidget());
+    };
     const std::tuple<Made, const char*, const char*, bool> kinds[] = {
         {of(gen.AddLabel("Hello")), "DarkVexa/Label", "Hello", false},
         {of(gen.AddButton("Reset view")), "DarkVexa/PushButton", "Reset view", false},
@@ -67,8 +69,7 @@ TEST_F(GuiGeneratorTest, RowsAreNumberedAndHoldTheWidgetOfTheirKindWithItsCaptio
         {of(gen.AddNumericInt("Count")), "DarkVexa/Spinner", "Count", true},
     };
     ASSERT_EQ(panel_->getChildCount(), std::size(kinds));
-    for (unsigned int n = 0; n < std::size(kinds); ++n)
-    {
+    for (unsigned int n = 0; n < std::size(kinds); ++n) {
         const auto& [made, type, text, labelled] = kinds[n];
         SCOPED_TRACE(type);
         ASSERT_NE(made.second, nullptr);
@@ -79,8 +80,7 @@ TEST_F(GuiGeneratorTest, RowsAreNumberedAndHoldTheWidgetOfTheirKindWithItsCaptio
         // The drop list sits in a holder so that its open list can hang below the row.
         CEGUI::Window* control = row->getChild("dynamic_control");
         EXPECT_EQ(n == 4 ? control->getChild("combo_element") : control, made.second);
-        if (text != nullptr)
-        {
+        if (text != nullptr) {
             EXPECT_EQ((labelled ? row->getChild("dynamic_label") : made.second)->getText(), text);
         }
     }

@@ -48,11 +48,13 @@ TEST_F(GuiResourceModuleTest, WindowsAreFoundByNameAndASecondSetupReplacesTheTre
     testing_support::LogCapture log;
     {
         testing_support::IgnoredLeaks cegui;
-        EXPECT_FALSE(resource.Setup("<GUILayout version=\"4\"><Window type=\"NoSuchType\" name=\"x\"/></GUILayout>"));
+        EXPECT_FALSE(
+            resource.Setup("<GUILayout version=\"4\"><Window type=\"NoSuchType\" name=\"x\"/></GUILayout>"));
     }
     EXPECT_EQ(resource.GetRootWindow(), nullptr);
     ASSERT_FALSE(log.messages.empty());
-    EXPECT_NE(log.messages.back().message.find("GuiDataUnit:Tools"), std::string::npos) << log.messages.back().message;
+    EXPECT_NE(log.messages.back().message.find("GuiDataUnit:Tools"), std::string::npos)
+        << log.messages.back().message;
     for (const auto& message : log.messages)
         EXPECT_NE(message.message.rfind("#", 0), 0u) << "CEGUI's stack dump reached the log";
 }
@@ -62,10 +64,11 @@ TEST_F(GuiResourceModuleTest, ThePanelHoldsTheHostsWindowAndLetsGoOfItUnharmed)
     GuiResource resource("Tools");
     ASSERT_TRUE(resource.Setup(kLayout));
     int clicks = 0;
-    resource.GetWindow("Apply")->subscribeEvent(CEGUI::PushButton::EventClicked, [&clicks](const CEGUI::EventArgs&) {
-        ++clicks;
-        return true;
-    });
+    resource.GetWindow("Apply")->subscribeEvent(CEGUI::PushButton::EventClicked,
+                                                [&clicks](const CEGUI::EventArgs&) {
+                                                    ++clicks;
+                                                    return true;
+                                                });
 
     auto holding = gui_test::InitializedGadget<GuiGadget>(resource);
     auto other = gui_test::InitializedGadget<GuiGadget>(resource);
@@ -81,7 +84,8 @@ TEST_F(GuiResourceModuleTest, ThePanelHoldsTheHostsWindowAndLetsGoOfItUnharmed)
     EXPECT_FLOAT_EQ(gui_test::Height(row), 64.0f) << "the row is as tall as the host's panel";
 
     // Only one sidebar can hold a window: the other view area says where it is.
-    CEGUI::Window* second = CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/ArrayPanel", "second");
+    CEGUI::Window* second =
+        CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/ArrayPanel", "second");
     gui_test::Root()->addChild(second);
     {
         vexa::GuiGenerator generator(second);

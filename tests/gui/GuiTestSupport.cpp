@@ -24,7 +24,8 @@ private:
     std::unique_ptr<nubo::GuiSystem> system_;
 };
 
-[[maybe_unused]] testing::Environment* const environment = testing::AddGlobalTestEnvironment(new GuiEnvironment);
+[[maybe_unused]] testing::Environment* const environment =
+    testing::AddGlobalTestEnvironment(new GuiEnvironment);
 
 } // namespace
 
@@ -35,8 +36,7 @@ CEGUI::Window* Root()
 
 void Fire(CEGUI::Window* window, const CEGUI::String& event, const CEGUI::String& eventNamespace)
 {
-    if (window == nullptr)
-    {
+    if (window == nullptr) {
         ADD_FAILURE() << "no window to fire " << event.c_str() << " on";
         return;
     }
@@ -77,11 +77,9 @@ std::string Caption(const CEGUI::Window* row)
 std::vector<std::string> Texts(const CEGUI::Window* panel)
 {
     std::vector<std::string> texts;
-    for (int n = 0; const CEGUI::Window* row = Row(panel, n); ++n)
-    {
+    for (int n = 0; const CEGUI::Window* row = Row(panel, n); ++n) {
         std::string text = Caption(row);
-        if (CEGUI::Window* combo = row->getChildRecursive("combo_element"))
-        {
+        if (CEGUI::Window* combo = row->getChildRecursive("combo_element")) {
             auto* list = static_cast<CEGUI::Combobox*>(combo);
             for (std::size_t i = 0; i < list->getItemCount(); ++i)
                 text += "|" + std::string(list->getListboxItemFromIndex(i)->getText().c_str());
@@ -118,8 +116,7 @@ bool Shown(const CEGUI::Window* panel, const std::string& caption)
 
 void Choose(CEGUI::Combobox* combobox, std::size_t index)
 {
-    if (combobox == nullptr)
-    {
+    if (combobox == nullptr) {
         ADD_FAILURE() << "no drop list to choose from";
         return;
     }

@@ -52,7 +52,8 @@ CEGUI::Window* FindRow(const CEGUI::Window* panel, const std::string& caption);
 
 /// The child `name` of the row captioned `caption`; fails the test and gives null without that row.
 template <class T = CEGUI::Window>
-T* Control(const CEGUI::Window* panel, const std::string& caption, const CEGUI::String& name = "dynamic_control")
+T* Control(const CEGUI::Window* panel, const std::string& caption,
+           const CEGUI::String& name = "dynamic_control")
 {
     CEGUI::Window* row = FindRow(panel, caption);
     EXPECT_NE(row, nullptr) << "no row \"" << caption << "\"";

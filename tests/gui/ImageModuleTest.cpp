@@ -4,10 +4,10 @@
 #include <vexa/modules/ImageResource.h>
 #include <vexa/modules/TextureGadget.h>
 
-#include <vexa/draw/ImageRenderer.h>
-#include <vexa/draw/ImageStyle.h>
 #include <vexa/draw/GraphRenderer.h>
 #include <vexa/draw/GraphStyle.h>
+#include <vexa/draw/ImageRenderer.h>
+#include <vexa/draw/ImageStyle.h>
 
 #include <runa/BinaryStream.h>
 
@@ -26,8 +26,8 @@ namespace {
 using vexa::modules::ImageResource;
 using vexa::modules::TextureGadget;
 
-const char* const kFactorRows[] = {"Red Multiplier",   "Red Offset",  "Green Multiplier", "Green Offset",
-                                   "Blue Multiplier",  "Blue Offset", "Alpha Multiplier", "Alpha Offset"};
+const char* const kFactorRows[] = {"Red Multiplier",  "Red Offset",  "Green Multiplier", "Green Offset",
+                                   "Blue Multiplier", "Blue Offset", "Alpha Multiplier", "Alpha Offset"};
 
 class ImageModuleTest : public gui_test::PanelTest {
 protected:
@@ -52,7 +52,10 @@ protected:
         return static_cast<int>(std::count_if(std::begin(kFactorRows), std::end(kFactorRows),
                                               [&](const char* row) { return gui_test::Shown(panel_, row); }));
     }
-    CEGUI::ToggleButton* Box(const std::string& caption) { return gui_test::Control<CEGUI::ToggleButton>(panel_, caption); }
+    CEGUI::ToggleButton* Box(const std::string& caption)
+    {
+        return gui_test::Control<CEGUI::ToggleButton>(panel_, caption);
+    }
     std::string StateFile() const { return engine_.GetIntermediateDirectory() + "ImageResourceState0.bin"; }
 
     testing_support::FakeEngine engine_;
@@ -105,8 +108,7 @@ TEST_F(ImageModuleTest, ColorTransformationShowsItsFieldsAndSurvivesTheStateStre
         bool withFlag, accepted;
     };
     for (const Case& c : {Case{0, 0, true, true}, Case{1, 0, true, false}, Case{0, 1, true, false},
-                          Case{0, 0, false, false}})
-    {
+                          Case{0, 0, false, false}}) {
         {
             std::ofstream file(StateFile(), std::ios::binary | std::ios::trunc);
             runa::BinaryWriter writer(file);
@@ -159,7 +161,8 @@ TEST(GraphResource, SetDataCountsXInFloatsReplacesThePointsAndRebuildsTheGadgets
     graph->SetData(given);
     EXPECT_EQ(graph->GetPoints(), given);
     EXPECT_EQ(gadget->GetRenderer()->GetPointCount(), 2u);
-    EXPECT_EQ(gui_test::InitializedGadget<GraphGadget>(*graph)->GetRenderer()->GetDataMin(), glm::vec2(-1.0f, -8.0f));
+    EXPECT_EQ(gui_test::InitializedGadget<GraphGadget>(*graph)->GetRenderer()->GetDataMin(),
+              glm::vec2(-1.0f, -8.0f));
     EXPECT_EQ(resets.count, 2);
 
     graph->SetData(std::vector<float>{});

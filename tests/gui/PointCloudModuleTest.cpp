@@ -93,7 +93,8 @@ TEST(PointCloudResource, CopiesColourSetsAndFloatDataWithRangesThatIncludeZero)
 {
     tesk::PointCloud cloud = RichCloud();
     cloud.AddUVProperty("uv", std::vector<glm::vec2>(4));
-    cloud.AddFloatProperty("Depth", std::vector<float>{-3.0f, -1.0f, std::numeric_limits<float>::infinity(), -2.0f});
+    cloud.AddFloatProperty("Depth",
+                           std::vector<float>{-3.0f, -1.0f, std::numeric_limits<float>::infinity(), -2.0f});
     cloud.AddColorProperty("Scanner", std::vector<tesk::Color3b>(4, tesk::Color3b(255, 0, 128)));
     PointCloudResource resource("rich", cloud);
 
@@ -106,8 +107,10 @@ TEST(PointCloudResource, CopiesColourSetsAndFloatDataWithRangesThatIncludeZero)
     ASSERT_NE(bytes, nullptr);
     EXPECT_EQ(bytes->at(3), tesk::Color3b(255, 0, 128));
     // Values in 5..10 get the range 0..10; all-negative data gets -3..0; infinities stay out.
-    EXPECT_EQ(glm::vec2(resource.GetFDataOption(0).minimum, resource.GetFDataOption(0).maximum), glm::vec2(0, 10));
-    EXPECT_EQ(glm::vec2(resource.GetFDataOption(1).minimum, resource.GetFDataOption(1).maximum), glm::vec2(-3, 0));
+    EXPECT_EQ(glm::vec2(resource.GetFDataOption(0).minimum, resource.GetFDataOption(0).maximum),
+              glm::vec2(0, 10));
+    EXPECT_EQ(glm::vec2(resource.GetFDataOption(1).minimum, resource.GetFDataOption(1).maximum),
+              glm::vec2(-3, 0));
     EXPECT_THROW(resource.GetColoringOption(3), std::out_of_range);
     EXPECT_THROW(resource.GetFDataOption(2), std::out_of_range);
 
@@ -123,7 +126,8 @@ TEST(PointCloudGadget, DataMappingScalesByTheCorrectionAndSaturates)
     EXPECT_FLOAT_EQ(ColoringChoice::MapParameter(2.0f, 0.0f, 10.0f, 4.0f), 0.8f);
     EXPECT_FLOAT_EQ(ColoringChoice::MapParameter(5.0f, 0.0f, 10.0f, 4.0f), 1.0f);
     EXPECT_FLOAT_EQ(ColoringChoice::MapParameter(-1.0f, -3.0f, 0.0f, 1.0f), 2.0f / 3.0f);
-    EXPECT_FLOAT_EQ(ColoringChoice::MapParameter(0.0f, 0.0f, 0.0f, 1.0f), 0.0f) << "no range, no division by zero";
+    EXPECT_FLOAT_EQ(ColoringChoice::MapParameter(0.0f, 0.0f, 0.0f, 1.0f), 0.0f)
+        << "no range, no division by zero";
 
     // Data mapping itself reaching the screen is the engine tier's case.
     testing_support::FakeEngine engine;
@@ -285,16 +289,17 @@ TEST_F(PointCloudPanelTest, HeaderAndColourSourcesFollowTheCloud)
     auto richResource = std::make_shared<PointCloudResource>("rich", RichCloud());
     vexa::GuiGenerator generator(richResource->GetId(), panel_);
     MakeGadget(richResource)->GenerateGui(generator);
-    EXPECT_NE(gui_test::Joined(panel_).find("Color source|Material|Normals|Colors|Data Mapping\n"), std::string::npos)
+    EXPECT_NE(gui_test::Joined(panel_).find("Color source|Material|Normals|Colors|Data Mapping\n"),
+              std::string::npos)
         << gui_test::Joined(panel_);
 }
 
 TEST(ScanGadget, MarkerTurnFollowsTheScansCameraBasis)
 {
     // Every branch of the conversion (largest w, x, y or z) gives back the same rotation.
-    for (const glm::vec3& axis : {glm::vec3(1, 0, 0), glm::vec3(0, 1, 0), glm::vec3(0, 0, 1), glm::vec3(1, 1, 1)})
-        for (float angle : {0.5f, 2.0f, 3.1f})
-        {
+    for (const glm::vec3& axis :
+         {glm::vec3(1, 0, 0), glm::vec3(0, 1, 0), glm::vec3(0, 0, 1), glm::vec3(1, 1, 1)})
+        for (float angle : {0.5f, 2.0f, 3.1f}) {
             const glm::mat3 basis(glm::rotate(glm::mat4(1.0f), angle, axis));
             const glm::mat3 back = glm::mat3_cast(ScanGadget::BasisToRotation(basis));
             for (int c = 0; c < 3; ++c)

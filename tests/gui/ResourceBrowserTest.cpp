@@ -163,8 +163,7 @@ TEST_F(ResourceInspectorTest, PickingAResourceOnlyReportsItAndTheSelectionBlinks
     EXPECT_EQ(picked_.size(), 1u) << "showing the selection is no new pick";
 
     // The first pulse is the frame that built the list.
-    for (const auto& [pulse, alpha] : {std::pair{0.5f, 1.0f}, {0.2f, 0.1f}, {0.2f, 1.0f}, {0.6f, 0.1f}})
-    {
+    for (const auto& [pulse, alpha] : {std::pair{0.5f, 1.0f}, {0.2f, 0.1f}, {0.2f, 1.0f}, {0.6f, 0.1f}}) {
         CEGUI::System::getSingleton().injectTimePulse(pulse);
         EXPECT_NEAR(Item("c")->getAlpha(), alpha, 0.02f);
     }
@@ -177,7 +176,8 @@ TEST_F(ResourceInspectorTest, PickingAResourceOnlyReportsItAndTheSelectionBlinks
 TEST_F(ResourceInspectorTest, OnlyChangesRebuildTheList)
 {
     for (int i = 0; i < 50; ++i)
-        inspector_->InsertResource(ResourceId("group" + std::to_string(i % 5) + "/item" + std::to_string(i), "Cloud"));
+        inspector_->InsertResource(
+            ResourceId("group" + std::to_string(i % 5) + "/item" + std::to_string(i), "Cloud"));
     Shown();
     const std::size_t rebuilds = inspector_->GetRebuildCount();
     for (int i = 0; i < 10; ++i)

@@ -1,9 +1,9 @@
+#include "gui/Sidebar.h"
 #include "core/Notifications.h"
 #include "core/Viewarea.h"
 #include "gui/GuiPanel.h"
 #include "gui/GuiResourceBrowser.h"
 #include "gui/GuiStylingPanel.h"
-#include "gui/Sidebar.h"
 #include "scene/GadgetManager.h"
 
 #include <vexa/GuiGenerator.h>
@@ -23,10 +23,7 @@ using testing_support::FakeEngine;
 
 class MaterialGadget final : public vexa::Gadget {
 public:
-    explicit MaterialGadget(const vexa::Resource* resource)
-        : Gadget(resource)
-    {
-    }
+    explicit MaterialGadget(const vexa::Resource* resource) : Gadget(resource) {}
     void Initialize() override
     {
         LoadState();
@@ -42,10 +39,7 @@ public:
 
 class MaterialResource final : public vexa::Resource {
 public:
-    explicit MaterialResource(const std::string& name)
-        : Resource(name, "MeshResource")
-    {
-    }
+    explicit MaterialResource(const std::string& name) : Resource(name, "MeshResource") {}
     std::shared_ptr<vexa::Gadget> CreateGadget() override { return std::make_shared<MaterialGadget>(this); }
 };
 
@@ -92,7 +86,9 @@ TEST_F(GuiPanelTest, PanelsAreNumberedStartAsHeaderOnlyAndKeepTheHeaderHeightWhi
     client->setHeight(CEGUI::UDim(0, 100));
     EXPECT_FLOAT_EQ(Height(panel.GetWindow()), 124.0f);
 
-    const auto clickHeader = [&] { Fire(panel.GetHeader(), CEGUI::Window::EventMouseButtonUp, CEGUI::Window::EventNamespace); };
+    const auto clickHeader = [&] {
+        Fire(panel.GetHeader(), CEGUI::Window::EventMouseButtonUp, CEGUI::Window::EventNamespace);
+    };
     clickHeader();
     EXPECT_TRUE(panel.IsCollapsed());
     EXPECT_FALSE(client->isVisible());
@@ -155,7 +151,8 @@ TEST_F(SidebarTest, GadgetsBringTheirPanelsAndTakeThemAway)
     EXPECT_FALSE(panel->GetButton("btn_pin")->isVisible()) << "only the selected resource shows its pin";
 
     // Without its colour the material starts at "Use lighting" (its rows: StylingRowsTest).
-    auto* lighting = static_cast<CEGUI::ToggleButton*>(panel->GetClientWindow()->getChild("generated_element_0/dynamic_control"));
+    auto* lighting = static_cast<CEGUI::ToggleButton*>(
+        panel->GetClientWindow()->getChild("generated_element_0/dynamic_control"));
     const float lit = Height(panel->GetWindow());
     lighting->setSelected(false);
     EXPECT_LT(Height(panel->GetWindow()), lit) << "the panel follows its shrinking client";

@@ -90,8 +90,9 @@ TEST_F(SkeletonModuleTest, PanelOffersTheActionChoicesOnlyWithAnAction)
     {
         vexa::GuiGenerator generator(plain->GetId(), panel_);
         still->GenerateGui(generator);
-        EXPECT_EQ(gui_test::Joined(panel_), "Render Mode|Octahedron|Wired Octahedron|Stickman\nShow Joints\n"
-                                            "Enable Lighting\nShow Basis\n\nPosing Options|Rest Pose|Realtime\n");
+        EXPECT_EQ(gui_test::Joined(panel_),
+                  "Render Mode|Octahedron|Wired Octahedron|Stickman\nShow Joints\n"
+                  "Enable Lighting\nShow Basis\n\nPosing Options|Rest Pose|Realtime\n");
     }
     Renew();
     const Skeletons animated = std::make_shared<SkeletonResource>("animated", Bent(), Slide());
@@ -125,8 +126,7 @@ TEST_F(SkeletonModuleTest, AutoLoopsTheActionAndRealtimeFollowsOnlyNewPoses)
     const Skeletons resource = std::make_shared<SkeletonResource>("animated", Bent(), Slide());
     auto gadget = Make(resource);
     // Time steps and where the root is after each: the action loops over [1, 3).
-    for (const auto& [step, x] : {std::pair{0.5f, 0.5f}, {1.0f, 1.5f}, {1.0f, 0.5f}, {4.25f, 0.75f}})
-    {
+    for (const auto& [step, x] : {std::pair{0.5f, 0.5f}, {1.0f, 1.5f}, {1.0f, 0.5f}, {4.25f, 0.75f}}) {
         const int before = engine_.redrawRequests;
         gadget->Update(step);
         EXPECT_NEAR(RootX(*gadget), x, 1e-4f) << "after a step of " << step;
@@ -143,8 +143,7 @@ TEST_F(SkeletonModuleTest, AutoLoopsTheActionAndRealtimeFollowsOnlyNewPoses)
     const Skeletons held = std::make_shared<SkeletonResource>("held", Bent(), Slide(1.0f));
     auto holding = Make(held);
     // Idle steps ask for no redraw: Realtime without a new pose, a zero-length action.
-    for (int round = 0; round < 2; ++round)
-    {
+    for (int round = 0; round < 2; ++round) {
         const int before = engine_.redrawRequests;
         other->Update(0.1f);
         holding->Update(0.1f);
@@ -176,12 +175,14 @@ TEST_F(SkeletonModuleTest, StateRoundTripsAndDamagedRecordsKeepTheDefaults)
     EXPECT_EQ(Make(plain)->GetPosingOption(), SkeletonGadget::Realtime);
 
     // Hand-written records: first word, fields version, posing option, accepted.
-    for (const auto& [first, version, option, accepted] :
-         {std::tuple{0u, 0u, 0u, true}, {0u, 1u, 0u, true}, {1u, 1u, 0u, false}, {0u, 2u, 0u, false},
-          {0u, 1u, 4u, false}})
-    {
+    for (const auto& [first, version, option, accepted] : {std::tuple{0u, 0u, 0u, true},
+                                                           {0u, 1u, 0u, true},
+                                                           {1u, 1u, 0u, false},
+                                                           {0u, 2u, 0u, false},
+                                                           {0u, 1u, 4u, false}}) {
         {
-            std::ofstream file(engine_.GetIntermediateDirectory() + "SkeletonResourceState0.bin", std::ios::binary);
+            std::ofstream file(engine_.GetIntermediateDirectory() + "SkeletonResourceState0.bin",
+                               std::ios::binary);
             runa::BinaryWriter(file).Write(0u).Write(first);
             vexa::draw::SkeletonStyle().WriteToStream(file);
             runa::BinaryWriter(file).Write(version).Write(1.25f).Write(option);

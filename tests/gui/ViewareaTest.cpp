@@ -98,8 +98,14 @@ protected:
         engine_.viewareaMarks = 0;
     }
 
-    nubo::Combobox* Combo(const char* name) const { return static_cast<nubo::Combobox*>(popup_->getChild(name)); }
-    CEGUI::Spinner* Spinner(const char* name) const { return static_cast<CEGUI::Spinner*>(popup_->getChild(name)); }
+    nubo::Combobox* Combo(const char* name) const
+    {
+        return static_cast<nubo::Combobox*>(popup_->getChild(name));
+    }
+    CEGUI::Spinner* Spinner(const char* name) const
+    {
+        return static_cast<CEGUI::Spinner*>(popup_->getChild(name));
+    }
 
     FakeEngine engine_;
     vexa::Viewarea area_{0, gui_test::Root()};

@@ -79,7 +79,8 @@ TEST(ArrayPanel, NestedPanelGrowsItsParent)
     auto* outer = holder.As<ArrayPanel>();
     outer->SetPadding(10.0f);
     outer->SetElementSpacing(2.0f);
-    auto* inner = static_cast<ArrayPanel*>(CEGUI::WindowManager::getSingleton().createWindow(ArrayPanel::WidgetTypeName));
+    auto* inner = static_cast<ArrayPanel*>(
+        CEGUI::WindowManager::getSingleton().createWindow(ArrayPanel::WidgetTypeName));
     inner->SetPadding(5.0f);
     inner->SetElementSpacing(1.0f);
     outer->addChild(inner);

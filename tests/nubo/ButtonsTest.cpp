@@ -11,8 +11,7 @@ TEST(Buttons, EveryPressOfAQuickSeriesCounts)
 {
     nubo::GuiSystem& gui = nubo_test::SharedGui();
     float top = 200.0f;
-    for (const char* type : {"DarkVexa/PushButton", "DarkVexa/Checkbox"})
-    {
+    for (const char* type : {"DarkVexa/PushButton", "DarkVexa/Checkbox"}) {
         nubo_test::ScopedWindow window(type);
         top += 100.0f;
         nubo_test::Place(window.get(), 200, top, 120, 24);
@@ -24,8 +23,7 @@ TEST(Buttons, EveryPressOfAQuickSeriesCounts)
         auto* toggle = dynamic_cast<CEGUI::ToggleButton*>(window.get());
         gui.InjectMouseMove(210.0f, top + 10.0f);
         const int presses = toggle != nullptr ? 2 : 3;
-        for (int i = 0; i < presses; ++i)
-        {
+        for (int i = 0; i < presses; ++i) {
             gui.InjectMouseDown(CEGUI::LeftButton);
             gui.InjectMouseUp(CEGUI::LeftButton);
         }

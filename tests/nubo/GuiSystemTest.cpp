@@ -87,7 +87,8 @@ TEST(GuiSystem, TypedCharactersAndKeysEditTheFocusedEditbox)
     EXPECT_TRUE(gui.InjectKeyDown(CEGUI::Key::Backspace));
     gui.InjectKeyUp(CEGUI::Key::Backspace);
     gui.InjectChar(0x00E9); // é
-    EXPECT_EQ(Text(edit.get()), "ab" "\xC3\xA9");
+    EXPECT_EQ(Text(edit.get()), "ab"
+                                "\xC3\xA9");
     EXPECT_FALSE(gui.InjectKeyDown(CEGUI::Key::Unknown));
     EXPECT_TRUE(gui.IsTypingText());
 
@@ -100,7 +101,8 @@ TEST(GuiSystem, TypedCharactersAndKeysEditTheFocusedEditbox)
     EXPECT_FALSE(gui.InjectKeyDown(CEGUI::Key::Tab));
     EXPECT_FALSE(gui.InjectKeyUp(CEGUI::Key::Tab));
     EXPECT_FALSE(gui.InjectChar('q'));
-    EXPECT_EQ(Text(edit.get()), "ab" "\xC3\xA9");
+    EXPECT_EQ(Text(edit.get()), "ab"
+                                "\xC3\xA9");
 }
 
 TEST(GuiSystem, DirtyUntilDrawn)
@@ -161,7 +163,8 @@ TEST(GuiSystem, BrokenSchemeFailsCleanlyAndAllowsANewStart)
         EXPECT_FALSE(gui.InitializeHeadless(directory.string()));
         bool named = false;
         for (const auto& message : log.messages)
-            named |= message.level == rlog::Level::Failure && message.label == "nubo::GuiSystem::InitializeHeadless" &&
+            named |= message.level == rlog::Level::Failure &&
+                     message.label == "nubo::GuiSystem::InitializeHeadless" &&
                      message.message.find("Missing.looknfeel") != std::string::npos;
         EXPECT_TRUE(named) << "the failure names the file CEGUI could not read";
         EXPECT_FALSE(gui.IsInitialized());

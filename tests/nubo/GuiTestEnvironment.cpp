@@ -11,7 +11,10 @@ constexpr int kDisplayHeight = 800;
 
 class GuiEnvironment : public ::testing::Environment {
 public:
-    void SetUp() override { ASSERT_TRUE(RestartSharedGui()) << "the DarkVexa scheme in " << kResourceDirectory; }
+    void SetUp() override
+    {
+        ASSERT_TRUE(RestartSharedGui()) << "the DarkVexa scheme in " << kResourceDirectory;
+    }
     void TearDown() override { SharedGui().Terminate(); }
 };
 

@@ -94,7 +94,8 @@ TEST(Look, WidgetsBehaveAsTheViewerNeeds)
     nubo::GuiSystem& gui = nubo_test::SharedGui();
     LogCapture log;
     ScopedWindow spinner("DarkVexa/Spinner");
-    EXPECT_TRUE(dynamic_cast<CEGUI::PushButton*>(spinner->getChild("__auto_incbtn__"))->isMouseAutoRepeatEnabled())
+    EXPECT_TRUE(
+        dynamic_cast<CEGUI::PushButton*>(spinner->getChild("__auto_incbtn__"))->isMouseAutoRepeatEnabled())
         << "spinner arrows repeat while held";
     ScopedWindow header("DarkVexa/Panel");
     ScopedWindow title("DarkVexa/Label", header.get());
@@ -102,7 +103,8 @@ TEST(Look, WidgetsBehaveAsTheViewerNeeds)
 
     ScopedWindow list("DarkVexa/ItemListbox");
     nubo_test::Place(list.get(), 6, 60, 200, 200);
-    auto* item = static_cast<CEGUI::ItemEntry*>(CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/ListboxItem"));
+    auto* item = static_cast<CEGUI::ItemEntry*>(
+        CEGUI::WindowManager::getSingleton().createWindow("DarkVexa/ListboxItem"));
     item->setText("a/");
     list.As<CEGUI::ItemListbox>()->addItem(item);
     EXPECT_TRUE(item->isSelectable());

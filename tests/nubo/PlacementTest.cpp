@@ -30,8 +30,8 @@ TEST(Placement, ThemesRecolourButtonsAndDefaultRestoresTheLook)
     ScopedWindow button("DarkVexa/PushButton");
     const char* names[] = {"NormalColour", "HoverColour", "PushedColour", "TextColour"};
 
-    for (const auto theme : {nubo::PushButtonTheme::Accent, nubo::PushButtonTheme::Positive,
-                             nubo::PushButtonTheme::Flat}) {
+    for (const auto theme :
+         {nubo::PushButtonTheme::Accent, nubo::PushButtonTheme::Positive, nubo::PushButtonTheme::Flat}) {
         nubo::SetTheme(theme, button.get());
         EXPECT_NE(button->getProperty("NormalColour"), fresh->getProperty("NormalColour")) << int(theme);
     }

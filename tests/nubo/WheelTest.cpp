@@ -19,13 +19,16 @@ TEST(Wheel, ScrollsThePaneUnderThePointerUnlessAWidgetUsesIt)
     // pane.
     CEGUI::WindowManager& windows = CEGUI::WindowManager::getSingleton();
     CEGUI::Window* panel = windows.createWindow("DefaultWindow");
-    panel->setArea(CEGUI::UVector2(CEGUI::UDim(0, 0), CEGUI::UDim(0, 0)), CEGUI::USize(CEGUI::UDim(0, 180), CEGUI::UDim(0, 900)));
+    panel->setArea(CEGUI::UVector2(CEGUI::UDim(0, 0), CEGUI::UDim(0, 0)),
+                   CEGUI::USize(CEGUI::UDim(0, 180), CEGUI::UDim(0, 900)));
     pane->addChild(panel);
     CEGUI::Window* label = windows.createWindow("DarkVexa/Label");
-    label->setArea(CEGUI::UVector2(CEGUI::UDim(0, 0), CEGUI::UDim(0, 0)), CEGUI::USize(CEGUI::UDim(1, 0), CEGUI::UDim(1, 0)));
+    label->setArea(CEGUI::UVector2(CEGUI::UDim(0, 0), CEGUI::UDim(0, 0)),
+                   CEGUI::USize(CEGUI::UDim(1, 0), CEGUI::UDim(1, 0)));
     panel->addChild(label);
     CEGUI::Window* slider = windows.createWindow("DarkVexa/Slider");
-    slider->setArea(CEGUI::UVector2(CEGUI::UDim(0, 0), CEGUI::UDim(0, 0)), CEGUI::USize(CEGUI::UDim(0, 180), CEGUI::UDim(0, 20)));
+    slider->setArea(CEGUI::UVector2(CEGUI::UDim(0, 0), CEGUI::UDim(0, 0)),
+                    CEGUI::USize(CEGUI::UDim(0, 180), CEGUI::UDim(0, 20)));
     label->addChild(slider);
     CEGUI::Scrollbar* bar = pane->getVertScrollbar();
 

@@ -54,9 +54,11 @@ TEST_F(GlTest, ArrayObjectUploadsOnceFreesItsCopyAndUpdatesInPlace)
 
     // Indexed drawing of only the first triangle of two.
     const std::vector<float> quad = {-1.f, -1.f, 1.f, -1.f, -1.f, 1.f, 1.f, 1.f};
-    const std::vector<std::uint8_t> quadColors = {255, 0, 0, 255, 255, 0, 0, 255, 255, 0, 0, 255, 255, 0, 0, 255};
+    const std::vector<std::uint8_t> quadColors = {255, 0, 0, 255, 255, 0, 0, 255,
+                                                  255, 0, 0, 255, 255, 0, 0, 255};
     array.SetBuffer(0, plor::AsBytes(quad), {plor::Attribute{0, 2, plor::DataType::Float}});
-    array.SetBuffer(1, plor::AsBytes(quadColors), {plor::Attribute{1, 4, plor::DataType::UnsignedByte, true}});
+    array.SetBuffer(1, plor::AsBytes(quadColors),
+                    {plor::Attribute{1, 4, plor::DataType::UnsignedByte, true}});
     const std::array<std::uint32_t, 6> indices = {0, 1, 2, 2, 1, 3};
     array.SetIndices(indices);
     EXPECT_EQ(array.GetIndexCount(), 6u);
@@ -79,7 +81,8 @@ TEST_F(GlTest, ArrayObjectUploadsOnceFreesItsCopyAndUpdatesInPlace)
 TEST_F(GlTest, IntegerAttributesReachTheShaderUnconverted)
 {
     plor::Program program("ids");
-    program.AddStageSource(plor::ShaderStage::Vertex, R"(#version 330 core
+    program
+        .AddStageSource(plor::ShaderStage::Vertex, R"(#version 330 core
 layout(location = 0) in vec2 position;
 layout(location = 2) in uint id;
 flat out uint vertexId;
@@ -125,7 +128,8 @@ TEST_F(GlTest, ArrayObjectMisuseIsReportedWithoutGlErrors)
     testing_support::LogCapture log;
     const std::vector<float> values = {1.f};
     array.UpdateBuffer(2, plor::AsBytes(values));
-    EXPECT_TRUE(log.Contains("Buffer slot 2 was never set; use SetBuffer first", "plor::ArrayObject::UpdateBuffer"));
+    EXPECT_TRUE(
+        log.Contains("Buffer slot 2 was never set; use SetBuffer first", "plor::ArrayObject::UpdateBuffer"));
     EXPECT_EQ(array.PendingBytes(), 0u);
 
     // Nothing to draw, or past the end: no draw call, no error.

@@ -14,7 +14,8 @@ TEST_F(GlTest, ContextIsCoreThreeThreeWithDriverStrings)
     EXPECT_FALSE(plor::GetGlVendor().empty());
     const std::string version = plor::GetGlVersionString();
     const runa::Version parsed = plor::GetGlVersion();
-    EXPECT_EQ(version.rfind(std::to_string(parsed.major) + "." + std::to_string(parsed.minor), 0), 0u) << version;
+    EXPECT_EQ(version.rfind(std::to_string(parsed.major) + "." + std::to_string(parsed.minor), 0), 0u)
+        << version;
 }
 
 TEST_F(GlTest, LastGlErrorNamesAndDrainsErrors)

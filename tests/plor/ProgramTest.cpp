@@ -62,7 +62,8 @@ TEST_F(GlTest, ProgramsFromFilesGetDefinesAndSurviveABrokenRebuild)
 {
     const std::filesystem::path directory = std::filesystem::path(testing::TempDir()) / "plor_program_test";
     WriteFile(directory / "test/fill.vert", plor_test::kFullScreenVertex);
-    const std::string fragment = "#version 330 core\nout vec4 fragColor;\nvoid main()\n{\n    fragColor = FILL_COLOR;\n}\n";
+    const std::string fragment =
+        "#version 330 core\nout vec4 fragColor;\nvoid main()\n{\n    fragColor = FILL_COLOR;\n}\n";
     WriteFile(directory / "test/fill.frag", fragment);
     plor::SetShaderBuildDirectory(directory.string());
     EXPECT_EQ(plor::GetShaderBuildDirectory(), directory.string() + "/");
@@ -78,7 +79,8 @@ TEST_F(GlTest, ProgramsFromFilesGetDefinesAndSurviveABrokenRebuild)
     const unsigned int firstId = program->GetId();
 
     // A syntax error on line 5 of the file: reported with the file and the driver's log.
-    WriteFile(directory / "test/fill.frag", "#version 330 core\nout vec4 fragColor;\nvoid main()\n{\n    fragColor = ;\n}\n");
+    WriteFile(directory / "test/fill.frag",
+              "#version 330 core\nout vec4 fragColor;\nvoid main()\n{\n    fragColor = ;\n}\n");
     testing_support::LogCapture log;
     EXPECT_FALSE(programs.ReloadAll());
     ASSERT_EQ(log.messages.size(), 1u);

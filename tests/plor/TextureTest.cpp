@@ -5,7 +5,6 @@
 #include <plor/Program.h>
 #include <plor/Texture.h>
 
-
 namespace {
 
 using plor_test::GlTest;
@@ -48,7 +47,8 @@ protected:
 TEST_F(TextureTest, ImagesSampleBackInTheirLayout)
 {
     // 2x2 RGBA: red, green / blue, white, top row first.
-    const std::vector<std::uint8_t> rgba = {255, 0, 0, 255, 0, 255, 0, 255, 0, 0, 255, 255, 255, 255, 255, 255};
+    const std::vector<std::uint8_t> rgba = {255, 0, 0,   255, 0,   255, 0,   255,
+                                            0,   0, 255, 255, 255, 255, 255, 255};
     plor::Texture texture(tesk::Image(2, 2, 4, rgba));
     texture.SetFilter(plor::TextureFilter::Nearest);
     EXPECT_EQ(texture.GetId(), 0u); // nothing on the GPU before the first Bind
@@ -61,7 +61,8 @@ TEST_F(TextureTest, ImagesSampleBackInTheirLayout)
     EXPECT_EQ(PixelAt(kSize - 8, kSize - 8), (Rgba{255, 255, 255, 255}));
 
     // Rows of 3 x 3 bytes are not 4-byte aligned.
-    const std::vector<std::uint8_t> rgb = {255, 0, 0, 0, 255, 0, 0, 0, 255, 10, 20, 30, 40, 50, 60, 70, 80, 90};
+    const std::vector<std::uint8_t> rgb = {255, 0,  0,  0,  255, 0,  0,  0,  255,
+                                           10,  20, 30, 40, 50,  60, 70, 80, 90};
     texture.SetImage(tesk::Image(3, 2, 3, rgb));
     Show(texture);
     EXPECT_EQ(PixelAt(kSize / 2, 8), (Rgba{0, 255, 0, 255}));

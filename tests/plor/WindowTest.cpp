@@ -61,7 +61,8 @@ struct Recorder : plor::WindowEventObserver {
     }
     void OnMouseDown(plor::MouseButton button, const plor::Modifiers& mods) override
     {
-        events.push_back("down " + std::to_string(static_cast<int>(button)) + " " + std::to_string(mods.ToBits()));
+        events.push_back("down " + std::to_string(static_cast<int>(button)) + " " +
+                         std::to_string(mods.ToBits()));
     }
     void OnMouseUp(plor::MouseButton button, const plor::Modifiers&) override
     {
@@ -75,7 +76,10 @@ struct Recorder : plor::WindowEventObserver {
         if (removeOnKey)
             window->RemoveObserver(removeOnKey);
     }
-    void OnKeyUp(int key, const plor::Modifiers&) override { events.push_back("keyup " + std::to_string(key)); }
+    void OnKeyUp(int key, const plor::Modifiers&) override
+    {
+        events.push_back("keyup " + std::to_string(key));
+    }
     void OnChar(unsigned int codepoint) override { events.push_back("char " + std::to_string(codepoint)); }
     void OnFilesDropped(const std::vector<std::string>& paths) override
     {
@@ -85,7 +89,10 @@ struct Recorder : plor::WindowEventObserver {
     {
         events.push_back("fb " + std::to_string(width) + "x" + std::to_string(height));
     }
-    void OnWindowIconified(bool iconified) override { events.push_back(iconified ? "iconified" : "restored"); }
+    void OnWindowIconified(bool iconified) override
+    {
+        events.push_back(iconified ? "iconified" : "restored");
+    }
 };
 
 TEST_F(GlTest, EventsReachObserversByMask)
@@ -111,7 +118,8 @@ TEST_F(GlTest, EventsReachObserversByMask)
     plor::WindowCallbacks::FramebufferSize(handle, 128, 96);
     plor::WindowCallbacks::Iconify(handle, GLFW_TRUE);
 
-    const std::vector<std::string> mouse = {"move 10.500000 20.250000", "down 1 2", "up 1", "wheel -2.000000"};
+    const std::vector<std::string> mouse = {"move 10.500000 20.250000", "down 1 2", "up 1",
+                                            "wheel -2.000000"};
     EXPECT_EQ(mouseOnly.events, mouse);
     EXPECT_EQ(windowOnly.events, (std::vector<std::string>{"fb 128x96", "iconified"}));
     std::vector<std::string> expected = mouse;

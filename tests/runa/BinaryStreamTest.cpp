@@ -30,8 +30,14 @@ void* operator new(std::size_t size)
 // GCC pairs the inlined malloc with a call to delete and mistakes the pair for a mismatch.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
 #pragma GCC diagnostic pop
 
 namespace {
@@ -78,13 +84,12 @@ TEST(BinaryStream, WritesLittleEndian)
     EXPECT_TRUE(writer.Good());
 
     const std::vector<unsigned char> expected = {
-        0x04, 0x03, 0x02, 0x01, // u32
-        0xFE, 0xFF,             // i16 -2
-        0x00, 0x00, 0x80, 0x3F, // 1.0f
-        0x01, 0x00,             // bools are one byte
-        0xB0, 0xA0,             // enum in its underlying width
-        0x02, 0x00, 0x00, 0x00, 'a', 'b',
-        0x03, 0x00, 0x00, 0x00, // version word
+        0x04, 0x03, 0x02, 0x01,                                   // u32
+        0xFE, 0xFF,                                               // i16 -2
+        0x00, 0x00, 0x80, 0x3F,                                   // 1.0f
+        0x01, 0x00,                                               // bools are one byte
+        0xB0, 0xA0,                                               // enum in its underlying width
+        0x02, 0x00, 0x00, 0x00, 'a', 'b', 0x03, 0x00, 0x00, 0x00, // version word
     };
     EXPECT_EQ(Bytes(stream), expected);
 }
@@ -174,7 +179,7 @@ TEST(BinaryStream, TruncationAtEveryOffsetFailsOnceAndKeepsTargets)
         bool flag = false;
         std::uint64_t big = 1234;
         // Every read is attempted so that reads past the end are seen to stay quiet.
-        const bool results[] = {reader.Read(version), reader.Read(small),  reader.Read(single),
+        const bool results[] = {reader.Read(version), reader.Read(small),      reader.Read(single),
                                 reader.Read(wide),    reader.ReadString(text), reader.Read(flag),
                                 reader.Read(big)};
         for (int field = 0; field < 7; ++field)
@@ -194,7 +199,8 @@ TEST(BinaryStream, TruncationAtEveryOffsetFailsOnceAndKeepsTargets)
         EXPECT_EQ(log.messages[0].level, rlog::Level::Warning);
         EXPECT_EQ(log.messages[0].label, "test::Record");
         if (size == 5) {
-            EXPECT_EQ(log.messages[0].message, "Stream is truncated: wanted 2 bytes at byte offset 4, only 1 left");
+            EXPECT_EQ(log.messages[0].message,
+                      "Stream is truncated: wanted 2 bytes at byte offset 4, only 1 left");
         }
     }
 }

@@ -59,8 +59,12 @@ bool ReadWritten(T& target, const std::function<void(BinaryWriter&)>& write)
 TEST(SpaceDefinition, JsonOfDefaultAndPresetShowsNegativeZeros)
 {
     const auto expected = [](const char* id, const char* up, const char* category) {
-        return nlohmann::json{{"id", id}, {"up", up}, {"forward", "0.000000, 0.000000, 1.000000"},
-                              {"handedness", "right"}, {"category", category}, {"units", "mm"}};
+        return nlohmann::json{{"id", id},
+                              {"up", up},
+                              {"forward", "0.000000, 0.000000, 1.000000"},
+                              {"handedness", "right"},
+                              {"category", category},
+                              {"units", "mm"}};
     };
     nlohmann::json json = nlohmann::json::object();
     SpaceDefinition().WriteJson(json);
@@ -102,13 +106,17 @@ TEST(SpaceDefinition, UnknownUnitsThrowAndPresetsCompareByValue)
 
 TEST(SpaceDefinition, StreamLayoutAndRoundTrip)
 {
-    const SpaceDefinition written("abc", SpaceCategory::Camera, LengthUnit::Inch, Axis::NegY,
-                                  Axis::PosX, false);
+    const SpaceDefinition written("abc", SpaceCategory::Camera, LengthUnit::Inch, Axis::NegY, Axis::PosX,
+                                  false);
     std::stringstream stream;
     // Through the base reference: the derived part must still be written and read.
     const BasisDefinition& asBasis = written;
     asBasis.WriteToStream(stream);
-    const std::string expected("\x01\x03\x00\x00\x00" "abc" "\x04\x00\x00" "\x02\x09\x01", 14);
+    const std::string expected("\x01\x03\x00\x00\x00"
+                               "abc"
+                               "\x04\x00\x00"
+                               "\x02\x09\x01",
+                               14);
     EXPECT_EQ(stream.str(), expected);
 
     SpaceDefinition read = SpaceDefinition::TivraMarker;
@@ -139,7 +147,8 @@ TEST(SpaceDefinition, OlderRecordVersions)
         WriteBasis(w, 1, "v1");
         w.Write(std::uint8_t{1}).Write(std::uint8_t{LengthUnit::Foot});
     }));
-    EXPECT_EQ(space, SpaceDefinition("v1", SpaceCategory::Marker, LengthUnit::Foot, Axis::NegY, Axis::PosX, false));
+    EXPECT_EQ(space,
+              SpaceDefinition("v1", SpaceCategory::Marker, LengthUnit::Foot, Axis::NegY, Axis::PosX, false));
 
     // Derived version 0 repeats the name, and that copy wins.
     space = SpaceDefinition::TivraCamera;
@@ -147,8 +156,8 @@ TEST(SpaceDefinition, OlderRecordVersions)
         WriteBasis(w, 0, "");
         w.Write(std::uint8_t{0}).WriteString("derived").Write(std::uint8_t{LengthUnit::Meter});
     }));
-    EXPECT_EQ(space,
-              SpaceDefinition("derived", SpaceCategory::Camera, LengthUnit::Meter, Axis::NegY, Axis::PosX, false));
+    EXPECT_EQ(space, SpaceDefinition("derived", SpaceCategory::Camera, LengthUnit::Meter, Axis::NegY,
+                                     Axis::PosX, false));
     EXPECT_TRUE(log.messages.empty());
 }
 
@@ -173,8 +182,8 @@ TEST(SpaceDefinition, NewerRecordVersionsAreRejected)
 
 TEST(SpaceDefinition, TruncationAtEveryOffsetKeepsWhatWasRead)
 {
-    const SpaceDefinition written("abc", SpaceCategory::Camera, LengthUnit::Inch, Axis::NegY,
-                                  Axis::PosX, false);
+    const SpaceDefinition written("abc", SpaceCategory::Camera, LengthUnit::Inch, Axis::NegY, Axis::PosX,
+                                  false);
     std::stringstream full;
     written.WriteToStream(full);
     const std::string data = full.str();

@@ -11,8 +11,9 @@
 namespace {
 
 const tesk::ColorMap kAllMaps[] = {
-    tesk::ColorMap::Rainbow,   tesk::ColorMap::Thermal,   tesk::ColorMap::BlueToRed, tesk::ColorMap::RedToGreen,
-    tesk::ColorMap::Scattered, tesk::ColorMap::GrayScale, tesk::ColorMap::Colorful,
+    tesk::ColorMap::Rainbow,    tesk::ColorMap::Thermal,   tesk::ColorMap::BlueToRed,
+    tesk::ColorMap::RedToGreen, tesk::ColorMap::Scattered, tesk::ColorMap::GrayScale,
+    tesk::ColorMap::Colorful,
 };
 
 TEST(ColorMapTest, StoredValuesAndNamesAreFixed)
@@ -80,7 +81,8 @@ TEST(ColorMapTest, BulkMatchesSingleValuesAndReportsMismatchedOrUnknownInput)
         tesk::MapValuesToColors(values, mapping, map);
         ASSERT_EQ(mapping.size(), values.size());
         for (std::size_t i = 0; i < values.size(); ++i)
-            EXPECT_EQ(mapping[i], tesk::MapValueToColor(values[i], map)) << tesk::ColorMapName(map) << ' ' << i;
+            EXPECT_EQ(mapping[i], tesk::MapValueToColor(values[i], map))
+                << tesk::ColorMapName(map) << ' ' << i;
         EXPECT_EQ(tesk::MapValuesToColors(values, map), mapping);
     }
 
@@ -88,7 +90,8 @@ TEST(ColorMapTest, BulkMatchesSingleValuesAndReportsMismatchedOrUnknownInput)
     testing_support::LogCapture log;
     const float three[] = {0.0f, 1.0f, 0.5f};
     std::vector<tesk::Color3f> out(2, tesk::Color3f(0.25f, 0.25f, 0.25f));
-    tesk::MapValuesToColors(std::span<const float>(three), std::span<tesk::Color3f>(out), tesk::ColorMap::GrayScale);
+    tesk::MapValuesToColors(std::span<const float>(three), std::span<tesk::Color3f>(out),
+                            tesk::ColorMap::GrayScale);
     EXPECT_EQ(out[0], tesk::Color3f(0, 0, 0));
     EXPECT_EQ(out[1], tesk::Color3f(1, 1, 1));
     ASSERT_EQ(log.messages.size(), 1u);

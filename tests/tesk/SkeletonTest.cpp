@@ -3,8 +3,8 @@
 #include <tesk/Skeleton.h>
 #include <tesk/SkeletonAction.h>
 
-#include <glm/gtc/constants.hpp>
 #include "GlmNear.h"
+#include <glm/gtc/constants.hpp>
 
 #include <gtest/gtest.h>
 

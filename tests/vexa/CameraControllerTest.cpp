@@ -30,7 +30,8 @@ constexpr unsigned int kMiddle = CEGUI::MiddleMouse;
 void ExpectSameView(const Camera& actual, const Camera& expected, float tolerance = 1e-5f)
 {
     for (int c = 0; c < 4; ++c)
-        EXPECT_LE(glm::length(actual.GetViewMatrix()[c] - expected.GetViewMatrix()[c]), tolerance) << "column " << c;
+        EXPECT_LE(glm::length(actual.GetViewMatrix()[c] - expected.GetViewMatrix()[c]), tolerance)
+            << "column " << c;
     EXPECT_NEAR(glm::length(actual.GetTarget() - expected.GetTarget()), 0.0f, tolerance);
 }
 
@@ -119,7 +120,7 @@ TEST_F(CameraControllerTest, PressStartsOnlyTheExactBindingsOverAViewArea)
         {CEGUI::LeftButton, kLeft | kControl, CameraController::kDragRoll},
         {CEGUI::RightButton, kRight, CameraController::kDragDolly},
         {CEGUI::LeftButton, kLeft | CEGUI::Alt, CameraController::kDragNone}, // a key more than bound
-        {CEGUI::MiddleButton, kLeft, CameraController::kDragNone}, // another button than bound
+        {CEGUI::MiddleButton, kLeft, CameraController::kDragNone},            // another button than bound
     };
     controller.InjectMouseMove(250.0, 50.0);
     for (const auto& [button, mask, mode] : cases) {
@@ -178,7 +179,8 @@ TEST_F(CameraControllerTest, DragSteersOnlyTheActiveCameraAndOnlyRotationIsScale
 
     // Pan, dolly and roll take the raw pixels.
     const glm::vec2 a(350.0f, 50.0f), b(330.0f, 70.0f), c(330.0f, 40.0f), d(370.0f, 60.0f);
-    const auto expectLike = [&](auto gesture, glm::vec2 from, glm::vec2 to, CEGUI::MouseButton button, unsigned int mask) {
+    const auto expectLike = [&](auto gesture, glm::vec2 from, glm::vec2 to, CEGUI::MouseButton button,
+                                unsigned int mask) {
         const auto expected = Reference(3);
         ((*expected).*gesture)(from, to);
         Drag(from, to, button, mask);

@@ -132,7 +132,8 @@ TEST_F(CameraTest, ScreenRotateOrbitsTheTarget)
     camera.SetPose(Camera::Pose(glm::vec3(0.0f), glm::vec3(2.0f), glm::vec3(0.0f, 1.0f, 0.0f)));
     camera.SetFixedRotationEnabled(true);
     camera.ScreenRotate(glm::vec2(0.0f), glm::vec2(100.0f, 0.0f));
-    ExpectNear(camera.GetPosition(), glm::angleAxis(-0.5f, glm::vec3(0.0f, 1.0f, 0.0f)) * glm::vec3(2.0f), 1e-4f);
+    ExpectNear(camera.GetPosition(), glm::angleAxis(-0.5f, glm::vec3(0.0f, 1.0f, 0.0f)) * glm::vec3(2.0f),
+               1e-4f);
 }
 
 TEST_F(CameraTest, FixedRotationStopsShortOfThePoleButKeepsTurningHorizontally)
@@ -205,7 +206,8 @@ TEST_F(CameraTest, PosesCopiesAndFrustum)
     scene.SetViewport(glm::ivec4(0, 0, 800, 400));
     scene.SetNearFar(0.5f, 50.0f);
     camera.SetFixedRotationEnabled(true);
-    const Camera::Pose pose(glm::vec3(1.0f, 2.0f, 3.0f), glm::vec3(1.0f, 2.0f, 8.0f), glm::vec3(1.0f, 1.0f, 0.0f));
+    const Camera::Pose pose(glm::vec3(1.0f, 2.0f, 3.0f), glm::vec3(1.0f, 2.0f, 8.0f),
+                            glm::vec3(1.0f, 1.0f, 0.0f));
     camera.SetPose(pose);
     EXPECT_FALSE(camera.IsFixedRotationEnabled());
     EXPECT_EQ(camera.GetTarget(), pose.target);
@@ -236,7 +238,8 @@ TEST_F(CameraTest, PosesCopiesAndFrustum)
 TEST_F(CameraTest, InterpolateIsLinearWithSphericalUpAndCubicRunsThroughTheMiddlePoses)
 {
     const Camera::Pose a(glm::vec3(0.0f), glm::vec3(0.0f, 0.0f, 10.0f), glm::vec3(0.0f, 1.0f, 0.0f));
-    const Camera::Pose b(glm::vec3(2.0f, 4.0f, 6.0f), glm::vec3(10.0f, 0.0f, 10.0f), glm::vec3(1.0f, 0.0f, 0.0f));
+    const Camera::Pose b(glm::vec3(2.0f, 4.0f, 6.0f), glm::vec3(10.0f, 0.0f, 10.0f),
+                         glm::vec3(1.0f, 0.0f, 0.0f));
 
     const Camera::Pose start = vexa::Interpolate(a, b, 0.0f);
     EXPECT_EQ(std::tie(start.target, start.position), std::tie(a.target, a.position));
@@ -279,7 +282,8 @@ TEST_F(CameraTest, InterpolateIsLinearWithSphericalUpAndCubicRunsThroughTheMiddl
 
 TEST_F(CameraTest, StreamRoundTripAndBrokenRecords)
 {
-    camera.SetPose(Camera::Pose(glm::vec3(1.0f, 0.0f, -1.0f), glm::vec3(3.0f, 4.0f, 5.0f), glm::vec3(1.0f, 0.0f, 0.0f)));
+    camera.SetPose(
+        Camera::Pose(glm::vec3(1.0f, 0.0f, -1.0f), glm::vec3(3.0f, 4.0f, 5.0f), glm::vec3(1.0f, 0.0f, 0.0f)));
     camera.SetFixedRotationAxis(glm::vec3(0.0f, 0.0f, 2.0f));
 
     std::stringstream stream;

@@ -14,7 +14,8 @@ using testing_support::LogCapture;
 
 namespace {
 
-const char* const kCompositeMessage = "Composite must have two parameters (percents and pixels) separated by a \",\"";
+const char* const kCompositeMessage =
+    "Composite must have two parameters (percents and pixels) separated by a \",\"";
 const char* const kPositionMessage = "Position must contain two composites (x and y) separated by a \";\"";
 const char* const kSizeMessage = "Size must contain two composites (width and height) separated by a \";\"";
 
@@ -49,7 +50,8 @@ TEST(CompositeCoordinates, WrongPartCountIsLoggedOnceByInnermostParser)
         std::string label;
     } cases[] = {
         {[] { StringToCompositeFloat("0.5"); }, kCompositeMessage, composite},
-        {[] { StringToCompositePosition("0,0;0,0;0,0"); }, kPositionMessage, "vexa::StringToCompositePosition"},
+        {[] { StringToCompositePosition("0,0;0,0;0,0"); }, kPositionMessage,
+         "vexa::StringToCompositePosition"},
         {[] { StringToCompositeSize("1,0;1,0;1,0"); }, kSizeMessage, "vexa::StringToCompositeSize"},
         // Two composites, but the second is a lone number: only the composite parser reports it.
         {[] { StringToCompositeSize("1,0;1"); }, kCompositeMessage, composite},

@@ -65,9 +65,11 @@ TEST_F(DebuggerTest, ShapesArePlacedAndColouredAndASecondCallReplacesTheFirst)
     EXPECT_EQ(sphere.transform.GetPosition(), glm::vec3(1, 2, 3));
     EXPECT_EQ(sphere.material.color, tesk::Color3f(0, 0, 1));
 
-    debugger.DrawLines({{{0, 0, 0}, {1, 0, 0}}, {{0, 0, 0}, {0, 1, 0}}, {{0, 0, 0}, {0, 0, 1}}}, {1, 1, 0}, 1.0f);
+    debugger.DrawLines({{{0, 0, 0}, {1, 0, 0}}, {{0, 0, 0}, {0, 1, 0}}, {{0, 0, 0}, {0, 0, 1}}}, {1, 1, 0},
+                       1.0f);
     debugger.DrawLines({{{0, 0, 0}, {2, 0, 0}}}, {0, 1, 1}, 1.0f);
-    const auto& lines = static_cast<const vexa::draw::LineFieldRenderer&>(*debugger.GetSlot(Debugger::LinesSlot).renderer);
+    const auto& lines =
+        static_cast<const vexa::draw::LineFieldRenderer&>(*debugger.GetSlot(Debugger::LinesSlot).renderer);
     EXPECT_EQ(lines.GetLineCount(), 1u);
     EXPECT_TRUE(Visible(debugger, Debugger::LinesSlot));
     EXPECT_EQ(debugger.GetSlot(Debugger::LinesSlot).style->color, tesk::Color3f(0, 1, 1));

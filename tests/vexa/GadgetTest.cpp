@@ -35,13 +35,11 @@ std::vector<std::string> terminations; // ids of terminated counting gadgets, in
 class CountingGadget final : public vexa::Gadget {
 public:
     explicit CountingGadget(const vexa::Resource* resource, bool callBaseInitialize = true)
-        : Gadget(resource)
-        , callBaseInitialize_(callBaseInitialize)
+        : Gadget(resource), callBaseInitialize_(callBaseInitialize)
     {
     }
     /// Placed in `viewarea` and initialised, as the gadget manager starts a gadget.
-    CountingGadget(const vexa::Resource* resource, vexa::Viewarea& viewarea)
-        : CountingGadget(resource)
+    CountingGadget(const vexa::Resource* resource, vexa::Viewarea& viewarea) : CountingGadget(resource)
     {
         SetViewarea(&viewarea);
         Initialize();
@@ -99,8 +97,7 @@ private:
 class FakeResource final : public vexa::Resource {
 public:
     FakeResource(const std::string& name, const std::string& type, bool makesGadget = true)
-        : Resource(name, type)
-        , makesGadget_(makesGadget)
+        : Resource(name, type), makesGadget_(makesGadget)
     {
     }
     std::shared_ptr<vexa::Gadget> CreateGadget() override
@@ -144,9 +141,10 @@ TEST(Gadget, ForgottenBaseInitializeWarnsOnEveryGuardedCallAndAddsNothing)
     gadget.Initialize();
     EXPECT_EQ(gadget.handle, 0);
     EXPECT_EQ(viewarea.GetScene()->GetInstanceCount(), 0u);
-    const std::string expected = "PointCloudResource:clouds/a - Can not execute function \"Gadget::AddRenderer\" "
-                                 "before Gadget is initialized.\nDid you forget to call Initialize for super class "
-                                 "at the start of your method?";
+    const std::string expected =
+        "PointCloudResource:clouds/a - Can not execute function \"Gadget::AddRenderer\" "
+        "before Gadget is initialized.\nDid you forget to call Initialize for super class "
+        "at the start of your method?";
     EXPECT_TRUE(log.Contains(expected, "vexa::Gadget::TestInitialization"));
 
     // No once-only latch: each guarded call warns again.
@@ -265,11 +263,13 @@ TEST(GadgetManager, CreatesGadgetsPerWholeIdCleansTheSceneOnRemovalAndRefusesNul
     EXPECT_EQ(viewarea.GetScene()->GetInstanceCount(), 1u);
 
     EXPECT_THAT([&] { manager.GetGadget(cloud->id); },
-                testing::ThrowsMessage<std::exception>(testing::StrEq("View with id 'PointCloudResource:same' do not exist.")));
+                testing::ThrowsMessage<std::exception>(
+                    testing::StrEq("View with id 'PointCloudResource:same' do not exist.")));
 
     LogCapture log;
     EXPECT_FALSE(manager.Create(broken->id));
-    EXPECT_TRUE(log.Contains("Gadget instantiated by \"GraphResource:b\" is nullptr.", "vexa::GadgetManager::Create"));
+    EXPECT_TRUE(log.Contains("Gadget instantiated by \"GraphResource:b\" is nullptr.",
+                             "vexa::GadgetManager::Create"));
     EXPECT_FALSE(manager.Create(vexa::ResourceId("nobody", "MeshResource")));
     EXPECT_EQ(manager.GetGadgets().size(), 1u);
 }

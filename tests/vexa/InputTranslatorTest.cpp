@@ -31,15 +31,17 @@ TEST(InputTranslator, ButtonsCarryWhatIsHeldAndEveryConsumerGetsItsOwnForm)
     EXPECT_EQ(middle.button, vexa::MouseButton::Middle);
     EXPECT_EQ(middle.systemKeys, static_cast<unsigned int>(CEGUI::MiddleMouse));
 
-    const vexa::TranslatedButton left = translator.Press(plor::MouseButton::Left, Mods(true, true, true, true));
-    EXPECT_EQ(left.systemKeys, static_cast<unsigned int>(CEGUI::MiddleMouse | CEGUI::LeftMouse | CEGUI::Shift |
-                                                         CEGUI::Control | CEGUI::Alt))
+    const vexa::TranslatedButton left =
+        translator.Press(plor::MouseButton::Left, Mods(true, true, true, true));
+    EXPECT_EQ(left.systemKeys, static_cast<unsigned int>(CEGUI::MiddleMouse | CEGUI::LeftMouse |
+                                                         CEGUI::Shift | CEGUI::Control | CEGUI::Alt))
         << "super has no system key";
     const vexa::ModKeys all{.shift = true, .control = true, .alt = true, .super = true};
     EXPECT_EQ(left.mods, all);
 
     const vexa::TranslatedButton up = translator.Release(plor::MouseButton::Middle, {});
-    EXPECT_EQ(up.systemKeys, static_cast<unsigned int>(CEGUI::LeftMouse)) << "the released button is no longer held";
+    EXPECT_EQ(up.systemKeys, static_cast<unsigned int>(CEGUI::LeftMouse))
+        << "the released button is no longer held";
     translator.ReleaseAll();
     EXPECT_EQ(translator.GetHeldButtons(), 0u);
     const vexa::TranslatedButton right = translator.Press(plor::MouseButton::Right, {});

@@ -91,7 +91,8 @@ TEST_F(LookParserTest, ReadsWindowKeysViewsAndUnits)
     EXPECT_FLOAT_EQ(views[0].size.width.Resolve(800.0f), 395.0f);
     EXPECT_FLOAT_EQ(views[1].position.x.Resolve(800.0f), 405.0f);
     const auto flags = [](const ViewareaLook& v) {
-        return std::vector<bool>{v.axes, v.sidebarEnabled, v.sidebarVisible, v.cameraAnimatorEnabled, v.settingsEnabled};
+        return std::vector<bool>{v.axes, v.sidebarEnabled, v.sidebarVisible, v.cameraAnimatorEnabled,
+                                 v.settingsEnabled};
     };
     EXPECT_EQ(flags(views[0]), std::vector<bool>(5, false));
     EXPECT_EQ(flags(views[1]), std::vector<bool>(5, true));
@@ -140,7 +141,8 @@ TEST_F(LookParserTest, EveryFailingLookIsLoggedAndFallsBackToDefaults)
     const std::vector<std::tuple<std::string, std::string, std::string>> cases{
         {R"({"look": {"version": "1.0"}})", "Key vexa is not defined", "vexa::LookParser"},
         {R"({"vexa": {"version": "2.0", "caption": "x"}})", "Version 2.0 not supported", "vexa::LookParser"},
-        {Look(R"("caption": "x", "views": [{"position": "0,0;0,0", "size": 5}])"), "Key size is required", view},
+        {Look(R"("caption": "x", "views": [{"position": "0,0;0,0", "size": 5}])"), "Key size is required",
+         view},
         {Look(R"("views": [{"position": "0,0;0,0", "size": "1,0;1,0", "units": [{"permanent": true}]}])"),
          "Key id is required", view},
     };
@@ -178,7 +180,8 @@ TEST_F(LookParserTest, UnusableLooksThrowAfterLoggingWhereTheyFailed)
         {[] { LookParser::FromString("not json"); }, "", look, true},
         {[&] { Parse(R"({"vexa": {"version": 1.0}})"); }, "Look file version is not defined", look, false},
         {views(R"({"position": "0,0;0,0", "size": "a,0;1,0"})"),
-         "Key size holds \"a,0;1,0\", which has a part that is not a number", "vexa::LookParser::ReadViewareaLooks", false},
+         "Key size holds \"a,0;1,0\", which has a part that is not a number",
+         "vexa::LookParser::ReadViewareaLooks", false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);

@@ -32,7 +32,8 @@ ViewareaLook SampleView()
     ResourceLook odd;
     odd.id = ResourceId("name", "type:with:colons"); // the text form would not survive this
     view.resourceLooks = {cloud, odd};
-    view.axes = view.sidebarEnabled = view.sidebarVisible = view.cameraAnimatorEnabled = view.settingsEnabled = false;
+    view.axes = view.sidebarEnabled = view.sidebarVisible = view.cameraAnimatorEnabled =
+        view.settingsEnabled = false;
     return view;
 }
 

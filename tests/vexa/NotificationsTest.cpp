@@ -61,4 +61,3 @@ TEST(NotificationsTest, EmptyCallbackThrowsAndLeavesTheRegistryUsable)
     registry.Notify(kGadgetCreated, nullptr);
     EXPECT_EQ(calls, 1);
 }
-

@@ -33,10 +33,10 @@ TEST_F(PlatformTest, IntermediateDirectoryGetsOneSlashAndIsCreatedOneLevelDeep)
     // {given, created, taken}. A backslash is not a separator here: the slash goes after it.
     // Only the last level is created, yet the path is still taken; "" is never the root.
     const std::tuple<std::string, bool, std::string> cases[] = {{root_ + "/state", true, root_ + "/state/"},
-                          {root_ + "/kept/", true, root_ + "/kept/"},
-                          {root_ + "/win\\", true, root_ + "/win\\/"},
-                          {root_ + "/a/b", false, root_ + "/a/b/"},
-                          {"", false, ""}};
+                                                                {root_ + "/kept/", true, root_ + "/kept/"},
+                                                                {root_ + "/win\\", true, root_ + "/win\\/"},
+                                                                {root_ + "/a/b", false, root_ + "/a/b/"},
+                                                                {"", false, ""}};
     std::string directory;
     for (const auto& [given, created, taken] : cases) {
         EXPECT_EQ(NormalizeIntermediateDirectory(given, directory), created) << given;
@@ -50,7 +50,8 @@ TEST_F(PlatformTest, AssetDirectoryMustExistAndKeepsATrailingSeparator)
 {
     std::string directory;
     fs::create_directory(root_ + "/assets\\");
-    for (const auto& [given, kept] : {std::pair{root_, root_ + "/"}, {root_ + "/", root_ + "/"},
+    for (const auto& [given, kept] : {std::pair{root_, root_ + "/"},
+                                      {root_ + "/", root_ + "/"},
                                       {root_ + "/assets\\", root_ + "/assets\\"}}) {
         EXPECT_TRUE(NormalizeAssetDirectory(given, directory)) << given;
         EXPECT_EQ(directory, kept);
@@ -62,7 +63,8 @@ TEST_F(PlatformTest, AssetDirectoryMustExistAndKeepsATrailingSeparator)
     EXPECT_EQ(directory, root_ + "/assets\\") << "the previous directory stays";
     ASSERT_EQ(log.messages.size(), 1u);
     EXPECT_EQ(log.messages[0].level, rlog::Level::Warning);
-    EXPECT_TRUE(log.Contains("Specified asset directory does not exist. Assets will not be loaded. \nPath: " + missing,
+    EXPECT_TRUE(log.Contains("Specified asset directory does not exist. Assets will not be loaded. \nPath: " +
+                                 missing,
                              "vexa::SetAssetDirectory"));
 }
 
@@ -70,15 +72,16 @@ TEST_F(PlatformTest, MessageBoxesAreLoggedAndGoToTheReplaceableHandler)
 {
     using Call = std::tuple<std::string, std::string, MessageIcon>;
     std::vector<Call> calls;
-    const MessageBoxHandler previous = SetMessageBoxHandler(
-        [&calls](const std::string& caption, const std::string& text, MessageIcon icon) {
+    const MessageBoxHandler previous =
+        SetMessageBoxHandler([&calls](const std::string& caption, const std::string& text, MessageIcon icon) {
             calls.emplace_back(caption, text, icon);
         });
     testing_support::LogCapture log;
     ShowMessageBox(kInitializationErrorCaption, kAssetDirectoryInvalidText, MessageIcon::Error);
     ShowMessageBox(kGpuWarningCaption, "driver", MessageIcon::Warning);
-    EXPECT_EQ(calls, (std::vector<Call>{{"VEXA Initialization Error", "Asset directory is invalid.", MessageIcon::Error},
-                                        {"VEXA GPU Warning", "driver", MessageIcon::Warning}}));
+    EXPECT_EQ(calls, (std::vector<Call>{
+                         {"VEXA Initialization Error", "Asset directory is invalid.", MessageIcon::Error},
+                         {"VEXA GPU Warning", "driver", MessageIcon::Warning}}));
     ASSERT_EQ(log.messages.size(), 2u);
     EXPECT_EQ(log.messages[0].level, rlog::Level::Failure);
     EXPECT_EQ(log.messages[1].level, rlog::Level::Warning);
@@ -114,7 +117,8 @@ TEST_F(PlatformTest, GpuWarningTextNamesWhatWasFound)
               "OpenGl version on your system is lower then the recommended version 4.6.0.\n\nDetected:\n"
               "Mesa\nllvmpipe\nOpenGl version 4.5 (Core Profile) Mesa 24.0");
     EXPECT_EQ(ComposeGpuWarning("Mesa", "llvmpipe", "5.0", {5, 0, 0}),
-              "Graphics card vendor is not supported. Errors may occur.\n\nDetected:\nMesa\nllvmpipe\nOpenGl version 5.0");
+              "Graphics card vendor is not supported. Errors may occur.\n\nDetected:\nMesa\nllvmpipe\nOpenGl "
+              "version 5.0");
 }
 
 TEST_F(PlatformTest, ScreenshotPathsCarryATimestampAndCreateTheFolder)
@@ -122,12 +126,14 @@ TEST_F(PlatformTest, ScreenshotPathsCarryATimestampAndCreateTheFolder)
     const std::string folder = root_ + "/shots";
     const std::string first = MakeScreenshotPath(folder);
     EXPECT_TRUE(fs::is_directory(folder));
-    const std::regex pattern(std::regex_replace(folder + "/", std::regex(R"([.^$|()\[\]{}*+?\\])"), R"(\$&)") +
-                             R"(Screenshot-\d{8}-\d{6}-\d{3}\.png)");
+    const std::regex pattern(
+        std::regex_replace(folder + "/", std::regex(R"([.^$|()\[\]{}*+?\\])"), R"(\$&)") +
+        R"(Screenshot-\d{8}-\d{6}-\d{3}\.png)");
     EXPECT_TRUE(std::regex_match(first, pattern)) << first;
 
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
     const std::string second = MakeScreenshotPath(folder + "/", "Shot");
     EXPECT_EQ(second.rfind(folder + "/Shot-", 0), 0u) << second;
-    EXPECT_NE(second.substr(second.size() - 8), first.substr(first.size() - 8)) << "milliseconds tell shots apart";
+    EXPECT_NE(second.substr(second.size() - 8), first.substr(first.size() - 8))
+        << "milliseconds tell shots apart";
 }

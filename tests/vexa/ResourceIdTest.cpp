@@ -21,7 +21,8 @@ TEST(ResourceId, ParsesTextFormAtTheFirstColonAndNeedsBothFields)
     };
     for (const auto& [text, type, name, valid] : cases) {
         const ResourceId id{text};
-        EXPECT_EQ(std::make_tuple(id.type, id.name, id.IsValid()), std::make_tuple(type, name, valid)) << text;
+        EXPECT_EQ(std::make_tuple(id.type, id.name, id.IsValid()), std::make_tuple(type, name, valid))
+            << text;
     }
     const ResourceId cloud("PointCloudResource:scans/a");
     EXPECT_EQ(ResourceId(cloud.ToString()), cloud);
@@ -36,8 +37,10 @@ TEST(ResourceId, ParsesTextFormAtTheFirstColonAndNeedsBothFields)
 TEST(ResourceId, SplitsNameAtLastSlashOnly)
 {
     // {name, path, leaf}
-    const std::pair<std::string, std::pair<std::string, std::string>> cases[] = {
-        {"T:a/b/c", {"a/b", "c"}}, {"T:a\\b", {"", "a\\b"}}, {"T:dir/", {"dir", ""}}, {"T:/leaf", {"", "leaf"}}};
+    const std::pair<std::string, std::pair<std::string, std::string>> cases[] = {{"T:a/b/c", {"a/b", "c"}},
+                                                                                 {"T:a\\b", {"", "a\\b"}},
+                                                                                 {"T:dir/", {"dir", ""}},
+                                                                                 {"T:/leaf", {"", "leaf"}}};
     for (const auto& [text, split] : cases) {
         const ResourceId id(text);
         EXPECT_EQ(std::make_pair(id.GetNamePath(), id.GetNameWithoutPath()), split) << text;

@@ -13,7 +13,8 @@ TEST(SeparatorLines, OnlyInnerEdgesGetALine)
     EXPECT_TRUE(vexa::SeparatorLines::ComputeVertices({{0, 0, 800, 600}}, 800, 600).empty());
 
     // Quad split: each inner edge is drawn, the window border never.
-    const std::vector<glm::vec4> quad = {{0, 0, 400, 300}, {400, 0, 400, 300}, {0, 300, 400, 300}, {400, 300, 400, 300}};
+    const std::vector<glm::vec4> quad = {
+        {0, 0, 400, 300}, {400, 0, 400, 300}, {0, 300, 400, 300}, {400, 300, 400, 300}};
     const std::vector<glm::vec3> lines = vexa::SeparatorLines::ComputeVertices(quad, 800, 600);
     ASSERT_EQ(lines.size() % 2, 0u);
     EXPECT_EQ(lines.size(), 8u) << "a right edge in each left area, a bottom edge in each top area";

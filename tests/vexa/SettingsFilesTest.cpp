@@ -6,10 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <functional>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <limits>
 #include <string>
@@ -61,8 +61,12 @@ struct OptionsState {
 
 OptionsState StateOf(const GeneralOptions& options)
 {
-    return {options.GetAntiAliasing(),      options.IsWhiteBackground(), options.GetStoredSensitivity(),
-            options.IsOptimizedRendering(), options.IsShortcutsEnabled(), options.GetViewLayout(),
+    return {options.GetAntiAliasing(),
+            options.IsWhiteBackground(),
+            options.GetStoredSensitivity(),
+            options.IsOptimizedRendering(),
+            options.IsShortcutsEnabled(),
+            options.GetViewLayout(),
             options.IsDirty()};
 }
 
@@ -102,11 +106,12 @@ void ExpectRejected(const std::string& directory, const Bytes& bytes, Storage& s
 
 /// Every proper prefix of `valid` must be rejected.
 template <class Storage, class StateOf>
-void ExpectEveryCutRejected(const std::string& directory, const Bytes& valid, Storage& storage, StateOf stateOf)
+void ExpectEveryCutRejected(const std::string& directory, const Bytes& valid, Storage& storage,
+                            StateOf stateOf)
 {
     for (std::size_t length = 0; length < valid.size(); ++length)
-        ExpectRejected(directory, Bytes(valid.begin(), valid.begin() + static_cast<std::ptrdiff_t>(length)), storage,
-                       stateOf, "truncated to " + std::to_string(length));
+        ExpectRejected(directory, Bytes(valid.begin(), valid.begin() + static_cast<std::ptrdiff_t>(length)),
+                       storage, stateOf, "truncated to " + std::to_string(length));
 }
 
 } // namespace
@@ -234,7 +239,8 @@ TEST_F(SettingsFilesTest, OptionsDirtyRules)
     GeneralOptions reread;
     ASSERT_TRUE(reread.Load(directory_));
     EXPECT_TRUE(reread.IsDirty());
-    EXPECT_EQ(StateOf(reread), (OptionsState{2, false, GeneralOptions::ToStoredSensitivity(1.0f), true, true, 0, true}));
+    EXPECT_EQ(StateOf(reread),
+              (OptionsState{2, false, GeneralOptions::ToStoredSensitivity(1.0f), true, true, 0, true}));
 
     testing_support::LogCapture log;
     options.SetDirty(false);
@@ -259,10 +265,11 @@ TEST_F(SettingsFilesTest, DamagedOptionsFilesKeepEveryValue)
     ExpectEveryCutRejected(directory_, valid, options, StateOf);
 
     // One byte changed: {offset, value, what}.
-    for (const auto& [offset, value, what] : {std::tuple<std::size_t, std::uint8_t, const char*>{0, 1, "format version 1"},
-                                              {valid.size() - 1, 5, "view layout 5"},
-                                              {5, 2, "white background 2"},
-                                              {4, 6, "anti-aliasing method 6"}}) {
+    for (const auto& [offset, value, what] :
+         {std::tuple<std::size_t, std::uint8_t, const char*>{0, 1, "format version 1"},
+          {valid.size() - 1, 5, "view layout 5"},
+          {5, 2, "white background 2"},
+          {4, 6, "anti-aliasing method 6"}}) {
         Bytes bad = valid;
         bad[offset] = value;
         ExpectRejected(directory_, bad, options, StateOf, what);

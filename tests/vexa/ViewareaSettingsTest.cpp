@@ -64,7 +64,8 @@ TEST(ViewareaSettings, TwoViewareasSurviveSaveAndLoadAndDamagedFilesKeepTheCurre
     for (const std::vector<std::uint32_t>& words :
          {std::vector<std::uint32_t>{1u, 0xFFFFFFFFu, 0xDEADBEEFu, 7u}, {1u, 1u, 0xDEADBEEFu, 7u, 9u}}) {
         std::ofstream(path, std::ios::binary | std::ios::trunc)
-            .write(reinterpret_cast<const char*>(words.data()), static_cast<std::streamsize>(4 * words.size()));
+            .write(reinterpret_cast<const char*>(words.data()),
+                   static_cast<std::streamsize>(4 * words.size()));
         testing_support::LogCapture log;
         EXPECT_FALSE(target.Load(directory));
         EXPECT_EQ(target.GetRecords(), defaults);

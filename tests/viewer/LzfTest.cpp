@@ -35,9 +35,9 @@ TEST(Lzf, RoundTripsEveryKindOfItem)
         c = static_cast<char>(random());
     const std::vector<std::string> inputs = {
         "a",
-        "abcabcabcabcabcabcabcabcabcabcabc",     // overlapping references
-        std::string(1000, 'z'),                  // references longer than 9 bytes, distance 1
-        noise,                                   // literal runs of 32 bytes
+        "abcabcabcabcabcabcabcabcabcabcabc", // overlapping references
+        std::string(1000, 'z'),              // references longer than 9 bytes, distance 1
+        noise,                               // literal runs of 32 bytes
         noise.substr(0, 300) + noise.substr(0, 300) + "tail",
     };
     for (const std::string& input : inputs) {
@@ -62,9 +62,14 @@ TEST(Lzf, CorruptStreamsFailWhereTheyGoWrong)
     };
     const std::string literal = std::string(1, '\x02') + "abc"; // 3 bytes
     const std::vector<Case> cases = {
-        {std::string("\x20\x00", 2), 8, 0, "a back reference reaches 1 bytes back, before the start of the data"},
-        {literal + std::string("\x20\x05", 2), 8, 4, "a back reference reaches 6 bytes back, before the start of the data"},
-        {std::string("\x05" "ab", 3), 8, 0, "a literal run of 6 bytes runs past the end of the data"},
+        {std::string("\x20\x00", 2), 8, 0,
+         "a back reference reaches 1 bytes back, before the start of the data"},
+        {literal + std::string("\x20\x05", 2), 8, 4,
+         "a back reference reaches 6 bytes back, before the start of the data"},
+        {std::string("\x05"
+                     "ab",
+                     3),
+         8, 0, "a literal run of 6 bytes runs past the end of the data"},
         {literal + "\xE0", 8, 4, "a back reference is cut off by the end of the data"},
         {literal + "\xE0\x01", 8, 4, "a back reference is cut off by the end of the data"},
         {literal, 2, 0, "the data unpacks to more than 2 bytes"},

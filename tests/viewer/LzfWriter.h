@@ -28,7 +28,8 @@ inline std::string LzfCompress(std::string_view input, std::size_t window = 1024
         std::size_t bestDistance = 0;
         for (std::size_t distance = 1; distance <= std::min(i, window); ++distance) {
             std::size_t length = 0;
-            while (length < 264 && i + length < input.size() && input[i + length] == input[i + length - distance])
+            while (length < 264 && i + length < input.size() &&
+                   input[i + length] == input[i + length - distance])
                 ++length;
             if (length > bestLength) {
                 bestLength = length;

@@ -14,13 +14,15 @@ using vexa::viewer::ReadModelFile;
 TEST(ModelFile, ChoosesTheReaderByExtensionInAnyCase)
 {
     testing_support::TempFolder folder;
-    const std::string ply = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
-                            "property float z\nelement face 1\nproperty list uchar int vertex_indices\nend_header\n"
-                            "1 2 3\n0 0 0\n0 1 0\n3 0 1 2\n";
+    const std::string ply =
+        "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+        "property float z\nelement face 1\nproperty list uchar int vertex_indices\nend_header\n"
+        "1 2 3\n0 0 0\n0 1 0\n3 0 1 2\n";
     const std::string obj = "v 1 2 3\nv 0 0 0\nv 0 1 0\nf 1 2 3\n";
     const std::string off = "OFF\n3 1 0\n1 2 3\n0 0 0\n0 1 0\n3 0 1 2\n";
-    const std::string stl = "solid t\nfacet normal 0 0 1\nouter loop\nvertex 1 2 3\nvertex 0 0 0\nvertex 0 1 0\n"
-                            "endloop\nendfacet\nendsolid t\n";
+    const std::string stl =
+        "solid t\nfacet normal 0 0 1\nouter loop\nvertex 1 2 3\nvertex 0 0 0\nvertex 0 1 0\n"
+        "endloop\nendfacet\nendsolid t\n";
     const std::string text = "1 2 3\n";
     const std::string withNormals = "1 2 3 0 0 1\n";
     struct Case {
@@ -29,9 +31,13 @@ TEST(ModelFile, ChoosesTheReaderByExtensionInAnyCase)
         std::size_t faces;
     };
     const std::vector<Case> cases = {
-        {"a.ply", &ply, 1},  {"B.PLY", &ply, 1},  {"c.obj", &obj, 1},  {"d.Obj", &obj, 1},  {"e.off", &off, 1},
-        {"f.stl", &stl, 1},  {"g.STL", &stl, 1},  {"h.xyz", &text, 0}, {"i.Pts", &text, 0}, {"j.TXT", &text, 0},
-        {"k.csv", &text, 0}, {"l.asc", &text, 0}, {"m.xyzn", &withNormals, 0}, {"n.xyzrgb", &withNormals, 0},
+        {"a.ply", &ply, 1},          {"B.PLY", &ply, 1},
+        {"c.obj", &obj, 1},          {"d.Obj", &obj, 1},
+        {"e.off", &off, 1},          {"f.stl", &stl, 1},
+        {"g.STL", &stl, 1},          {"h.xyz", &text, 0},
+        {"i.Pts", &text, 0},         {"j.TXT", &text, 0},
+        {"k.csv", &text, 0},         {"l.asc", &text, 0},
+        {"m.xyzn", &withNormals, 0}, {"n.xyzrgb", &withNormals, 0},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -60,7 +66,8 @@ TEST(ModelFile, UnknownOrMissingFilesFailWithTheirName)
     testing_support::LogCapture log;
     tesk::Mesh mesh(tesk::PointCloud(std::vector<glm::vec3>{{7.0f, 7.0f, 7.0f}}));
     std::string error;
-    const std::string expected = "expected .ply, .obj, .stl, .off, .pcd, .xyz, .xyzn, .xyzrgb, .pts, .txt, .csv or .asc";
+    const std::string expected =
+        "expected .ply, .obj, .stl, .off, .pcd, .xyz, .xyzn, .xyzrgb, .pts, .txt, .csv or .asc";
 
     EXPECT_FALSE(ReadModelFile(folder.Write("mesh.3ds", "x"), mesh, error));
     EXPECT_EQ(error, "mesh.3ds: unsupported file type '.3ds'; " + expected);

@@ -43,7 +43,8 @@ const std::string Square = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n";
 
 TEST(ObjReader, EveryIndexFormGivesTheSameTriangles)
 {
-    const std::string uvsAndNormals = "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nvn 0 0 1\nvn 0 0 1\nvn 0 0 1\nvn 0 0 1\n";
+    const std::string uvsAndNormals =
+        "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\nvn 0 0 1\nvn 0 0 1\nvn 0 0 1\nvn 0 0 1\n";
     struct Form {
         std::string faces;
         bool hasUVs;
@@ -58,11 +59,12 @@ TEST(ObjReader, EveryIndexFormGivesTheSameTriangles)
         {"f 1 2 3\nf 1 3 4\n", false, false},
         {"f 1 \\\n 2 3 4 # a quad\n", false, false},
     };
-    const std::vector<std::vector<glm::vec3>> expected = {{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}}, {{0, 0, 0}, {1, 1, 0}, {0, 1, 0}}};
+    const std::vector<std::vector<glm::vec3>> expected = {{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}},
+                                                          {{0, 0, 0}, {1, 1, 0}, {0, 1, 0}}};
     for (const auto& [f, hasUVs, hasNormals] : forms) {
         SCOPED_TRACE(f);
-        const tesk::Mesh mesh = Read("# square\no square\ng side\ns 1\n" + Square + uvsAndNormals + "usemtl none\n" + f +
-                                     "l 1 2\n");
+        const tesk::Mesh mesh = Read("# square\no square\ng side\ns 1\n" + Square + uvsAndNormals +
+                                     "usemtl none\n" + f + "l 1 2\n");
         EXPECT_EQ(CornerPositions(mesh), expected);
         EXPECT_EQ(mesh.VertexCount(), 4u) << "the same number for all three indices maps vertices directly";
         EXPECT_EQ(mesh.HasUVs(), hasUVs);
@@ -116,9 +118,10 @@ TEST(ObjReader, MaterialComesFromTheLibraryBesideTheFile)
                                              "newmtl wood\nKd 0.5 0.25 0.125\nKs 0.2 0.4 0.3\nNs 64\n"
                                              "map_Kd -s 2 2 1 -bm 0.5 ..\\textures\\oak bark.png\n");
     folder.Write("models/extra.mtl", "newmtl other\nKd 1 0 0\n");
-    const std::string path = folder.Write("models/box.obj", "mtllib materials/lib.mtl extra.mtl\n" + Square +
-                                                                "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
-                                                                "usemtl wood\nf 1/1 2/2 3/3\nusemtl plain\nf 1/1 3/3 4/4\n");
+    const std::string path =
+        folder.Write("models/box.obj", "mtllib materials/lib.mtl extra.mtl\n" + Square +
+                                           "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+                                           "usemtl wood\nf 1/1 2/2 3/3\nusemtl plain\nf 1/1 3/3 4/4\n");
     testing_support::LogCapture log;
     tesk::Mesh mesh;
     std::string error;
@@ -130,29 +133,39 @@ TEST(ObjReader, MaterialComesFromTheLibraryBesideTheFile)
     EXPECT_EQ(material.GetAlbedo(), tesk::Color3f(0.5f, 0.25f, 0.125f));
     EXPECT_FLOAT_EQ(material.GetSpecular(), 0.4f);
     EXPECT_FLOAT_EQ(material.GetShininess(), 64.0f);
-    EXPECT_EQ(std::filesystem::path(material.GetAlbedoTexture()),
-              (std::filesystem::path(folder.PathOf("models")) / "textures" / "oak bark.png").lexically_normal());
+    EXPECT_EQ(
+        std::filesystem::path(material.GetAlbedoTexture()),
+        (std::filesystem::path(folder.PathOf("models")) / "textures" / "oak bark.png").lexically_normal());
 
     // A missing library warns and leaves the model without a material.
-    const std::string lost = folder.Write("lost.obj", "mtllib nowhere.mtl\nusemtl x\n" + Square + "f 1 2 3\n");
+    const std::string lost =
+        folder.Write("lost.obj", "mtllib nowhere.mtl\nusemtl x\n" + Square + "f 1 2 3\n");
     ASSERT_TRUE(ReadObj(lost, mesh, error)) << error;
     EXPECT_FALSE(mesh.HasMaterial());
     ASSERT_EQ(log.messages.size(), 1u);
-    EXPECT_EQ(log.messages[0].message.rfind("nowhere.mtl: cannot open file", 0), 0u) << log.messages[0].message;
+    EXPECT_EQ(log.messages[0].message.rfind("nowhere.mtl: cannot open file", 0), 0u)
+        << log.messages[0].message;
 }
 
 TEST(ObjReader, BadFilesFailWithTheirLineAndLeaveTheMeshAlone)
 {
-    testing_support::ExpectEachFails<tesk::Mesh>(Obj, "bad.obj", "vexa::viewer::ReadObj", {
-        {Square + "f 1 2 x\n", "line 5: bad face corner 'x'"},
-        {Square + "f 1 0 2\n", "line 5: index 0 in face corner '0' (indices start at 1)"},
-        {Square + "f 1/2/3/4 2 3\n", "line 5: bad face corner '1/2/3/4'"},
-        {"v 1 2\n", "line 1: expected 3 to 7 numbers after 'v', found 2"},
-        {"v 1 2 3 4 5\n", "line 1: expected 3, 4, 6 or 7 numbers after 'v', found 5"},
-        {"v 1 2 3\nvn 0 0 one\n", "line 2: 'one' is not a number"},
-        {"v 1 2 \\\n3\nv \\\n1 2 three\n", "line 3: 'three' is not a number"},
-        {std::string("\x7f" "ELF\x02\x01\x01", 7), "line 1: unknown statement '?ELF?" "??" "'"},
-    });
+    testing_support::ExpectEachFails<tesk::Mesh>(
+        Obj, "bad.obj", "vexa::viewer::ReadObj",
+        {
+            {Square + "f 1 2 x\n", "line 5: bad face corner 'x'"},
+            {Square + "f 1 0 2\n", "line 5: index 0 in face corner '0' (indices start at 1)"},
+            {Square + "f 1/2/3/4 2 3\n", "line 5: bad face corner '1/2/3/4'"},
+            {"v 1 2\n", "line 1: expected 3 to 7 numbers after 'v', found 2"},
+            {"v 1 2 3 4 5\n", "line 1: expected 3, 4, 6 or 7 numbers after 'v', found 5"},
+            {"v 1 2 3\nvn 0 0 one\n", "line 2: 'one' is not a number"},
+            {"v 1 2 \\\n3\nv \\\n1 2 three\n", "line 3: 'three' is not a number"},
+            {std::string("\x7f"
+                         "ELF\x02\x01\x01",
+                         7),
+             "line 1: unknown statement '?ELF?"
+             "??"
+             "'"},
+        });
     // Faces naming vertices that do not exist are dropped with one warning.
     testing_support::LogCapture log;
     tesk::Mesh mesh;

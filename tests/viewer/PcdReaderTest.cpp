@@ -59,9 +59,10 @@ public:
             types += std::string(" ") + f.type;
             counts += " " + std::to_string(f.count);
         }
-        return "# .PCD v0.7 - Point Cloud Data file format\nVERSION 0.7\n" + fields + "\n" + sizes + "\n" + types +
-               "\n" + counts + "\nWIDTH " + std::to_string(width_) + "\nHEIGHT " + std::to_string(height_) +
-               "\nVIEWPOINT 0 0 0 1 0 0 0\nPOINTS " + std::to_string(width_ * height_) + "\nDATA " + form + "\n";
+        return "# .PCD v0.7 - Point Cloud Data file format\nVERSION 0.7\n" + fields + "\n" + sizes + "\n" +
+               types + "\n" + counts + "\nWIDTH " + std::to_string(width_) + "\nHEIGHT " +
+               std::to_string(height_) + "\nVIEWPOINT 0 0 0 1 0 0 0\nPOINTS " +
+               std::to_string(width_ * height_) + "\nDATA " + form + "\n";
     }
 
     std::string Bytes(const std::string& form) const
@@ -72,7 +73,8 @@ public:
                 std::size_t v = 0;
                 for (const FieldLayout& f : fields_)
                     for (int c = 0; c < f.count; ++c, ++v)
-                        body += form == "binary" ? Binary(f, point[v]) : Text(f, point[v]) + (v + 1 < point.size() ? " " : "\n");
+                        body += form == "binary" ? Binary(f, point[v])
+                                                 : Text(f, point[v]) + (v + 1 < point.size() ? " " : "\n");
             }
             return Header(form) + body;
         }
@@ -154,7 +156,8 @@ void ExpectSameCloud(const tesk::PointCloud& a, const tesk::PointCloud& b)
         if (property.GetName() == "RGB")
             EXPECT_TRUE(std::ranges::equal(a.GetColorProperty("RGB"), b.GetColorProperty("RGB")));
         else
-            EXPECT_TRUE(std::ranges::equal(a.GetFloatProperty(property.GetName()), b.GetFloatProperty(property.GetName())))
+            EXPECT_TRUE(std::ranges::equal(a.GetFloatProperty(property.GetName()),
+                                           b.GetFloatProperty(property.GetName())))
                 << property.GetName();
     }
 }
@@ -164,14 +167,44 @@ void ExpectSameCloud(const tesk::PointCloud& a, const tesk::PointCloud& b)
 TEST(PcdReader, EveryDataFormGivesTheSameCloud)
 {
     // Padding and a histogram between the fields that are read, values of every type.
-    PcdWriter writer({{"x"}, {"y"}, {"z"}, {"_", 'U', 1, 4}, {"normal_x"}, {"normal_y"}, {"normal_z"},
-                      {"rgb", 'F', 4, 1}, {"intensity", 'U', 2, 1}, {"fpfh", 'F', 4, 3}, {"curvature"},
-                      {"label", 'I', 4, 1}, {"time", 'F', 8, 1}, {"ring", 'U', 1, 1}, {"big", 'I', 8, 1}},
+    PcdWriter writer({{"x"},
+                      {"y"},
+                      {"z"},
+                      {"_", 'U', 1, 4},
+                      {"normal_x"},
+                      {"normal_y"},
+                      {"normal_z"},
+                      {"rgb", 'F', 4, 1},
+                      {"intensity", 'U', 2, 1},
+                      {"fpfh", 'F', 4, 3},
+                      {"curvature"},
+                      {"label", 'I', 4, 1},
+                      {"time", 'F', 8, 1},
+                      {"ring", 'U', 1, 1},
+                      {"big", 'I', 8, 1}},
                      5);
     for (int i = 0; i < 5; ++i) {
         const double f = i;
-        writer.Point({0.25 * f, -1.5 + f, 1e-3 * f, 0, 0, 0, 0, 0.0, 0.6, 0.8, double(0xFF3366u + i),
-                      1000.0 * f, 9, 9, 9, 0.125 / (f + 1), -7.0 * f, 1.7e9 + f / 8, f, -(1LL << 40) - f});
+        writer.Point({0.25 * f,
+                      -1.5 + f,
+                      1e-3 * f,
+                      0,
+                      0,
+                      0,
+                      0,
+                      0.0,
+                      0.6,
+                      0.8,
+                      double(0xFF3366u + i),
+                      1000.0 * f,
+                      9,
+                      9,
+                      9,
+                      0.125 / (f + 1),
+                      -7.0 * f,
+                      1.7e9 + f / 8,
+                      f,
+                      -(1LL << 40) - f});
     }
 
     tesk::PointCloud reference;
@@ -183,8 +216,8 @@ TEST(PcdReader, EveryDataFormGivesTheSameCloud)
         EXPECT_EQ(cloud.GetPositions()[2], glm::vec3(0.5f, 0.5f, 2e-3f));
         ASSERT_TRUE(cloud.HasNormals());
         EXPECT_EQ(cloud.GetNormals()[4], glm::vec3(0.0f, 0.6f, 0.8f));
-        EXPECT_EQ(PropertyNames(cloud),
-                  (std::vector<std::string>{"RGB", "intensity", "curvature", "label", "time", "ring", "big"}));
+        EXPECT_EQ(PropertyNames(cloud), (std::vector<std::string>{"RGB", "intensity", "curvature", "label",
+                                                                  "time", "ring", "big"}));
         EXPECT_EQ(cloud.GetColorProperty("RGB")[0], tesk::Color3f(1.0f, 0.2f, 0.4f));
         EXPECT_EQ(cloud.GetColorProperty("RGB")[3], tesk::Color3f(1.0f, 0.2f, 105.0f / 255.0f));
         EXPECT_EQ(cloud.GetFloatProperty("intensity")[3], 3000.0f);
@@ -214,8 +247,10 @@ TEST(PcdReader, PackedAndSeparateColours)
 
     // Older writers print the float that a packed colour's bits make: 0x4A808000 is 4210688.0f,
     // whose low three bytes are 80 80 00.
-    ASSERT_TRUE(Reads(Pcd, "VERSION .7\nFIELDS x y z rgb\nSIZE 4 4 4 4\nTYPE F F F F\nWIDTH 2\nHEIGHT 1\n"
-                           "POINTS 2\nDATA ascii\n0.5 0.25 0 4.2106880e+06\n1 1 1 4278190335\n", cloud));
+    ASSERT_TRUE(Reads(Pcd,
+                      "VERSION .7\nFIELDS x y z rgb\nSIZE 4 4 4 4\nTYPE F F F F\nWIDTH 2\nHEIGHT 1\n"
+                      "POINTS 2\nDATA ascii\n0.5 0.25 0 4.2106880e+06\n1 1 1 4278190335\n",
+                      cloud));
     EXPECT_EQ(cloud.GetColorProperty("RGB")[0], tesk::Color3f(128.0f / 255.0f, 128.0f / 255.0f, 0.0f));
     EXPECT_EQ(cloud.GetColorProperty("RGB")[1], tesk::Color3f(0.0f, 0.0f, 1.0f)) << "0xFF0000FF";
 
@@ -245,7 +280,8 @@ TEST(PcdReader, OrganisedFarCloudKeepsInvalidCellsAndItsMillimetres)
         EXPECT_EQ(cloud.CountNonFinite(), 2u);
         EXPECT_TRUE(std::isnan(cloud.GetPositions()[4].y));
         EXPECT_EQ(cloud.GetFloatProperty("intensity")[4], 4.0f);
-        EXPECT_EQ(cloud.GetOriginOffset(), glm::dvec3(500000.0, 5400000.0, 0.0)) << "from the first valid point";
+        EXPECT_EQ(cloud.GetOriginOffset(), glm::dvec3(500000.0, 5400000.0, 0.0))
+            << "from the first valid point";
         EXPECT_NEAR(cloud.GetPositions()[5].x, 5.001, 1e-4);
         EXPECT_EQ(cloud.GetPositions()[5].y, 10.0f);
         if (!reference.Empty())
@@ -291,10 +327,12 @@ TEST(PcdReader, FilesReadInPiecesGiveTheCloudReadWhole)
 
 TEST(PcdReader, BadFilesFailWithTheirPlaceAndLeaveTheCloudAlone)
 {
-    const auto header = [](const std::string& fields, const std::string& data, const std::string& size = "4 4 4",
-                           const std::string& type = "F F F", const std::string& points = "2") {
+    const auto header = [](const std::string& fields, const std::string& data,
+                           const std::string& size = "4 4 4", const std::string& type = "F F F",
+                           const std::string& points = "2") {
         return "VERSION .7\nFIELDS " + fields + "\nSIZE " + size + "\nTYPE " + type +
-               "\nCOUNT 1 1 1\nWIDTH 2\nHEIGHT 1\nVIEWPOINT 0 0 0 1 0 0 0\nPOINTS " + points + "\nDATA " + data + "\n";
+               "\nCOUNT 1 1 1\nWIDTH 2\nHEIGHT 1\nVIEWPOINT 0 0 0 1 0 0 0\nPOINTS " + points + "\nDATA " +
+               data + "\n";
     };
     const std::string ascii = header("x y z", "ascii");
     const std::string compressed = header("x y z", "binary_compressed");
@@ -304,42 +342,55 @@ TEST(PcdReader, BadFilesFailWithTheirPlaceAndLeaveTheCloudAlone)
 
     // Counts far beyond what the file holds fail before anything is allocated for them.
     const std::string huge = "FIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nWIDTH 4000000000000\nHEIGHT 1000\nDATA ";
-    testing_support::ExpectEachFails<tesk::PointCloud>(Pcd, "bad.pcd", "vexa::viewer::ReadPcd", {
-        {"ply\nformat ascii 1.0\n", "line 1: unknown header keyword 'ply'"},
-        {"VERSION .7\nFIELDS x y z\nSIZES 4 4 4\n", "line 3: unknown header keyword 'SIZES'"},
-        {header("x y z", "ascii", "4 4"), "line 3: SIZE lists 2 values but FIELDS names 3"},
-        {header("x y z", "ascii", "4 4 4", "F F F F"), "line 4: TYPE lists 4 values but FIELDS names 3"},
-        {header("x y z w", "ascii", "4 4 4 4", "F F F F"), "line 5: COUNT lists 3 values but FIELDS names 4"},
-        {header("x y z", "ascii", "4 4 2"),
-         "line 4: field 'z' has TYPE 'F' and SIZE 2; expected F (4 or 8), I or U (1, 2, 4 or 8)"},
-        {header("x y z", "ascii", "4 4 4", "F F X"),
-         "line 4: field 'z' has TYPE 'X' and SIZE 4; expected F (4 or 8), I or U (1, 2, 4 or 8)"},
-        {header("x y z", "ascii", "4 4 4", "F F F", "3"), "line 9: POINTS 3 does not match WIDTH 2 x HEIGHT 1"},
-        {header("a b c", "ascii"), "line 2: FIELDS has no single-valued x, y and z"},
-        {header("x y z", "gzip"), "line 10: unknown DATA form 'gzip'; expected ascii, binary or binary_compressed"},
-        {"VERSION .7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nWIDTH 1\n", "line 5: file ends inside the header (no DATA line)"},
-        {"FIELDS x y z\nTYPE F F F\nWIDTH 1\nDATA ascii\n", "line 4: the header has no SIZE line"},
-        {"VERSION .7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nWIDTH 18446744073709551615\nHEIGHT 2\nDATA binary\n",
-         "line 6: WIDTH x HEIGHT is too large"},
-        {"FIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nVIEWPOINT 0 0 0\nWIDTH 1\nDATA ascii\n",
-         "line 4: expected 'VIEWPOINT tx ty tz qw qx qy qz'"},
-        {ascii + "1 2 3\n4 5\n", "line 12: expected 3 values, found 2"},
-        {ascii + "1 2 3\n\n4 5 x\n", "line 13: 'x' is not a number (field 'z')"},
-        {compressed + "\x01\x02", "byte " + c + ": file ends before the sizes of the compressed data"},
-        {compressed + PcdWriter::UInt32(25) + PcdWriter::UInt32(20) + literalRun,
-         "byte " + std::to_string(compressed.size() + 4) + ": the compressed data unpacks to 20 bytes, but 2 points of 12 bytes need 24"},
-        {compressed + PcdWriter::UInt32(1000) + PcdWriter::UInt32(24) + literalRun,
-         "byte " + c + ": compressed data of 1000 bytes runs past the end of the file (25 bytes left)"},
-        {compressed + PcdWriter::UInt32(0) + PcdWriter::UInt32(24), "byte " + c + ": 0 compressed bytes cannot unpack to 24"},
-        {compressed + PcdWriter::UInt32(2) + PcdWriter::UInt32(24) + std::string("\x20\x00", 2),
-         "byte " + c8 + ": corrupt compressed data: a back reference reaches 1 bytes back, before the start of the data"},
-        {compressed + PcdWriter::UInt32(13) + PcdWriter::UInt32(24) + literalRun.substr(0, 13),
-         "byte " + c8 + ": corrupt compressed data: a literal run of 24 bytes runs past the end of the data"},
-        {huge + "ascii\n1 2 3\n1 2 3\n", "line 8: file ends after 2 of 4000000000000000 points"},
-        {huge + "binary\n1 2 3\n1 2 3\n",
-         "byte " + std::to_string(huge.size() + 7 + 12) + ": file ends inside point 2 of 4000000000000000"},
-        {huge + "binary_compressed\n1 2 3\n1 2 3\n",
-         "byte " + std::to_string(huge.size() + 18 + 4) + ": the compressed data unpacks to 540084787 bytes, but "
-                                                          "4000000000000000 points of 12 bytes need 48000000000000000"},
-    });
+    testing_support::ExpectEachFails<tesk::PointCloud>(
+        Pcd, "bad.pcd", "vexa::viewer::ReadPcd",
+        {
+            {"ply\nformat ascii 1.0\n", "line 1: unknown header keyword 'ply'"},
+            {"VERSION .7\nFIELDS x y z\nSIZES 4 4 4\n", "line 3: unknown header keyword 'SIZES'"},
+            {header("x y z", "ascii", "4 4"), "line 3: SIZE lists 2 values but FIELDS names 3"},
+            {header("x y z", "ascii", "4 4 4", "F F F F"), "line 4: TYPE lists 4 values but FIELDS names 3"},
+            {header("x y z w", "ascii", "4 4 4 4", "F F F F"),
+             "line 5: COUNT lists 3 values but FIELDS names 4"},
+            {header("x y z", "ascii", "4 4 2"),
+             "line 4: field 'z' has TYPE 'F' and SIZE 2; expected F (4 or 8), I or U (1, 2, 4 or 8)"},
+            {header("x y z", "ascii", "4 4 4", "F F X"),
+             "line 4: field 'z' has TYPE 'X' and SIZE 4; expected F (4 or 8), I or U (1, 2, 4 or 8)"},
+            {header("x y z", "ascii", "4 4 4", "F F F", "3"),
+             "line 9: POINTS 3 does not match WIDTH 2 x HEIGHT 1"},
+            {header("a b c", "ascii"), "line 2: FIELDS has no single-valued x, y and z"},
+            {header("x y z", "gzip"),
+             "line 10: unknown DATA form 'gzip'; expected ascii, binary or binary_compressed"},
+            {"VERSION .7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nWIDTH 1\n",
+             "line 5: file ends inside the header (no DATA line)"},
+            {"FIELDS x y z\nTYPE F F F\nWIDTH 1\nDATA ascii\n", "line 4: the header has no SIZE line"},
+            {"VERSION .7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nWIDTH 18446744073709551615\nHEIGHT 2\nDATA "
+             "binary\n",
+             "line 6: WIDTH x HEIGHT is too large"},
+            {"FIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nVIEWPOINT 0 0 0\nWIDTH 1\nDATA ascii\n",
+             "line 4: expected 'VIEWPOINT tx ty tz qw qx qy qz'"},
+            {ascii + "1 2 3\n4 5\n", "line 12: expected 3 values, found 2"},
+            {ascii + "1 2 3\n\n4 5 x\n", "line 13: 'x' is not a number (field 'z')"},
+            {compressed + "\x01\x02", "byte " + c + ": file ends before the sizes of the compressed data"},
+            {compressed + PcdWriter::UInt32(25) + PcdWriter::UInt32(20) + literalRun,
+             "byte " + std::to_string(compressed.size() + 4) +
+                 ": the compressed data unpacks to 20 bytes, but 2 points of 12 bytes need 24"},
+            {compressed + PcdWriter::UInt32(1000) + PcdWriter::UInt32(24) + literalRun,
+             "byte " + c + ": compressed data of 1000 bytes runs past the end of the file (25 bytes left)"},
+            {compressed + PcdWriter::UInt32(0) + PcdWriter::UInt32(24),
+             "byte " + c + ": 0 compressed bytes cannot unpack to 24"},
+            {compressed + PcdWriter::UInt32(2) + PcdWriter::UInt32(24) + std::string("\x20\x00", 2),
+             "byte " + c8 +
+                 ": corrupt compressed data: a back reference reaches 1 bytes back, before the start of the "
+                 "data"},
+            {compressed + PcdWriter::UInt32(13) + PcdWriter::UInt32(24) + literalRun.substr(0, 13),
+             "byte " + c8 +
+                 ": corrupt compressed data: a literal run of 24 bytes runs past the end of the data"},
+            {huge + "ascii\n1 2 3\n1 2 3\n", "line 8: file ends after 2 of 4000000000000000 points"},
+            {huge + "binary\n1 2 3\n1 2 3\n", "byte " + std::to_string(huge.size() + 7 + 12) +
+                                                  ": file ends inside point 2 of 4000000000000000"},
+            {huge + "binary_compressed\n1 2 3\n1 2 3\n",
+             "byte " + std::to_string(huge.size() + 18 + 4) +
+                 ": the compressed data unpacks to 540084787 bytes, but "
+                 "4000000000000000 points of 12 bytes need 48000000000000000"},
+        });
 }

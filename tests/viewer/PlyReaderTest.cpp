@@ -24,7 +24,10 @@ const auto Ply = [](auto&&... arguments) { return vexa::viewer::ReadPlyFromMemor
 // Writes PLY files of any encoding from the same values, so one test can compare encodings.
 class PlyWriter {
 public:
-    explicit PlyWriter(std::string format) : format_(std::move(format)) { header_ = "ply\nformat " + format_ + " 1.0\n"; }
+    explicit PlyWriter(std::string format) : format_(std::move(format))
+    {
+        header_ = "ply\nformat " + format_ + " 1.0\n";
+    }
 
     PlyWriter& Line(const std::string& line)
     {
@@ -45,7 +48,9 @@ public:
         if (type == "double")
             return Append(value, 8);
         // Integers: the low bytes of their two's complement.
-        return Append(static_cast<std::int64_t>(value), type.ends_with("char") ? 1 : type.ends_with("short") ? 2 : 4);
+        return Append(static_cast<std::int64_t>(value), type.ends_with("char")    ? 1
+                                                        : type.ends_with("short") ? 2
+                                                                                  : 4);
     }
 
     PlyWriter& EndItem()
@@ -102,7 +107,8 @@ TEST(PlyReader, EveryEncodingGivesTheSameCloud)
     const std::vector<Vertex> vertices = {
         {1.5f, -2.25f, 3.0f, 0, 0, 1, 255, 0, 51, 10, 0.125f, -70000, 65535, -128, 1e-3},
         {-1e6f, 0.0f, 1e-6f, 0, 1, 0, 0, 255, 102, 20, -4.5f, 2147483647, 0, 127, 12345.678},
-        {std::numeric_limits<float>::infinity(), 4.0f, 5.0f, 1, 0, 0, 128, 128, 128, 30, 7.0f, 0, 300, 0, -1.0},
+        {std::numeric_limits<float>::infinity(), 4.0f, 5.0f, 1, 0, 0, 128, 128, 128, 30, 7.0f, 0, 300, 0,
+         -1.0},
     };
 
     for (const std::string& encoding : Encodings) {
@@ -140,18 +146,23 @@ TEST(PlyReader, EveryEncodingGivesTheSameCloud)
             const Vertex& v = vertices[i];
             EXPECT_EQ(cloud.GetPositions()[i], glm::vec3(v.x, v.y, v.z));
             EXPECT_EQ(cloud.GetNormals()[i], glm::vec3(v.nx, v.ny, v.nz));
-            EXPECT_EQ(colors[i], tesk::Color3b(static_cast<std::uint8_t>(v.red), static_cast<std::uint8_t>(v.green),
-                                               static_cast<std::uint8_t>(v.blue)));
+            EXPECT_EQ(colors[i],
+                      tesk::Color3b(static_cast<std::uint8_t>(v.red), static_cast<std::uint8_t>(v.green),
+                                    static_cast<std::uint8_t>(v.blue)));
             std::vector<float> values;
             for (std::size_t p = 1; p < names.size(); ++p)
                 values.push_back(cloud.GetFloatProperty(names[p])[i]);
-            EXPECT_EQ(values, (std::vector<float>{v.intensity, static_cast<float>(v.label), static_cast<float>(v.quality),
-                                                  static_cast<float>(v.flag), static_cast<float>(v.weight)}));
+            EXPECT_EQ(values, (std::vector<float>{v.intensity, static_cast<float>(v.label),
+                                                  static_cast<float>(v.quality), static_cast<float>(v.flag),
+                                                  static_cast<float>(v.weight)}));
         }
 
         // An empty vertex element replaces what the cloud held with nothing.
         PlyWriter empty(encoding);
-        empty.Line("element vertex 0").Line("property float x").Line("property float y").Line("property float z");
+        empty.Line("element vertex 0")
+            .Line("property float x")
+            .Line("property float y")
+            .Line("property float z");
         empty.Line("property uchar r").Line("property uchar g").Line("property uchar b");
         testing_support::MakeOnePoint(cloud);
         ASSERT_TRUE(Reads(Ply, empty.Bytes(), cloud));
@@ -167,9 +178,14 @@ TEST(PlyReader, BigEndianDoublesAndListsBeforeAndInsideVertices)
         SCOPED_TRACE(encoding);
         PlyWriter ply(encoding);
         ply.Line("element group 2").Line("property list uint short members").Line("property float weight");
-        ply.Line("element vertex 2").Line("property double x").Line("property double y").Line("property double z");
+        ply.Line("element vertex 2")
+            .Line("property double x")
+            .Line("property double y")
+            .Line("property double z");
         ply.Line("property list uchar uint neighbours");
-        ply.Line("property float diffuse_red").Line("property float diffuse_green").Line("property float diffuse_blue");
+        ply.Line("property float diffuse_red")
+            .Line("property float diffuse_green")
+            .Line("property float diffuse_blue");
         ply.Value("uint", 2).Value("short", 5).Value("short", 6).Value("float", 0.5).EndItem();
         ply.Value("uint", 0).Value("float", 1.5).EndItem();
         ply.Value("double", 123456.75).Value("double", -0.1).Value("double", 1e30);
@@ -187,7 +203,8 @@ TEST(PlyReader, BigEndianDoublesAndListsBeforeAndInsideVertices)
         EXPECT_EQ(offset.x, 123000.0);
         EXPECT_EQ(offset.y, 0.0);
         EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(456.75f, -0.1f, static_cast<float>(1e30 - offset.z)));
-        EXPECT_EQ(cloud.GetPositions()[1], glm::vec3(1.0f - 123000.0f, 2.0f, static_cast<float>(3.0 - offset.z)));
+        EXPECT_EQ(cloud.GetPositions()[1],
+                  glm::vec3(1.0f - 123000.0f, 2.0f, static_cast<float>(3.0 - offset.z)));
         EXPECT_FALSE(cloud.HasNormals());
         ASSERT_EQ(cloud.PropertyCount(), 1u);
         const auto colors = cloud.GetColorProperty("RGB");
@@ -199,12 +216,13 @@ TEST(PlyReader, BigEndianDoublesAndListsBeforeAndInsideVertices)
 
 TEST(PlyReader, ReadsHeadersAsOtherProgramsWriteThem)
 {
-    const std::string file = "ply\r\nformat ascii 1.0\r\ncomment Created by a scanning app\r\ncomment   \r\n"
-                             "obj_info num_cols 640\r\nelement vertex 3\r\nproperty float x\r\nproperty float y\r\n"
-                             "property float z\r\nproperty uchar red\r\nproperty uchar green\r\nproperty uchar blue\r\n"
-                             "property uchar alpha\r\nproperty float scalar_Intensity\r\nelement face 1\r\n"
-                             "property list uchar int vertex_indices\r\nend_header\r\n0 0 0 255 0 0 255 0.5\r\n"
-                             "\t1  +2e0 -3 0 255 0 128 1.5   \r\nnan 1 inf 0 0 255 0 -2\r\n3 0 1 2\r\n";
+    const std::string file =
+        "ply\r\nformat ascii 1.0\r\ncomment Created by a scanning app\r\ncomment   \r\n"
+        "obj_info num_cols 640\r\nelement vertex 3\r\nproperty float x\r\nproperty float y\r\n"
+        "property float z\r\nproperty uchar red\r\nproperty uchar green\r\nproperty uchar blue\r\n"
+        "property uchar alpha\r\nproperty float scalar_Intensity\r\nelement face 1\r\n"
+        "property list uchar int vertex_indices\r\nend_header\r\n0 0 0 255 0 0 255 0.5\r\n"
+        "\t1  +2e0 -3 0 255 0 128 1.5   \r\nnan 1 inf 0 0 255 0 -2\r\n3 0 1 2\r\n";
     tesk::PointCloud cloud;
     ASSERT_TRUE(Reads(Ply, file, cloud));
     ASSERT_EQ(cloud.Size(), 3u);
@@ -228,27 +246,33 @@ TEST(PlyReader, BadFilesFailWithTheirPlaceAndLeaveTheCloudAlone)
     const std::string absurdAscii = "ply\nformat ascii 1.0\nelement vertex 1000000000000\nproperty float x\n"
                                     "property float y\nproperty float z\nend_header\n1 2 3\n";
     const std::string absurdFaces = "ply\nformat binary_little_endian 1.0\nelement face 1000000000000\n"
-                                    "property list uchar int vertex_indices\n" + xyz + "end_header\n\x03";
+                                    "property list uchar int vertex_indices\n" +
+                                    xyz + "end_header\n\x03";
     const std::string asciiStart = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\n"
                                    "property float y\nproperty float z\nend_header\n";
 
-    testing_support::ExpectEachFails<tesk::PointCloud>(Ply, "bad.ply", "vexa::viewer::ReadPly", {
-        {absurdBinary, "byte " + std::to_string(absurdHeader.size() + 83 * 12) +
-                           ": file ends inside vertex 84 of 1000000000000"},
-        {absurdAscii, "line 8: file ends after 1 of 1000000000000 vertices"},
-        {absurdFaces, "byte " + std::to_string(absurdFaces.size() - 1) +
-                          ": file ends inside face 1 of 1000000000000"},
-        {asciiStart + "1 2 3\n4 5\n6 7 8\n", "line 9: expected 3 values, found 2"},
-        {asciiStart + "1 2 3\n4 5 six\n6 7 8\n", "line 9: 'six' is not a number"},
-        {"ply\nformat binary_middle_endian 1.0\nend_header\n", "line 2: unknown format 'binary_middle_endian'"},
-        {"ply\nformat ascii 1.0\nelement vertex 1\nproperty flaot x\nend_header\n",
-         "line 4: unknown property type 'flaot'"},
-        {"ply\nformat ascii 1.0\nelement vertex 1\nproperty float x\nproperty float z\nend_header\n1 2\n",
-         "line 3: element 'vertex' has no property 'y'"},
-        {"ply\nformat ascii 1.0\nelement face 0\nend_header\n", "line 4: the header declares no 'vertex' element"},
-        {"ply\nformat ascii 1.0\nelement vertex 1\n", "line 3: file ends inside the header (no 'end_header' line)"},
-        {"", "line 1: not a PLY file (the first line is not 'ply')"},
-    });
+    testing_support::ExpectEachFails<tesk::PointCloud>(
+        Ply, "bad.ply", "vexa::viewer::ReadPly",
+        {
+            {absurdBinary, "byte " + std::to_string(absurdHeader.size() + 83 * 12) +
+                               ": file ends inside vertex 84 of 1000000000000"},
+            {absurdAscii, "line 8: file ends after 1 of 1000000000000 vertices"},
+            {absurdFaces,
+             "byte " + std::to_string(absurdFaces.size() - 1) + ": file ends inside face 1 of 1000000000000"},
+            {asciiStart + "1 2 3\n4 5\n6 7 8\n", "line 9: expected 3 values, found 2"},
+            {asciiStart + "1 2 3\n4 5 six\n6 7 8\n", "line 9: 'six' is not a number"},
+            {"ply\nformat binary_middle_endian 1.0\nend_header\n",
+             "line 2: unknown format 'binary_middle_endian'"},
+            {"ply\nformat ascii 1.0\nelement vertex 1\nproperty flaot x\nend_header\n",
+             "line 4: unknown property type 'flaot'"},
+            {"ply\nformat ascii 1.0\nelement vertex 1\nproperty float x\nproperty float z\nend_header\n1 2\n",
+             "line 3: element 'vertex' has no property 'y'"},
+            {"ply\nformat ascii 1.0\nelement face 0\nend_header\n",
+             "line 4: the header declares no 'vertex' element"},
+            {"ply\nformat ascii 1.0\nelement vertex 1\n",
+             "line 3: file ends inside the header (no 'end_header' line)"},
+            {"", "line 1: not a PLY file (the first line is not 'ply')"},
+        });
 }
 
 TEST(PlyReader, FourBillionVerticesInOneKilobyteAreRefusedBeforeAnyAllocation)
@@ -290,19 +314,24 @@ TEST(PlyMesh, FaceListsOfEveryTypeAndNameGiveTheSameTriangles)
         std::string countType, indexType, name;
     };
     const std::vector<Variant> variants = {
-        {"uchar", "int", "vertex_indices"}, {"uchar", "uint", "vertex_index"}, {"int", "int", "vertex_indices"},
-        {"ushort", "short", "vertex_indices"}, {"uint", "uchar", "vertex_indices"}, {"char", "ushort", "vertex_index"},
+        {"uchar", "int", "vertex_indices"},   {"uchar", "uint", "vertex_index"},
+        {"int", "int", "vertex_indices"},     {"ushort", "short", "vertex_indices"},
+        {"uint", "uchar", "vertex_indices"},  {"char", "ushort", "vertex_index"},
         {"uchar", "float", "vertex_indices"}, {"int", "double", "vertex_indices"},
     };
     // A quad, a triangle, a two-item list (skipped) and a pentagon, fanned from their first corner.
     const std::vector<std::vector<int>> polygons = {{0, 1, 3, 2}, {2, 1, 0}, {1, 2}, {0, 1, 3, 2, 0}};
-    const std::vector<glm::uvec3> expected = {{0, 1, 3}, {0, 3, 2}, {2, 1, 0}, {0, 1, 3}, {0, 3, 2}, {0, 2, 0}};
+    const std::vector<glm::uvec3> expected = {{0, 1, 3}, {0, 3, 2}, {2, 1, 0},
+                                              {0, 1, 3}, {0, 3, 2}, {0, 2, 0}};
 
     for (const std::string& encoding : Encodings) {
         for (const Variant& v : variants) {
             SCOPED_TRACE(encoding + " list " + v.countType + " " + v.indexType + " " + v.name);
             PlyWriter ply(encoding);
-            ply.Line("element vertex 4").Line("property float x").Line("property float y").Line("property float z");
+            ply.Line("element vertex 4")
+                .Line("property float x")
+                .Line("property float y")
+                .Line("property float z");
             ply.Line("element face 4").Line("property uchar flags");
             ply.Line("property list " + v.countType + " " + v.indexType + " " + v.name);
             ply.Line("property float quality");
@@ -332,7 +361,10 @@ TEST(PlyMesh, FacesBeforeVerticesAndBadIndicesAreSkippedWithOneWarning)
         PlyWriter ply(encoding);
         ply.Line("element material 1").Line("property list uchar uchar name");
         ply.Line("element face 4").Line("property list uchar int vertex_indices");
-        ply.Line("element vertex 4").Line("property float x").Line("property float y").Line("property float z");
+        ply.Line("element vertex 4")
+            .Line("property float x")
+            .Line("property float y")
+            .Line("property float z");
         ply.Value("uchar", 2).Value("uchar", 65).Value("uchar", 66).EndItem();
         ply.Value("uchar", 3).Value("int", 0).Value("int", 1).Value("int", 2).EndItem();
         ply.Value("uchar", 3).Value("int", 0).Value("int", 9).Value("int", 2).EndItem();
@@ -345,9 +377,10 @@ TEST(PlyMesh, FacesBeforeVerticesAndBadIndicesAreSkippedWithOneWarning)
         ASSERT_TRUE(Reads(Ply, ply.Bytes(), mesh, "order.ply"));
         EXPECT_EQ(mesh.VertexCount(), 4u);
         EXPECT_EQ(FacesOf(mesh), (std::vector<glm::uvec3>{{0, 1, 2}, {1, 3, 2}}));
-        EXPECT_TRUE(log.Contains("order.ply: skipped 2 faces that refer to missing vertices (first: face 2 of the "
-                                 "file; 4 vertices)",
-                                 "vexa::viewer::ReadPly"));
+        EXPECT_TRUE(
+            log.Contains("order.ply: skipped 2 faces that refer to missing vertices (first: face 2 of the "
+                         "file; 4 vertices)",
+                         "vexa::viewer::ReadPly"));
         EXPECT_EQ(log.messages.size(), 1u);
     }
 }
@@ -355,12 +388,14 @@ TEST(PlyMesh, FacesBeforeVerticesAndBadIndicesAreSkippedWithOneWarning)
 TEST(PlyMesh, AsciiFaceLinesEndingInASpaceAreAllRead)
 {
     // Laid out as a widely shared scanned model writes it: a space before each face's line end.
-    std::string file = "ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\nproperty float y\n"
-                       "property float z\nelement face 9\nproperty list uchar int vertex_indices\nend_header\n";
+    std::string file =
+        "ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\nproperty float y\n"
+        "property float z\nelement face 9\nproperty list uchar int vertex_indices\nend_header\n";
     for (int i = 0; i < 4; ++i)
         file += std::to_string(i) + " 0.1 0.02\n";
     for (int f = 0; f < 9; ++f)
-        file += "3 " + std::to_string(f % 4) + " " + std::to_string((f + 1) % 4) + " " + std::to_string((f + 2) % 4) + " \n";
+        file += "3 " + std::to_string(f % 4) + " " + std::to_string((f + 1) % 4) + " " +
+                std::to_string((f + 2) % 4) + " \n";
     tesk::Mesh mesh;
     ASSERT_TRUE(Reads(Ply, file, mesh));
     EXPECT_EQ(mesh.VertexCount(), 4u);
@@ -380,7 +415,10 @@ TEST(PlyMesh, NormalAndTextureCoordinateNames)
         for (const auto& n : names) {
             SCOPED_TRACE(encoding + " " + n[0] + " " + n[3]);
             PlyWriter ply(encoding);
-            ply.Line("element vertex 2").Line("property float x").Line("property float y").Line("property float z");
+            ply.Line("element vertex 2")
+                .Line("property float x")
+                .Line("property float y")
+                .Line("property float z");
             for (const std::string& name : n)
                 ply.Line("property float " + name);
             ply.Line("property uchar diffuse_red").Line("property uchar diffuse_green");
@@ -410,7 +448,10 @@ TEST(PlyMesh, FixedStrideFarCoordinatesAreShiftedByTheFirstFinitePoint)
     // Lists in the vertex element and far coordinates in big-endian and ASCII files are read
     // above; the fixed-stride binary path decides on the first finite point, past a NaN one.
     PlyWriter ply("binary_little_endian");
-    ply.Line("element vertex 2").Line("property double x").Line("property double y").Line("property double z");
+    ply.Line("element vertex 2")
+        .Line("property double x")
+        .Line("property double y")
+        .Line("property double z");
     ply.Value("double", std::nan("")).Value("double", 0).Value("double", 0).EndItem();
     ply.Value("double", 5e5 + 0.004).Value("double", 3).Value("double", 0).EndItem();
     tesk::Mesh mesh;
@@ -424,21 +465,25 @@ TEST(PlyMesh, BadFaceDataFailsWithItsPlaceAndLeavesTheMeshAlone)
     const std::string vertices = "element vertex 3\nproperty float x\nproperty float y\nproperty float z\n";
     const std::string faces = "element face 2\nproperty list uchar int vertex_indices\n";
     const std::string binary = "ply\nformat binary_little_endian 1.0\n" + vertices + faces + "end_header\n";
-    const std::string ascii = "ply\nformat ascii 1.0\n" + vertices + faces + "end_header\n0 0 0\n1 0 0\n0 1 0\n";
+    const std::string ascii =
+        "ply\nformat ascii 1.0\n" + vertices + faces + "end_header\n0 0 0\n1 0 0\n0 1 0\n";
     const std::string absurd = "ply\nformat binary_little_endian 1.0\nelement face 4000000000\n"
-                               "property list uchar int vertex_indices\n" + vertices + "end_header\n" +
-                               std::string(100, '\0');
+                               "property list uchar int vertex_indices\n" +
+                               vertices + "end_header\n" + std::string(100, '\0');
     std::string oneFace(13, '\0');
     oneFace[0] = 3;
-    testing_support::ExpectEachFails<tesk::Mesh>(Ply, "bad.ply", "vexa::viewer::ReadPly", {
-        {binary + std::string(36, '\0') + oneFace + "\x04" + std::string(8, '\0'),
-         "byte " + std::to_string(binary.size() + 36 + 13) + ": file ends inside face 2 of 2"},
-        {binary + std::string(36, '\0') + oneFace, "byte " + std::to_string(binary.size() + 36 + 13) +
-                                                       ": file ends inside face 2 of 2"},
-        {absurd, "byte " + std::to_string(absurd.size() - 100) + ": file is too short for 4000000000 faces"},
-        {ascii + "3 0 1 2\n3 0 1\n", "line 14: the line ends early, inside list 'vertex_indices'"},
-        {ascii + "3 0 1 2\n3 0 one 2\n", "line 14: 'one' is not a vertex index"},
-        {ascii + "3 0 1 2\n3 0 1 2 5\n", "line 14: unexpected values after the last property"},
-        {ascii + "3 0 1 2\n", "line 13: file ends after 1 of 2 faces"},
-    });
+    testing_support::ExpectEachFails<tesk::Mesh>(
+        Ply, "bad.ply", "vexa::viewer::ReadPly",
+        {
+            {binary + std::string(36, '\0') + oneFace + "\x04" + std::string(8, '\0'),
+             "byte " + std::to_string(binary.size() + 36 + 13) + ": file ends inside face 2 of 2"},
+            {binary + std::string(36, '\0') + oneFace,
+             "byte " + std::to_string(binary.size() + 36 + 13) + ": file ends inside face 2 of 2"},
+            {absurd,
+             "byte " + std::to_string(absurd.size() - 100) + ": file is too short for 4000000000 faces"},
+            {ascii + "3 0 1 2\n3 0 1\n", "line 14: the line ends early, inside list 'vertex_indices'"},
+            {ascii + "3 0 1 2\n3 0 one 2\n", "line 14: 'one' is not a vertex index"},
+            {ascii + "3 0 1 2\n3 0 1 2 5\n", "line 14: unexpected values after the last property"},
+            {ascii + "3 0 1 2\n", "line 13: file ends after 1 of 2 faces"},
+        });
 }

@@ -23,7 +23,8 @@ const auto As = [](TextLayout layout) {
     return [layout](auto&&... arguments) { return ReadTextCloudFromMemory(arguments..., layout); };
 };
 // Read from the file at this path, the layout told by its extension.
-const auto FromFile = [](std::string_view path, const std::string&, tesk::PointCloud& cloud, std::string& error) {
+const auto FromFile = [](std::string_view path, const std::string&, tesk::PointCloud& cloud,
+                         std::string& error) {
     return vexa::viewer::ReadTextCloud(std::string(path), cloud, error);
 };
 
@@ -57,8 +58,10 @@ TEST(TextCloudReader, HeaderNamesTheColumns)
     tesk::PointCloud cloud;
 
     // Comma separated, colours as bytes, position columns not first.
-    ASSERT_TRUE(Reads(Text, "\xEF\xBB\xBFid,X,Y,Z,red,green,blue,intensity\n5, 1.5, 2, 3, 255, 128, 0, 0.25\n"
-                            "6, 4, 5, 6, 0, 0, 1, 0.75\n", cloud));
+    ASSERT_TRUE(Reads(Text,
+                      "\xEF\xBB\xBFid,X,Y,Z,red,green,blue,intensity\n5, 1.5, 2, 3, 255, 128, 0, 0.25\n"
+                      "6, 4, 5, 6, 0, 0, 1, 0.75\n",
+                      cloud));
     ASSERT_EQ(cloud.Size(), 2u);
     EXPECT_EQ(cloud.GetPositions()[0], glm::vec3(1.5f, 2.0f, 3.0f));
     EXPECT_EQ(PropertyNames(cloud), (std::vector<std::string>{"RGB", "id", "intensity"}));
@@ -100,19 +103,21 @@ TEST(TextCloudReader, PtsCountLineIsSkipped)
 
 TEST(TextCloudReader, BadLinesFailWithTheirNumberAndLeaveTheCloudAlone)
 {
-    testing_support::ExpectEachFails<tesk::PointCloud>(Text, "bad.xyz", "vexa::viewer::ReadTextCloud", {
-        {"1 2 3 4\n5 6 7 8\n# note\n9 10 11\n", "line 4: expected 4 values, found 3"},
-        {"1,2,3\n4,5,6,7\n", "line 2: expected 3 values, found 4"},
-        {"1 2 3\n4 5 x\n", "line 2: 'x' is not a number"},
-        {"1 2\n", "line 1: expected at least 3 values (x y z), found 2"},
-        {"x y z i\n1 2 3\n", "line 2: the header names 4 columns but this line has 3 values"},
-        {"x y z\nx y z\n", "line 2: 'x' is not a number"},
-        // A '.' in the first lines means comma separators, whatever comes later.
-        {"1,5;2,5;3,5\n1,5;2.5;3,5\n", "line 2: expected 6 values, found 5"},
-    });
-    testing_support::ExpectEachFails<tesk::PointCloud>(As(TextLayout::XyzNormals), "short.xyzn",
-                                                       "vexa::viewer::ReadTextCloud",
-                                                       {{"1 2 3 4 5\n", "line 1: expected at least 6 values (x y z nx ny nz), found 5"}});
+    testing_support::ExpectEachFails<tesk::PointCloud>(
+        Text, "bad.xyz", "vexa::viewer::ReadTextCloud",
+        {
+            {"1 2 3 4\n5 6 7 8\n# note\n9 10 11\n", "line 4: expected 4 values, found 3"},
+            {"1,2,3\n4,5,6,7\n", "line 2: expected 3 values, found 4"},
+            {"1 2 3\n4 5 x\n", "line 2: 'x' is not a number"},
+            {"1 2\n", "line 1: expected at least 3 values (x y z), found 2"},
+            {"x y z i\n1 2 3\n", "line 2: the header names 4 columns but this line has 3 values"},
+            {"x y z\nx y z\n", "line 2: 'x' is not a number"},
+            // A '.' in the first lines means comma separators, whatever comes later.
+            {"1,5;2,5;3,5\n1,5;2.5;3,5\n", "line 2: expected 6 values, found 5"},
+        });
+    testing_support::ExpectEachFails<tesk::PointCloud>(
+        As(TextLayout::XyzNormals), "short.xyzn", "vexa::viewer::ReadTextCloud",
+        {{"1 2 3 4 5\n", "line 1: expected at least 6 values (x y z nx ny nz), found 5"}});
 }
 
 TEST(TextCloudReader, ExtensionsFixWhatTheColumnsHold)

@@ -36,7 +36,8 @@ public:
 
     /// Appends a row "item-<id>" and returns its id: `id` when given, else the number of
     /// items before it. An id already in the list adds nothing and returns that id.
-    std::size_t AddItem(const std::string& text, bool checked = false, std::optional<std::size_t> id = std::nullopt);
+    std::size_t AddItem(const std::string& text, bool checked = false,
+                        std::optional<std::size_t> id = std::nullopt);
     /// Fills the row's colour stripe.
     CheckboxList* SetItemColor(std::size_t id, const tesk::Color3f& color);
     /// Appends a callback that receives the id and new state of every toggled item; item

@@ -48,7 +48,8 @@ public:
     T* SetConditionBool(bool* flag, BoolFunc func)
     {
         if (flag == nullptr) {
-            rlog::Warn("No flag given, the condition stays as it was", "vexa::gui::TElement::SetConditionBool");
+            rlog::Warn("No flag given, the condition stays as it was",
+                       "vexa::gui::TElement::SetConditionBool");
             return Self();
         }
         if (func == BoolFunc::IfTrue)
@@ -59,7 +60,10 @@ public:
     }
 
 protected:
-    explicit TElement(const CEGUI::Window* widget) : Element(widget), alive_(std::make_shared<TElement*>(this)) {}
+    explicit TElement(const CEGUI::Window* widget)
+        : Element(widget), alive_(std::make_shared<TElement*>(this))
+    {
+    }
     // A copy or a moved-to element gets its own liveness token: handlers subscribed for the
     // source must keep following the source, not the copy.
     TElement(const TElement& other)

@@ -52,8 +52,8 @@ public:
     void Validate(const ColoringData& data);
 
     /// The chosen colour set; null when `data` has none.
-    const std::variant<std::vector<tesk::Color3f>, std::vector<tesk::Color3b>>* SelectedColors(
-        const ColoringData& data) const;
+    const std::variant<std::vector<tesk::Color3f>, std::vector<tesk::Color3b>>*
+    SelectedColors(const ColoringData& data) const;
     /// The chosen float property mapped to colours (see MapParameter); none when `data` has
     /// no float data.
     std::optional<std::vector<tesk::Color3f>> MapSelectedData(const ColoringData& data) const;
@@ -70,8 +70,9 @@ public:
     /// A panel, shown while `shown` holds, with the droplist "Data" over the float
     /// properties, the colour-map chooser and the slider `correctionCaption` (1 to 10);
     /// `changed` runs after each of the three changes.
-    void AddGuiPanelFloatMapping(GuiGenerator& generator, const ColoringData& data, const char* correctionCaption,
-                                 std::function<bool()> shown, std::function<void()> changed);
+    void AddGuiPanelFloatMapping(GuiGenerator& generator, const ColoringData& data,
+                                 const char* correctionCaption, std::function<bool()> shown,
+                                 std::function<void()> changed);
 
     /// u32 colouring option, u32 data option, f32 correction, u32 colour map.
     void Write(runa::BinaryWriter& writer) const;

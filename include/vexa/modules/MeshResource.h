@@ -29,7 +29,6 @@ namespace vexa::modules {
 
 class VEXA_API MeshResource : public Resource, public VertexAttributes {
 public:
-
     /// Shows `mesh` under `name`; resource type "MeshResource".
     MeshResource(const std::string& name, const tesk::Mesh& mesh);
 

@@ -18,8 +18,8 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
-#include <utility>
 #include <string>
+#include <utility>
 
 namespace vexa::modules {
 

@@ -60,6 +60,7 @@ private:
 
 /// Makes a resource of `cloud` under `name` and, when the library is running, shows it (or
 /// replaces the listed one with that name).
-VEXA_API std::shared_ptr<PointCloudResource> AddPointCloud(const std::string& name, const tesk::PointCloud& cloud);
+VEXA_API std::shared_ptr<PointCloudResource> AddPointCloud(const std::string& name,
+                                                           const tesk::PointCloud& cloud);
 
 } // namespace vexa::modules

@@ -25,7 +25,8 @@ public:
     SkeletonResource(const std::string& name, const tesk::Skeleton& skeleton);
     /// As above, with `action` (copied) to play. An action without keyframes or one that
     /// animates another number of joints is left out with a warning: the skeleton still shows.
-    SkeletonResource(const std::string& name, const tesk::Skeleton& skeleton, const tesk::SkeletonAction& action);
+    SkeletonResource(const std::string& name, const tesk::Skeleton& skeleton,
+                     const tesk::SkeletonAction& action);
 
     std::shared_ptr<Gadget> CreateGadget() override;
 
@@ -52,9 +53,10 @@ private:
 
 /// Makes a resource of `skeleton` under `name` and, when the library is running, shows it (or
 /// replaces the listed one with that name).
-VEXA_API std::shared_ptr<SkeletonResource> AddSkeleton(const std::string& name, const tesk::Skeleton& skeleton);
+VEXA_API std::shared_ptr<SkeletonResource> AddSkeleton(const std::string& name,
+                                                       const tesk::Skeleton& skeleton);
 /// As above, with an action that the skeleton's gadgets play in a loop by default.
-VEXA_API std::shared_ptr<SkeletonResource> AddSkeleton(const std::string& name, const tesk::Skeleton& skeleton,
-                                                       const tesk::SkeletonAction& action);
+VEXA_API std::shared_ptr<SkeletonResource>
+AddSkeleton(const std::string& name, const tesk::Skeleton& skeleton, const tesk::SkeletonAction& action);
 
 } // namespace vexa::modules

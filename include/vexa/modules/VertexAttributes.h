@@ -51,7 +51,10 @@ public:
     /// vertices: a colour source of the resource's gadget, the colour set or data index it
     /// uses, and the tesk::ColorMap a data mapping starts with. Without a preference, and as
     /// soon as the user has chosen in that view area, the saved choice rules.
-    void SetPreferredColorSource(int source, int option = 0, int colorMap = 5) { preference_ = {source, option, colorMap}; }
+    void SetPreferredColorSource(int source, int option = 0, int colorMap = 5)
+    {
+        preference_ = {source, option, colorMap};
+    }
     const ColoringPreference& GetColoringPreference() const { return preference_; }
 
 protected:

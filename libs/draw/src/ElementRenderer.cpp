@@ -54,7 +54,8 @@ constexpr plor::ProgramFiles kFaceNormalsFiles{"geometry/normals.vert", "geometr
 struct SurfaceUniforms {
     unsigned int program = 0;
     GLint pointSize = -1, viewportSize = -1, lineWidth = -1;
-    GLint colorMode = -1, hasColors = -1, flatNormals = -1, useTexture = -1, useMatcap = -1, useNormalMap = -1;
+    GLint colorMode = -1, hasColors = -1, flatNormals = -1, useTexture = -1, useMatcap = -1,
+          useNormalMap = -1;
     GLint useFixedColor = -1, fixedColor = -1;
     GLint colorTexture = -1, matcap = -1, normalMap = -1;
     TransformUniforms transform;
@@ -295,12 +296,13 @@ bool ElementRenderer::SetSurface(SurfaceData data)
         return false;
     }
     const auto checkRange = [count](const std::vector<std::uint32_t>& indices, const char* what) {
-        const auto bad = std::find_if(indices.begin(), indices.end(), [count](std::uint32_t i) { return i >= count; });
+        const auto bad =
+            std::find_if(indices.begin(), indices.end(), [count](std::uint32_t i) { return i >= count; });
         if (bad == indices.end())
             return true;
         rlog::Fail(std::string(what) + " index " + std::to_string(*bad) + " (at position " +
-                       std::to_string(bad - indices.begin()) + ") is out of range for " + std::to_string(count) +
-                       " vertices; keeping the previous surface",
+                       std::to_string(bad - indices.begin()) + ") is out of range for " +
+                       std::to_string(count) + " vertices; keeping the previous surface",
                    kSetSurfaceLabel);
         return false;
     };
@@ -309,13 +311,14 @@ bool ElementRenderer::SetSurface(SurfaceData data)
 
     if (data.normals.size() != count) {
         if (!data.normals.empty())
-            rlog::Warn("Ignoring " + std::to_string(data.normals.size()) + " normals for " + std::to_string(count) +
-                           " vertices; computing them from the faces",
+            rlog::Warn("Ignoring " + std::to_string(data.normals.size()) + " normals for " +
+                           std::to_string(count) + " vertices; computing them from the faces",
                        kSetSurfaceLabel);
         data.normals = ComputeNormals(data.positions, data.triangles);
     }
     if (!data.uvs.empty() && data.uvs.size() != count) {
-        rlog::Warn("Ignoring " + std::to_string(data.uvs.size()) + " UVs for " + std::to_string(count) + " vertices",
+        rlog::Warn("Ignoring " + std::to_string(data.uvs.size()) + " UVs for " + std::to_string(count) +
+                       " vertices",
                    kSetSurfaceLabel);
         data.uvs.clear();
     }
@@ -400,7 +403,8 @@ void ElementRenderer::Render(const RenderContext& context, const Style& baseStyl
     }
     if (colorsDirty_) {
         if (hasCustomColors_) {
-            gpu.array.SetBuffer(kColorSlot, std::move(pendingColors_), {{3, 3, plor::DataType::Float, false, 0, 0}});
+            gpu.array.SetBuffer(kColorSlot, std::move(pendingColors_),
+                                {{3, 3, plor::DataType::Float, false, 0, 0}});
             std::vector<tesk::Color3f>().swap(pendingColors_);
         } else {
             gpu.array.ClearBuffer(kColorSlot);
@@ -440,8 +444,8 @@ void ElementRenderer::Render(const RenderContext& context, const Style& baseStyl
     }
     frame.useTexture = colorTexture && colorTexture->Bind(0);
     frame.useMatcap = solid && style.useMatcap && style.matcap && style.matcap->Bind(1);
-    frame.useNormalMap = solid && style.normalsSource == NormalsSource::NormalMap && gpu.hasUvs && style.normalMap &&
-                         style.normalMap->Bind(2);
+    frame.useNormalMap = solid && style.normalsSource == NormalsSource::NormalMap && gpu.hasUvs &&
+                         style.normalMap && style.normalMap->Bind(2);
     glActiveTexture(GL_TEXTURE0);
 
     if (solid && hasFaces) {
@@ -463,8 +467,8 @@ void ElementRenderer::Render(const RenderContext& context, const Style& baseStyl
         }
     }
 
-    const bool wires = mode == RenderMode::Wires || mode == RenderMode::PointsAndWires ||
-                       mode == RenderMode::SolidAndWires;
+    const bool wires =
+        mode == RenderMode::Wires || mode == RenderMode::PointsAndWires || mode == RenderMode::SolidAndWires;
     if (wires && hasEdges) {
         if (plor::Program& p = context.programs->GetOrAdd(kWiresProgram, kWiresFiles); p.Use()) {
             gpu.wires.Refresh(p);

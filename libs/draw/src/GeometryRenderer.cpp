@@ -174,7 +174,9 @@ SurfaceData MakeTorus()
             AddVertex(s, kMajor * out + kMinor * normal, normal, {u, v});
         }
     }
-    const auto at = [](int segment, int side) { return static_cast<std::uint32_t>(segment * (kSides + 1) + side); };
+    const auto at = [](int segment, int side) {
+        return static_cast<std::uint32_t>(segment * (kSides + 1) + side);
+    };
     for (int segment = 0; segment < kSegments; ++segment) {
         for (int side = 0; side < kSides; ++side) {
             AddTriangle(s, at(segment, side), at(segment + 1, side), at(segment + 1, side + 1));
@@ -192,7 +194,8 @@ SurfaceData MakeArrow()
     SurfaceData s;
     const glm::vec2 slant(1.0f, kHeadRadius / (1.0f - kShaftLength));
     AddBand(s, {0.0f, 0.0f}, {kShaftRadius, 0.0f}, {0.0f, -1.0f}, {0.0f, -1.0f}, kRoundSegments);
-    AddBand(s, {kShaftRadius, 0.0f}, {kShaftRadius, kShaftLength}, {1.0f, 0.0f}, {1.0f, 0.0f}, kRoundSegments);
+    AddBand(s, {kShaftRadius, 0.0f}, {kShaftRadius, kShaftLength}, {1.0f, 0.0f}, {1.0f, 0.0f},
+            kRoundSegments);
     AddBand(s, {kShaftRadius, kShaftLength}, {kHeadRadius, kShaftLength}, {0.0f, -1.0f}, {0.0f, -1.0f},
             kRoundSegments);
     AddBand(s, {kHeadRadius, kShaftLength}, {0.0f, 1.0f}, slant, slant, kRoundSegments);
@@ -243,8 +246,7 @@ SurfaceData MakeCamera()
 
 } // namespace
 
-GeometryRenderer::GeometryRenderer(GeometryName name)
-    : name_(name)
+GeometryRenderer::GeometryRenderer(GeometryName name) : name_(name)
 {
     if (static_cast<int>(name) < 0 || static_cast<int>(name) >= kGeometryCount) {
         rlog::Warn("Unknown geometry " + std::to_string(static_cast<int>(name)) + "; drawing a box instead",
@@ -274,7 +276,8 @@ SurfaceData GeometryRenderer::MakeSurface(GeometryName name)
     case GeometryName::Torus:
         return MakeTorus();
     }
-    rlog::Warn("Unknown geometry " + std::to_string(static_cast<int>(name)), "vexa::draw::GeometryRenderer::MakeSurface");
+    rlog::Warn("Unknown geometry " + std::to_string(static_cast<int>(name)),
+               "vexa::draw::GeometryRenderer::MakeSurface");
     return {};
 }
 

@@ -69,9 +69,11 @@ bool GeometryStyle::ReadFromStream(std::istream& in)
     // Everything lands in a copy first so a damaged block leaves the style as it was.
     GeometryStyle read(*this);
     bool ok = ReadInt(reader, read.renderMode) && ReadInt(reader, read.normalsSource) &&
-              reader.Read(read.pointSize) && reader.Read(read.cullBackFacing) && reader.Read(read.wireThickness) &&
-              ReadColor(reader, read.wireColor) && reader.Read(read.showNormals) && reader.Read(read.normalLength) &&
-              ReadColor(reader, read.normalColor) && ReadInt(reader, read.colorMode) && reader.Read(read.useMatcap);
+              reader.Read(read.pointSize) && reader.Read(read.cullBackFacing) &&
+              reader.Read(read.wireThickness) && ReadColor(reader, read.wireColor) &&
+              reader.Read(read.showNormals) && reader.Read(read.normalLength) &&
+              ReadColor(reader, read.normalColor) && ReadInt(reader, read.colorMode) &&
+              reader.Read(read.useMatcap);
     if (!ok)
         return false;
     if (!read.material.ReadFromStream(in))
@@ -82,12 +84,14 @@ bool GeometryStyle::ReadFromStream(std::istream& in)
     if (read.renderMode < RenderMode::Points || read.renderMode > RenderMode::SolidAndWires ||
         read.normalsSource < NormalsSource::Flat || read.normalsSource > NormalsSource::NormalMap ||
         !IsColorMode(read.colorMode)) {
-        rlog::Warn("Geometry style holds an unknown mode (render " + std::to_string(read.renderMode) + ", normals " +
-                       std::to_string(read.normalsSource) + ", colour " + std::to_string(read.colorMode) + ")",
+        rlog::Warn("Geometry style holds an unknown mode (render " + std::to_string(read.renderMode) +
+                       ", normals " + std::to_string(read.normalsSource) + ", colour " +
+                       std::to_string(read.colorMode) + ")",
                    kReadLabel);
         return false;
     }
-    if (!std::isfinite(read.pointSize) || !std::isfinite(read.wireThickness) || !std::isfinite(read.normalLength)) {
+    if (!std::isfinite(read.pointSize) || !std::isfinite(read.wireThickness) ||
+        !std::isfinite(read.normalLength)) {
         rlog::Warn("Geometry style holds a size that is not a number", kReadLabel);
         return false;
     }

@@ -183,10 +183,11 @@ void GraphRenderer::SetPoints(std::span<const glm::vec2> points)
 GraphRenderer::AxisTicks GraphRenderer::ChooseTicks(double low, double high, float pixels, float spacing)
 {
     const double span = high - low;
-    if (!std::isfinite(low) || !std::isfinite(high) || !(span > 0.0) || !std::isfinite(span) || !(pixels > 0.0f) ||
-        !(spacing > 0.0f))
+    if (!std::isfinite(low) || !std::isfinite(high) || !(span > 0.0) || !std::isfinite(span) ||
+        !(pixels > 0.0f) || !(spacing > 0.0f))
         return {};
-    const double wanted = std::clamp(std::floor(static_cast<double>(pixels) / spacing), 2.0, double(kMaxTicks));
+    const double wanted =
+        std::clamp(std::floor(static_cast<double>(pixels) / spacing), 2.0, double(kMaxTicks));
     const int exponent = static_cast<int>(std::floor(std::log10(span / wanted)));
 
     AxisTicks best;
@@ -265,8 +266,14 @@ void GraphRenderer::BuildDecoration(const glm::vec2& plotSize)
         segments.insert(segments.end(), {{0.0f, v(yTicks_.At(i))}, {1.0f, v(yTicks_.At(i))}});
     gridVertexCount_ = segments.size();
 
-    segments.insert(segments.end(), {{0.0f, 0.0f}, {1.0f, 0.0f}, {1.0f, 0.0f}, {1.0f, 1.0f},
-                                     {1.0f, 1.0f}, {0.0f, 1.0f}, {0.0f, 1.0f}, {0.0f, 0.0f}});
+    segments.insert(segments.end(), {{0.0f, 0.0f},
+                                     {1.0f, 0.0f},
+                                     {1.0f, 0.0f},
+                                     {1.0f, 1.0f},
+                                     {1.0f, 1.0f},
+                                     {0.0f, 1.0f},
+                                     {0.0f, 1.0f},
+                                     {0.0f, 0.0f}});
     // Tick marks stand inside the frame, where they cannot run into the labels under it.
     const glm::vec2 mark = kTickLength / glm::max(plotSize, glm::vec2(1.0f));
     for (int i = 0; i < xTicks_.count; ++i)
@@ -342,7 +349,8 @@ void GraphRenderer::Render(const RenderContext& context, const Style& style)
             const tesk::Color3f& frame = graphStyle->color;
             glUniform1f(gpu.locLineWidth, std::max(1.0f, std::round(scale)));
             if (gridVertexCount_ > 0) {
-                glUniform3f(gpu.locLineColor, frame.r * kGridShade, frame.g * kGridShade, frame.b * kGridShade);
+                glUniform3f(gpu.locLineColor, frame.r * kGridShade, frame.g * kGridShade,
+                            frame.b * kGridShade);
                 gpu.decoration.Draw(plor::PrimitiveType::Lines, 0, gridVertexCount_);
             }
             glUniform3f(gpu.locLineColor, frame.r, frame.g, frame.b);
@@ -356,7 +364,8 @@ void GraphRenderer::Render(const RenderContext& context, const Style& style)
 
         const int width = std::clamp(graphStyle->lineWidth, 1, GraphStyle::kMaxLineWidth);
         glUniform1f(gpu.locLineWidth, static_cast<float>(width) * scale);
-        glUniform3f(gpu.locLineColor, graphStyle->lineColor.r, graphStyle->lineColor.g, graphStyle->lineColor.b);
+        glUniform3f(gpu.locLineColor, graphStyle->lineColor.r, graphStyle->lineColor.g,
+                    graphStyle->lineColor.b);
         for (const Run& run : runs_)
             gpu.points.Draw(plor::PrimitiveType::LineStrip, run.first, run.count);
     }
@@ -391,7 +400,8 @@ void GraphRenderer::Render(const RenderContext& context, const Style& style)
         PrintLabels(context, *graphStyle, plot / scale);
 }
 
-void GraphRenderer::PrintLabels(const RenderContext& context, const GraphStyle& style, const glm::vec4& plot) const
+void GraphRenderer::PrintLabels(const RenderContext& context, const GraphStyle& style,
+                                const glm::vec4& plot) const
 {
     // Texts are placed in window pixels from the viewport's top-left corner; `plot` is in
     // window pixels from its bottom-left corner.
@@ -401,10 +411,12 @@ void GraphRenderer::PrintLabels(const RenderContext& context, const GraphStyle& 
     const float top = height - plot.w;
     const float bottom = height - plot.y;
     auto xAt = [&](double value) {
-        return left + static_cast<float>((value - rangeMin_.x) / (rangeMax_.x - rangeMin_.x)) * (right - left);
+        return left +
+               static_cast<float>((value - rangeMin_.x) / (rangeMax_.x - rangeMin_.x)) * (right - left);
     };
     auto yAt = [&](double value) {
-        return bottom - static_cast<float>((value - rangeMin_.y) / (rangeMax_.y - rangeMin_.y)) * (bottom - top);
+        return bottom -
+               static_cast<float>((value - rangeMin_.y) / (rangeMax_.y - rangeMin_.y)) * (bottom - top);
     };
 
     TextRenderer& text = context.system->GetTextRenderer();

@@ -61,8 +61,8 @@ bool GraphStyle::ReadFromStream(std::istream& in)
 
     // A copy takes the values so that a damaged record changes nothing.
     GraphStyle read(*this);
-    if (!ReadInt(reader, read.lineWidth) || !ReadInt(reader, read.pointSize) || !ReadColor(reader, read.lineColor) ||
-        !ReadColor(reader, read.pointColor))
+    if (!ReadInt(reader, read.lineWidth) || !ReadInt(reader, read.pointSize) ||
+        !ReadColor(reader, read.lineColor) || !ReadColor(reader, read.pointColor))
         return false;
     if (read.lineWidth < 1 || read.pointSize < 0) {
         rlog::Warn("Graph style holds line width " + std::to_string(read.lineWidth) + " and point size " +

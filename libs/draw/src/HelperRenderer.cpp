@@ -88,8 +88,10 @@ void SetLineBuffer(plor::ArrayObject& array, std::vector<LineVertex> vertices)
     std::vector<std::byte> bytes(count * sizeof(LineVertex));
     std::memcpy(bytes.data(), vertices.data(), bytes.size());
     array.SetBuffer(0, std::move(bytes),
-                    {plor::Attribute{0, 3, plor::DataType::Float, false, sizeof(LineVertex), offsetof(LineVertex, position)},
-                     plor::Attribute{1, 4, plor::DataType::Float, false, sizeof(LineVertex), offsetof(LineVertex, color)}});
+                    {plor::Attribute{0, 3, plor::DataType::Float, false, sizeof(LineVertex),
+                                     offsetof(LineVertex, position)},
+                     plor::Attribute{1, 4, plor::DataType::Float, false, sizeof(LineVertex),
+                                     offsetof(LineVertex, color)}});
     array.SetVertexCount(count);
 }
 
@@ -118,9 +120,11 @@ glm::mat4 HelperRenderer::GridModelMatrix(int gridMode, float units)
     // grid's first direction becomes the plane's first axis (YZ: y then z, ZX: z then x).
     glm::mat4 turn(1.0f);
     if (gridMode == GridMode::YZ)
-        turn = glm::mat4(glm::vec4(0, 1, 0, 0), glm::vec4(0, 0, 1, 0), glm::vec4(1, 0, 0, 0), glm::vec4(0, 0, 0, 1));
+        turn = glm::mat4(glm::vec4(0, 1, 0, 0), glm::vec4(0, 0, 1, 0), glm::vec4(1, 0, 0, 0),
+                         glm::vec4(0, 0, 0, 1));
     else if (gridMode == GridMode::ZX)
-        turn = glm::mat4(glm::vec4(0, 0, 1, 0), glm::vec4(1, 0, 0, 0), glm::vec4(0, 1, 0, 0), glm::vec4(0, 0, 0, 1));
+        turn = glm::mat4(glm::vec4(0, 0, 1, 0), glm::vec4(1, 0, 0, 0), glm::vec4(0, 1, 0, 0),
+                         glm::vec4(0, 0, 0, 1));
     return turn * glm::mat4(glm::mat3(units));
 }
 

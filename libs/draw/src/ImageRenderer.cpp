@@ -154,7 +154,8 @@ void ImageRenderer::Render(const RenderContext& context, const Style& style)
         sizeChecked_ = true;
         GLint maxSize = 0;
         glGetIntegerv(GL_MAX_TEXTURE_SIZE, &maxSize);
-        if (maxSize > 0 && (width_ > static_cast<std::uint32_t>(maxSize) || height_ > static_cast<std::uint32_t>(maxSize))) {
+        if (maxSize > 0 &&
+            (width_ > static_cast<std::uint32_t>(maxSize) || height_ > static_cast<std::uint32_t>(maxSize))) {
             rlog::Fail("The image is " + std::to_string(width_) + " x " + std::to_string(height_) +
                            " pixels; this graphics driver takes at most " + std::to_string(maxSize) +
                            " per side, so it is not shown",
@@ -181,7 +182,8 @@ void ImageRenderer::Render(const RenderContext& context, const Style& style)
         gpu.programId = id;
     }
 
-    gpu.texture.SetFilter(imageStyle->nearestFiltering ? plor::TextureFilter::Nearest : plor::TextureFilter::Linear);
+    gpu.texture.SetFilter(imageStyle->nearestFiltering ? plor::TextureFilter::Nearest
+                                                       : plor::TextureFilter::Linear);
     if (!gpu.texture.Bind(0))
         return;
     if (gpu.vertexArray == 0)
@@ -208,7 +210,8 @@ void ImageRenderer::Render(const RenderContext& context, const Style& style)
     auto mask = [](bool shown) { return shown ? 1.0f : 0.0f; };
     glUniform4f(gpu.locChannelMask, mask(s.showRed), mask(s.showGreen), mask(s.showBlue), mask(s.showAlpha));
     glUniform1i(gpu.locAlphaAsGray, s.showAlpha && !s.showRed && !s.showGreen && !s.showBlue ? 1 : 0);
-    const float scale = std::isfinite(context.pixelScale) && context.pixelScale > 0.0f ? context.pixelScale : 1.0f;
+    const float scale =
+        std::isfinite(context.pixelScale) && context.pixelScale > 0.0f ? context.pixelScale : 1.0f;
     glUniform1f(gpu.locCheckerCell, std::max(1.0f, std::round(kCheckerCell * scale)));
 
     // A flat picture over everything else in the view: no depth, no blending (transparency is

@@ -19,8 +19,9 @@ const char* const kReadLabel = "vexa::draw::ImageStyle::ReadFromStream";
 template <class S>
 auto Flags(S& s)
 {
-    return std::array{&s.nearestFiltering, &s.fitToViewport, &s.keepAspectRatio, &s.mirrorX,   &s.mirrorY,
-                      &s.showRed,          &s.showGreen,     &s.showBlue,        &s.showAlpha, &s.colorTransformEnabled};
+    return std::array{
+        &s.nearestFiltering, &s.fitToViewport, &s.keepAspectRatio, &s.mirrorX,   &s.mirrorY,
+        &s.showRed,          &s.showGreen,     &s.showBlue,        &s.showAlpha, &s.colorTransformEnabled};
 }
 
 template <class S>
@@ -82,7 +83,8 @@ bool ImageStyle::ReadFromStream(std::istream& in)
         if (!reader.Read(*factor))
             return false;
         if (!std::isfinite(*factor)) {
-            rlog::Warn("Image style holds a colour factor that is not a number; style left unchanged", kReadLabel);
+            rlog::Warn("Image style holds a colour factor that is not a number; style left unchanged",
+                       kReadLabel);
             return false;
         }
     }

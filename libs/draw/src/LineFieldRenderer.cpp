@@ -48,7 +48,8 @@ struct LineFieldRenderer::Gpu {
 
 LineFieldRenderer::LineFieldRenderer() : gpu_(std::make_unique<Gpu>()) {}
 
-LineFieldRenderer::LineFieldRenderer(std::span<const geom::LineSegment3> lines) : gpu_(std::make_unique<Gpu>())
+LineFieldRenderer::LineFieldRenderer(std::span<const geom::LineSegment3> lines)
+    : gpu_(std::make_unique<Gpu>())
 {
     SetLines(lines);
 }

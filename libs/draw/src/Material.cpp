@@ -29,7 +29,8 @@ bool Material::ReadFromStream(std::istream& in)
     if (!reader.Read(version))
         return false;
     if (version != kMaterialVersion) {
-        rlog::Warn("Unknown material record version " + std::to_string(version) + "; keeping the current values",
+        rlog::Warn("Unknown material record version " + std::to_string(version) +
+                       "; keeping the current values",
                    "vexa::draw::Material::ReadFromStream");
         return false;
     }

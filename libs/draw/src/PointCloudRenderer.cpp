@@ -45,8 +45,8 @@ constexpr std::string_view kPointsProgram = "pointcloud.points";
 constexpr std::string_view kFlatProgram = "pointcloud.flat";
 constexpr std::string_view kFlatColoredProgram = "pointcloud.flat.colored";
 constexpr plor::ProgramFiles kFlatFiles{"pointcloud/flat.vert", "pointcloud/flat.frag"};
-constexpr plor::ProgramFiles kFlatColoredFiles{"pointcloud/flat.vert", "pointcloud/flat.frag", {},
-                                               "PER_POINT_COLOR"};
+constexpr plor::ProgramFiles kFlatColoredFiles{
+    "pointcloud/flat.vert", "pointcloud/flat.frag", {}, "PER_POINT_COLOR"};
 const plor::Attribute kColorAttribute{2, 3, plor::DataType::UnsignedByte, true};
 constexpr std::string_view kNormalsProgram = "pointcloud.normals";
 constexpr plor::ProgramFiles kPointsFiles{"pointcloud/points.vert", "pointcloud/points.frag"};
@@ -143,8 +143,8 @@ std::unique_ptr<plor::UploadBytes> CopyBytes(std::span<const std::byte> bytes)
 
 struct PointUniforms {
     unsigned int program = 0;
-    GLint pointSize = -1, hasNormals = -1, cullBackFacing = -1, hasColors = -1, colorMode = -1, shadeColors = -1,
-          orientedDiscs = -1;
+    GLint pointSize = -1, hasNormals = -1, cullBackFacing = -1, hasColors = -1, colorMode = -1,
+          shadeColors = -1, orientedDiscs = -1;
     TransformUniforms transform;
     LightingUniforms lighting;
 
@@ -249,7 +249,8 @@ PointCloudRenderer::PointCloudRenderer(const tesk::PointCloud& cloud) : gpu_(std
     }
 
     auto copy = std::make_unique<plor::UploadBytes>(positions.size_bytes());
-    const PositionScan scan = ScanAndCopyPositions(positions, reinterpret_cast<float*>(copy->MutableBytes().data()));
+    const PositionScan scan =
+        ScanAndCopyPositions(positions, reinterpret_cast<float*>(copy->MutableBytes().data()));
     bounds_ = scan.bounds;
     nonFiniteCount_ = scan.nonFinite;
     if (nonFiniteCount_ > 0)
@@ -365,7 +366,8 @@ void PointCloudRenderer::DrawPoints(std::size_t drawn)
     if (drawn == pointCount_)
         gpu_->array.Draw(plor::PrimitiveType::Points);
     else
-        gpu_->array.DrawElementRuns(plor::PrimitiveType::Points, gpu_->runCounts, gpu_->runStarts, gpu_->runBases);
+        gpu_->array.DrawElementRuns(plor::PrimitiveType::Points, gpu_->runCounts, gpu_->runStarts,
+                                    gpu_->runBases);
 }
 
 void PointCloudRenderer::Render(const RenderContext& context, const Style& baseStyle)
@@ -391,7 +393,8 @@ void PointCloudRenderer::Render(const RenderContext& context, const Style& baseS
 
     glEnable(GL_PROGRAM_POINT_SIZE);
     if (useNormals) {
-        if (plor::Program& program = context.programs->GetOrAdd(kPointsProgram, kPointsFiles); program.Use()) {
+        if (plor::Program& program = context.programs->GetOrAdd(kPointsProgram, kPointsFiles);
+            program.Use()) {
             PointUniforms& u = gpu.points;
             u.Refresh(program);
             u.transform.Upload(context, model, normalMatrix);

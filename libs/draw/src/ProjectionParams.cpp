@@ -87,8 +87,7 @@ glm::vec3 UnprojectScreenPoint(const glm::vec2& screen, float ndcDepth, const gl
     return point;
 }
 
-ProjectionParams MakeProjectionParams(float fovY, float nearPlane, float farPlane,
-                                      const glm::ivec4& viewport)
+ProjectionParams MakeProjectionParams(float fovY, float nearPlane, float farPlane, const glm::ivec4& viewport)
 {
     ProjectionParams params;
     const float aspect = ViewportAspect(viewport);

@@ -112,8 +112,7 @@ struct RenderSystem::Gpu {
 };
 
 RenderSystem::RenderSystem()
-    : background_(tesk::Color3b(0x3D, 0x3D, 0x3D).ToFloat())
-    , gpu_(std::make_unique<Gpu>())
+    : background_(tesk::Color3b(0x3D, 0x3D, 0x3D).ToFloat()), gpu_(std::make_unique<Gpu>())
 {
     gpu_->checker.SetImage(MakeCheckerImage());
     gpu_->checker.SetWrap(plor::TextureWrap::Repeat);
@@ -186,7 +185,8 @@ void RenderSystem::SetAntiAliasingMethod(AntiAliasingMethod method)
 
 void RenderSystem::SetAntiAliasingMethod(int value)
 {
-    if (value < static_cast<int>(AntiAliasingMethod::Off) || value > static_cast<int>(AntiAliasingMethod::Fxaa)) {
+    if (value < static_cast<int>(AntiAliasingMethod::Off) ||
+        value > static_cast<int>(AntiAliasingMethod::Fxaa)) {
         rlog::Warn("Unknown anti-aliasing method " + std::to_string(value) + "; anti-aliasing is off",
                    "vexa::draw::RenderSystem::SetAntiAliasingMethod");
         antiAliasing_ = AntiAliasingMethod::Off;
@@ -221,7 +221,8 @@ plor::ProgramList& RenderSystem::GetPrograms()
 bool RenderSystem::ReloadShaders()
 {
     if (!HasCurrentContext()) {
-        rlog::Warn("Shaders can only be rebuilt with a context current", "vexa::draw::RenderSystem::ReloadShaders");
+        rlog::Warn("Shaders can only be rebuilt with a context current",
+                   "vexa::draw::RenderSystem::ReloadShaders");
         return false;
     }
     const bool ok = gpu_->programs.ReloadAll();
@@ -264,7 +265,8 @@ void RenderSystem::RenderTo(plor::Framebuffer& target)
         return;
     }
     if (!target.IsValid()) {
-        rlog::Warn("The target framebuffer has no storage; call Resize first", "vexa::draw::RenderSystem::RenderTo");
+        rlog::Warn("The target framebuffer has no storage; call Resize first",
+                   "vexa::draw::RenderSystem::RenderTo");
         return;
     }
     RenderFrame(&target, target.GetWidth(), target.GetHeight());
@@ -342,7 +344,8 @@ void RenderSystem::RunFxaa(const plor::Framebuffer* output, int width, int heigh
     glActiveTexture(GL_TEXTURE0);
     glBindTexture(GL_TEXTURE_2D, gpu.fxaaSource.GetColorTexture());
     program->SetUniform(kFxaaSource, 0);
-    program->SetUniform(kFxaaTexelSize, glm::vec2(1.0f / static_cast<float>(width), 1.0f / static_cast<float>(height)));
+    program->SetUniform(kFxaaTexelSize,
+                        glm::vec2(1.0f / static_cast<float>(width), 1.0f / static_cast<float>(height)));
     glBindVertexArray(gpu.emptyVertexArray);
     glDrawArrays(GL_TRIANGLES, 0, 3);
     glBindVertexArray(0);
@@ -496,7 +499,8 @@ tesk::Image RenderSystem::CaptureImage() const
         rlog::Fail("Reading the window's pixels failed", label);
         return {};
     }
-    return tesk::Image(static_cast<std::uint32_t>(size.x), static_cast<std::uint32_t>(size.y), 4, std::move(pixels));
+    return tesk::Image(static_cast<std::uint32_t>(size.x), static_cast<std::uint32_t>(size.y), 4,
+                       std::move(pixels));
 }
 
 bool RenderSystem::SaveScreenshot(const std::string& path) const

@@ -20,9 +20,7 @@ constexpr float kMinNear = 1e-5f;
 
 } // namespace
 
-Scene::Scene(const glm::ivec4& viewport)
-    : viewport_(0)
-    , fovY_(std::numbers::pi_v<float> / 4.0f)
+Scene::Scene(const glm::ivec4& viewport) : viewport_(0), fovY_(std::numbers::pi_v<float> / 4.0f)
 {
     SetViewport(viewport);
 }
@@ -167,7 +165,8 @@ geom::TAabb<3, float> Scene::ComputeBoundingBox() const
         // A rotated box's corners bound the rotated content; its axis-aligned hull is what
         // camera framing needs.
         for (int corner = 0; corner < 8; ++corner) {
-            const glm::vec3 point((corner & 1) ? local.max.x : local.min.x, (corner & 2) ? local.max.y : local.min.y,
+            const glm::vec3 point((corner & 1) ? local.max.x : local.min.x,
+                                  (corner & 2) ? local.max.y : local.min.y,
                                   (corner & 4) ? local.max.z : local.min.z);
             box.Extend(glm::vec3(model * glm::vec4(point, 1.0f)));
         }

@@ -59,7 +59,9 @@ std::span<const std::uint16_t> FullBlockOrder()
 
 std::uint32_t VariantMask(std::size_t variant)
 {
-    return variant == 0 ? 0u : Mix(static_cast<std::uint32_t>(variant) * 2654435761u) & (ShuffledOrder::kBlockSize - 1);
+    return variant == 0
+               ? 0u
+               : Mix(static_cast<std::uint32_t>(variant) * 2654435761u) & (ShuffledOrder::kBlockSize - 1);
 }
 
 std::size_t VariantCount(std::size_t count)
@@ -99,12 +101,14 @@ std::size_t ShuffledOrder::SubsetRuns(std::size_t count, std::size_t budget, std
                                       std::span<std::size_t> starts, std::span<int> bases)
 {
     const std::size_t blocks = std::min({BlockCount(count), counts.size(), starts.size(), bases.size()});
-    const double share = count > 0 ? std::min(1.0, static_cast<double>(budget) / static_cast<double>(count)) : 0.0;
+    const double share =
+        count > 0 ? std::min(1.0, static_cast<double>(budget) / static_cast<double>(count)) : 0.0;
     std::size_t total = 0;
     for (std::size_t b = 0; b < blocks; ++b) {
         const std::size_t first = b * kBlockSize;
         const std::size_t length = std::min(kBlockSize, count - first);
-        const auto take = std::min(length, static_cast<std::size_t>(std::ceil(share * static_cast<double>(length))));
+        const auto take =
+            std::min(length, static_cast<std::size_t>(std::ceil(share * static_cast<double>(length))));
         counts[b] = static_cast<int>(take);
         starts[b] = OrderStart(b, count);
         bases[b] = static_cast<int>(first);

@@ -15,8 +15,8 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <cstddef>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -104,7 +104,8 @@ int PixelBucket(float size, float pixelScale)
     const float pixels = size * pixelScale;
     if (!std::isfinite(pixels) || pixels <= 0.0f)
         return 0;
-    const float clamped = std::clamp(pixels, static_cast<float>(kMinPixelSize), static_cast<float>(kMaxPixelSize));
+    const float clamped =
+        std::clamp(pixels, static_cast<float>(kMinPixelSize), static_cast<float>(kMaxPixelSize));
     return static_cast<int>(std::lround(clamped));
 }
 
@@ -254,7 +255,8 @@ struct TextRenderer::Font {
         }
         if (const FT_Error error = FT_New_Face(library, path.c_str(), 0, &face); error != 0) {
             face = nullptr;
-            rlog::Fail("Can not load font file \"" + path + "\" (FreeType error " + std::to_string(error) + ")",
+            rlog::Fail("Can not load font file \"" + path + "\" (FreeType error " + std::to_string(error) +
+                           ")",
                        label);
             state = State::Failed;
             return false;
@@ -580,8 +582,8 @@ struct TextRenderer::Font {
             atlas.textureWidth = atlas.width;
             atlas.textureHeight = atlas.height;
         } else {
-            glTexSubImage2D(GL_TEXTURE_2D, 0, 0, atlas.dirtyTop, atlas.width, atlas.dirtyBottom - atlas.dirtyTop,
-                            GL_RED, GL_UNSIGNED_BYTE,
+            glTexSubImage2D(GL_TEXTURE_2D, 0, 0, atlas.dirtyTop, atlas.width,
+                            atlas.dirtyBottom - atlas.dirtyTop, GL_RED, GL_UNSIGNED_BYTE,
                             atlas.pixels.data() + static_cast<std::size_t>(atlas.dirtyTop) * atlas.width);
         }
         glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
@@ -638,7 +640,8 @@ void TextRenderer::Print(const std::string& text, float x, float y)
     if (!scene_ || text.empty())
         return;
     if (!std::isfinite(x) || !std::isfinite(y) || PixelBucket(size_, 1.0f) == 0) {
-        rlog::Warn("Text \"" + text + "\" has a non-finite position or an invalid size " + std::to_string(size_),
+        rlog::Warn("Text \"" + text + "\" has a non-finite position or an invalid size " +
+                       std::to_string(size_),
                    "vexa::draw::TextRenderer::Print");
         return;
     }
@@ -688,7 +691,8 @@ void TextRenderer::RenderQueued(const RenderContext& context)
         return;
 
     Font& font = *font_;
-    const float pixelScale = std::isfinite(context.pixelScale) && context.pixelScale > 0.0f ? context.pixelScale : 1.0f;
+    const float pixelScale =
+        std::isfinite(context.pixelScale) && context.pixelScale > 0.0f ? context.pixelScale : 1.0f;
     const bool drawable = context.programs && context.glViewport.z > 0 && context.glViewport.w > 0;
     if (!drawable || !font.EnsureLoaded(fontFile_, kRenderLabel)) {
         Forget(scene);

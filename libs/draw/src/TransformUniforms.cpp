@@ -26,7 +26,8 @@ void TransformUniforms::Refresh(plor::Program& program)
     cameraPosition_ = program.GetUniformLocation("uCameraPosition");
 }
 
-void TransformUniforms::Upload(const RenderContext& context, const glm::mat4& model, const glm::mat3& normalMatrix) const
+void TransformUniforms::Upload(const RenderContext& context, const glm::mat4& model,
+                               const glm::mat3& normalMatrix) const
 {
     // Location -1 (a uniform the program does not have) is ignored by GL.
     glUniformMatrix4fv(model_, 1, GL_FALSE, glm::value_ptr(model));
@@ -34,7 +35,8 @@ void TransformUniforms::Upload(const RenderContext& context, const glm::mat4& mo
     glUniformMatrix4fv(view_, 1, GL_FALSE, glm::value_ptr(context.view));
     glUniformMatrix4fv(projection_, 1, GL_FALSE, glm::value_ptr(context.projection));
     glUniformMatrix4fv(viewProjection_, 1, GL_FALSE, glm::value_ptr(context.viewProjection));
-    glUniform3f(cameraPosition_, context.cameraPosition.x, context.cameraPosition.y, context.cameraPosition.z);
+    glUniform3f(cameraPosition_, context.cameraPosition.x, context.cameraPosition.y,
+                context.cameraPosition.z);
 }
 
 } // namespace vexa::draw

@@ -26,7 +26,8 @@ public:
 
 private:
     unsigned int program_ = 0;
-    int model_ = -1, normalMatrix_ = -1, view_ = -1, projection_ = -1, viewProjection_ = -1, cameraPosition_ = -1;
+    int model_ = -1, normalMatrix_ = -1, view_ = -1, projection_ = -1, viewProjection_ = -1,
+        cameraPosition_ = -1;
 };
 
 } // namespace vexa::draw

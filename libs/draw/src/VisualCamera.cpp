@@ -153,8 +153,7 @@ void VisualCamera::LookAt(const glm::vec3& target, const glm::vec3& up)
     const glm::vec3 offset = target - position_;
     const float distance = glm::length(offset);
     if (!(distance > 0.0f) || !std::isfinite(distance)) {
-        rlog::Warn("Target " + ToText(target) + " is the camera position; kept the orientation",
-                   label);
+        rlog::Warn("Target " + ToText(target) + " is the camera position; kept the orientation", label);
         return;
     }
     const glm::vec3 forward = offset / distance;
@@ -200,8 +199,7 @@ void VisualCamera::TurnLocal(float angle, const glm::vec3& axis, const char* lab
 void VisualCamera::Rotate(const glm::quat& rotation)
 {
     if (!IsUsableRotation(rotation)) {
-        rlog::Warn("Rotation " + ToText(rotation) + " is not a rotation",
-                   "vexa::draw::VisualCamera::Rotate");
+        rlog::Warn("Rotation " + ToText(rotation) + " is not a rotation", "vexa::draw::VisualCamera::Rotate");
         return;
     }
     const glm::quat unit = Unit(rotation);

@@ -28,8 +28,7 @@ bool IsValidLength(float pixels)
 
 } // namespace
 
-ArrayPanel::ArrayPanel(const CEGUI::String& type, const CEGUI::String& name)
-    : CEGUI::Window(type, name)
+ArrayPanel::ArrayPanel(const CEGUI::String& type, const CEGUI::String& name) : CEGUI::Window(type, name)
 {
     const CEGUI::String propertyOrigin = WidgetTypeName;
     CEGUI_DEFINE_PROPERTY(ArrayPanel, float, "Padding", "Space in pixels around the stacked children.",
@@ -38,7 +37,8 @@ ArrayPanel::ArrayPanel(const CEGUI::String& type, const CEGUI::String& name)
                           &ArrayPanel::SetElementSpacing, &ArrayPanel::GetElementSpacing, 0.0f);
     CEGUI_DEFINE_PROPERTY(ArrayPanel, bool, "AutoUpdateLayout",
                           "Whether adding, removing or resizing children re-lays the panel at once.",
-                          &ArrayPanel::SetAutoUpdateLayoutEnabled, &ArrayPanel::IsAutoUpdateLayoutEnabled, true);
+                          &ArrayPanel::SetAutoUpdateLayoutEnabled, &ArrayPanel::IsAutoUpdateLayoutEnabled,
+                          true);
 }
 
 ArrayPanel::~ArrayPanel()
@@ -74,8 +74,8 @@ void ArrayPanel::SetPadding(float pixels)
 void ArrayPanel::SetElementSpacing(float pixels)
 {
     if (!IsValidLength(pixels)) {
-        rlog::Warn("Element spacing must be a finite, non-negative number of pixels, got " + std::to_string(pixels) +
-                       "; keeping " + std::to_string(spacing_),
+        rlog::Warn("Element spacing must be a finite, non-negative number of pixels, got " +
+                       std::to_string(pixels) + "; keeping " + std::to_string(spacing_),
                    "nubo::ArrayPanel::SetElementSpacing");
         return;
     }

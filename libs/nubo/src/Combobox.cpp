@@ -33,14 +33,13 @@ int ToValue(CEGUI::uint id)
 } // namespace
 
 Combobox::Combobox(const CEGUI::String& type, const CEGUI::String& name)
-    : CEGUI::Combobox(type, name)
-    , itemTextColour_(0xFFE6E6E6)
-    , selectionColour_(0xFF4A90D9)
-    , selectionBrush_("DarkVexa/Fill")
+    : CEGUI::Combobox(type, name), itemTextColour_(0xFFE6E6E6), selectionColour_(0xFF4A90D9),
+      selectionBrush_("DarkVexa/Fill")
 {
     const CEGUI::String propertyOrigin = WidgetTypeName;
     CEGUI_DEFINE_PROPERTY(Combobox, CEGUI::Colour, "ItemTextColour", "Text colour of the list items.",
-                          &Combobox::SetItemTextColour, &Combobox::GetItemTextColour, CEGUI::Colour(0xFFE6E6E6));
+                          &Combobox::SetItemTextColour, &Combobox::GetItemTextColour,
+                          CEGUI::Colour(0xFFE6E6E6));
     CEGUI_DEFINE_PROPERTY(Combobox, CEGUI::Colour, "ItemSelectionColour",
                           "Colour of the selected list item's background.", &Combobox::SetItemSelectionColour,
                           &Combobox::GetItemSelectionColour, CEGUI::Colour(0xFF4A90D9));
@@ -157,8 +156,10 @@ void Combobox::StyleItem(CEGUI::ListboxItem* item) const
     if (auto* textItem = dynamic_cast<CEGUI::ListboxTextItem*>(item))
         textItem->setTextColours(itemTextColour_);
     item->setSelectionColours(selectionColour_);
-    const bool haveBrush = !selectionBrush_.empty() && CEGUI::ImageManager::getSingleton().isDefined(selectionBrush_);
-    item->setSelectionBrushImage(haveBrush ? &CEGUI::ImageManager::getSingleton().get(selectionBrush_) : nullptr);
+    const bool haveBrush =
+        !selectionBrush_.empty() && CEGUI::ImageManager::getSingleton().isDefined(selectionBrush_);
+    item->setSelectionBrushImage(haveBrush ? &CEGUI::ImageManager::getSingleton().get(selectionBrush_)
+                                           : nullptr);
 }
 
 void Combobox::StyleAllItems()

@@ -17,6 +17,7 @@
 #include <CEGUI/ImageManager.h>
 #include <CEGUI/Logger.h>
 #include <CEGUI/MouseCursor.h>
+#include <CEGUI/RegexMatcher.h>
 #include <CEGUI/RendererModules/Null/Renderer.h>
 #include <CEGUI/RendererModules/OpenGL/GL3Renderer.h>
 #include <CEGUI/Scheme.h>
@@ -26,7 +27,6 @@
 #include <CEGUI/Window.h>
 #include <CEGUI/WindowFactoryManager.h>
 #include <CEGUI/WindowManager.h>
-#include <CEGUI/RegexMatcher.h>
 #include <CEGUI/XMLParser.h>
 #include <CEGUI/falagard/WidgetLookManager.h>
 #include <CEGUI/widgets/Editbox.h>
@@ -83,8 +83,7 @@ private:
         static const CEGUI::String end = "==========  End of Backtrace";
         if (message.compare(0, start.length(), start) == 0)
             inBacktrace_ = true;
-        else if (message.compare(0, end.length(), end) == 0)
-        {
+        else if (message.compare(0, end.length(), end) == 0) {
             inBacktrace_ = false;
             return true;
         }
@@ -153,11 +152,12 @@ bool InstallValidator(const CEGUI::EventArgs& e)
     auto* matcher = new StdRegexMatcher;
     matcher->setRegexString(editbox->getValidationString());
     editbox->setValidator(matcher);
-    editbox->subscribeEvent(CEGUI::Window::EventDestructionStarted, [editbox, matcher](const CEGUI::EventArgs&) {
-        editbox->setValidator(nullptr);
-        delete matcher;
-        return false;
-    });
+    editbox->subscribeEvent(CEGUI::Window::EventDestructionStarted,
+                            [editbox, matcher](const CEGUI::EventArgs&) {
+                                editbox->setValidator(nullptr);
+                                delete matcher;
+                                return false;
+                            });
     return false;
 }
 
@@ -265,7 +265,8 @@ bool SetUpContext(SystemState& state, const std::string& directory, float width,
         if (CEGUI::FontManager::getSingleton().isDefined(kDefaultFont))
             state.context->setDefaultFont(kDefaultFont);
         else
-            rlog::Warn(std::string("The scheme defines no font \"") + kDefaultFont + "\"; texts use CEGUI's first font",
+            rlog::Warn(std::string("The scheme defines no font \"") + kDefaultFont +
+                           "\"; texts use CEGUI's first font",
                        label);
         if (CEGUI::WindowFactoryManager::getSingleton().isFalagardMappedType(kTooltipType))
             state.context->setDefaultTooltipType(kTooltipType);
@@ -278,8 +279,8 @@ bool SetUpContext(SystemState& state, const std::string& directory, float width,
         cursor.setPosition(CEGUI::Vector2f(0.0f, 0.0f));
 
         state.root = CEGUI::WindowManager::getSingleton().createWindow("DefaultWindow", "root");
-        state.root->setArea(CEGUI::URect(CEGUI::UDim(0.0f, 0.0f), CEGUI::UDim(0.0f, 0.0f), CEGUI::UDim(1.0f, 0.0f),
-                                         CEGUI::UDim(1.0f, 0.0f)));
+        state.root->setArea(CEGUI::URect(CEGUI::UDim(0.0f, 0.0f), CEGUI::UDim(0.0f, 0.0f),
+                                         CEGUI::UDim(1.0f, 0.0f), CEGUI::UDim(1.0f, 0.0f)));
         state.context->setRootWindow(state.root);
         return true;
     });
@@ -350,7 +351,8 @@ bool GuiSystem::Initialize(const std::shared_ptr<plor::Window>& window, const st
             CEGUI::Sizef(static_cast<float>(size.x), static_cast<float>(size.y)));
         return true;
     });
-    if (!started || !SetUpContext(*state, directory, static_cast<float>(size.x), static_cast<float>(size.y), label)) {
+    if (!started ||
+        !SetUpContext(*state, directory, static_cast<float>(size.x), static_cast<float>(size.y), label)) {
         Shutdown(*state);
         window->UnsetContextConditional();
         return false;
@@ -385,7 +387,8 @@ bool GuiSystem::InitializeHeadless(const std::string& resourceDirectory, int wid
         state->renderer = &CEGUI::NullRenderer::bootstrapSystem();
         return true;
     });
-    if (!started || !SetUpContext(*state, directory, static_cast<float>(width), static_cast<float>(height), label)) {
+    if (!started ||
+        !SetUpContext(*state, directory, static_cast<float>(width), static_cast<float>(height), label)) {
         Shutdown(*state);
         return false;
     }
@@ -496,10 +499,14 @@ bool GuiSystem::InjectKeyDown(CEGUI::Key::Scan key)
                 }
             }
             return handled;
-        case CEGUI::Key::C: return context.injectCopyRequest() || handled;
-        case CEGUI::Key::X: return context.injectCutRequest() || handled;
-        case CEGUI::Key::V: return context.injectPasteRequest() || handled;
-        default: return handled;
+        case CEGUI::Key::C:
+            return context.injectCopyRequest() || handled;
+        case CEGUI::Key::X:
+            return context.injectCutRequest() || handled;
+        case CEGUI::Key::V:
+            return context.injectPasteRequest() || handled;
+        default:
+            return handled;
         }
     });
 }
@@ -529,8 +536,9 @@ bool GuiSystem::InjectChar(unsigned int codepoint)
 {
     if (!state_)
         return false;
-    return Guarded("nubo::GuiSystem::InjectChar",
-                   [&] { return state_->context->injectChar(static_cast<CEGUI::String::value_type>(codepoint)); });
+    return Guarded("nubo::GuiSystem::InjectChar", [&] {
+        return state_->context->injectChar(static_cast<CEGUI::String::value_type>(codepoint));
+    });
 }
 
 bool GuiSystem::ScrollPaneUnderMouse(float delta)
@@ -540,9 +548,9 @@ bool GuiSystem::ScrollPaneUnderMouse(float delta)
     // wheel themselves keep it; otherwise the nearest scrollable pane around the pointer
     // scrolls, as it does in any other toolkit.
     for (CEGUI::Window* w = state_->context->getWindowContainingMouse(); w != nullptr; w = w->getParent()) {
-        if (dynamic_cast<CEGUI::Slider*>(w) || dynamic_cast<CEGUI::Spinner*>(w) || dynamic_cast<CEGUI::Scrollbar*>(w) ||
-            dynamic_cast<CEGUI::Listbox*>(w) || dynamic_cast<CEGUI::ItemListBase*>(w) ||
-            dynamic_cast<CEGUI::MultiLineEditbox*>(w))
+        if (dynamic_cast<CEGUI::Slider*>(w) || dynamic_cast<CEGUI::Spinner*>(w) ||
+            dynamic_cast<CEGUI::Scrollbar*>(w) || dynamic_cast<CEGUI::Listbox*>(w) ||
+            dynamic_cast<CEGUI::ItemListBase*>(w) || dynamic_cast<CEGUI::MultiLineEditbox*>(w))
             return false;
         if (auto* pane = dynamic_cast<CEGUI::ScrollablePane*>(w)) {
             CEGUI::Scrollbar* bar = pane->getVertScrollbar();

@@ -54,13 +54,15 @@ void SetPosition(CEGUI::Window* window, float relativeX, float pixelsX, float re
     window->setPosition(CEGUI::UVector2(CEGUI::UDim(relativeX, pixelsX), CEGUI::UDim(relativeY, pixelsY)));
 }
 
-void SetSize(CEGUI::Window* window, float relativeWidth, float pixelsWidth, float relativeHeight, float pixelsHeight)
+void SetSize(CEGUI::Window* window, float relativeWidth, float pixelsWidth, float relativeHeight,
+             float pixelsHeight)
 {
     if (!window) {
         rlog::Warn("No window to size", "nubo::SetSize");
         return;
     }
-    window->setSize(CEGUI::USize(CEGUI::UDim(relativeWidth, pixelsWidth), CEGUI::UDim(relativeHeight, pixelsHeight)));
+    window->setSize(
+        CEGUI::USize(CEGUI::UDim(relativeWidth, pixelsWidth), CEGUI::UDim(relativeHeight, pixelsHeight)));
 }
 
 void SetTheme(PushButtonTheme theme, CEGUI::Window* button)
@@ -69,14 +71,13 @@ void SetTheme(PushButtonTheme theme, CEGUI::Window* button)
         return;
     ButtonColours colours{};
     if (!ThemeColours(theme, colours)) {
-        rlog::Warn("Unknown push button theme " + std::to_string(static_cast<int>(theme)),
-                   "nubo::SetTheme");
+        rlog::Warn("Unknown push button theme " + std::to_string(static_cast<int>(theme)), "nubo::SetTheme");
         return;
     }
     const std::pair<const char*, const char*> properties[] = {{"NormalColour", colours.normal},
-                                                               {"HoverColour", colours.hover},
-                                                               {"PushedColour", colours.pushed},
-                                                               {"TextColour", colours.text}};
+                                                              {"HoverColour", colours.hover},
+                                                              {"PushedColour", colours.pushed},
+                                                              {"TextColour", colours.text}};
     for (const auto& [name, value] : properties) {
         if (!button->isPropertyPresent(name)) {
             rlog::Warn("Button \"" + std::string(button->getNamePath().c_str()) + "\" of type \"" +

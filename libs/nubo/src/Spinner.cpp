@@ -12,14 +12,15 @@ void Spinner::initialiseComponents()
 {
     CEGUI::Spinner::initialiseComponents();
     CEGUI::Editbox* editbox = getEditbox();
-    editbox->subscribeEvent(CEGUI::Editbox::EventTextAccepted, CEGUI::Event::Subscriber(&Spinner::ShowValue, this));
-    editbox->subscribeEvent(CEGUI::Window::EventDeactivated, CEGUI::Event::Subscriber(&Spinner::ShowValue, this));
+    editbox->subscribeEvent(CEGUI::Editbox::EventTextAccepted,
+                            CEGUI::Event::Subscriber(&Spinner::ShowValue, this));
+    editbox->subscribeEvent(CEGUI::Window::EventDeactivated,
+                            CEGUI::Event::Subscriber(&Spinner::ShowValue, this));
 }
 
 void Spinner::onValueChanged(CEGUI::WindowEventArgs& e)
 {
-    if (getEditbox()->hasInputFocus())
-    {
+    if (getEditbox()->hasInputFocus()) {
         fireEvent(EventValueChanged, e, EventNamespace);
         return;
     }

@@ -106,14 +106,14 @@ ArrayObject::~ArrayObject()
     Release();
 }
 
-void ArrayObject::SetBuffer(std::size_t slot, std::span<const std::byte> bytes, std::vector<Attribute> attributes,
-                            BufferUsage usage)
+void ArrayObject::SetBuffer(std::size_t slot, std::span<const std::byte> bytes,
+                            std::vector<Attribute> attributes, BufferUsage usage)
 {
     Hold(SetSlot(slot, std::move(attributes), usage), bytes);
 }
 
-void ArrayObject::SetBuffer(std::size_t slot, std::vector<std::byte>&& bytes, std::vector<Attribute> attributes,
-                            BufferUsage usage)
+void ArrayObject::SetBuffer(std::size_t slot, std::vector<std::byte>&& bytes,
+                            std::vector<Attribute> attributes, BufferUsage usage)
 {
     Hold(SetSlot(slot, std::move(attributes), usage), std::move(bytes));
 }
@@ -277,7 +277,8 @@ bool ArrayObject::Upload()
                 continue;
             glBindBuffer(GL_ARRAY_BUFFER, s.buffer);
             for (const Attribute& a : s.attributes) {
-                if (a.location >= static_cast<unsigned>(maxAttributes) || a.components < 1 || a.components > 4) {
+                if (a.location >= static_cast<unsigned>(maxAttributes) || a.components < 1 ||
+                    a.components > 4) {
                     rlog::Warn("Skipping attribute at location " + std::to_string(a.location) + " with " +
                                    std::to_string(a.components) + " components",
                                "plor::ArrayObject::Upload");
@@ -288,8 +289,8 @@ bool ArrayObject::Upload()
                 if (a.integer && a.type != DataType::Float)
                     glVertexAttribIPointer(a.location, a.components, ToGl(a.type), a.stride, offset);
                 else
-                    glVertexAttribPointer(a.location, a.components, ToGl(a.type), a.normalized ? GL_TRUE : GL_FALSE,
-                                          a.stride, offset);
+                    glVertexAttribPointer(a.location, a.components, ToGl(a.type),
+                                          a.normalized ? GL_TRUE : GL_FALSE, a.stride, offset);
             }
         }
         attributesDirty_ = false;
@@ -302,11 +303,11 @@ bool ArrayObject::Upload()
         }
         // Bound while the vertex array is, so the array remembers it.
         glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBuffer_);
-        UploadBuffer(GL_ELEMENT_ARRAY_BUFFER, pendingIndices_.data(), pendingIndices_.size() * sizeof(std::uint32_t),
-                     indexGpuBytes_, GL_STATIC_DRAW);
+        UploadBuffer(GL_ELEMENT_ARRAY_BUFFER, pendingIndices_.data(),
+                     pendingIndices_.size() * sizeof(std::uint32_t), indexGpuBytes_, GL_STATIC_DRAW);
         if (const GLenum error = glGetError(); error != GL_NO_ERROR) {
-            rlog::Fail("Uploading " + std::to_string(pendingIndices_.size()) +
-                           " indices failed with " + detail::GlErrorName(static_cast<unsigned>(error)),
+            rlog::Fail("Uploading " + std::to_string(pendingIndices_.size()) + " indices failed with " +
+                           detail::GlErrorName(static_cast<unsigned>(error)),
                        "plor::ArrayObject::Upload");
             indexGpuBytes_ = 0;
             ok = false;
@@ -356,7 +357,8 @@ void ArrayObject::DrawElementRuns(PrimitiveType primitive, std::span<const int> 
     // GL takes the starts as byte offsets into the bound index buffer, in pointers.
     runOffsets_.resize(runs);
     for (std::size_t i = 0; i < runs; ++i)
-        runOffsets_[i] = reinterpret_cast<const void*>(std::min(starts[i], indexCount_) * sizeof(std::uint32_t));
+        runOffsets_[i] =
+            reinterpret_cast<const void*>(std::min(starts[i], indexCount_) * sizeof(std::uint32_t));
     Bind();
     glMultiDrawElementsBaseVertex(ToGl(primitive), counts.data(), GL_UNSIGNED_INT, runOffsets_.data(),
                                   static_cast<GLsizei>(runs), bases.data());

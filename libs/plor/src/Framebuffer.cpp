@@ -76,8 +76,8 @@ bool Framebuffer::Resize(int width, int height, int samples)
     } else {
         glGenTextures(1, &colorTexture_);
         glBindTexture(GL_TEXTURE_2D, colorTexture_);
-        glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(GL_RGBA8), width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
-                     nullptr);
+        glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(GL_RGBA8), width, height, 0, GL_RGBA,
+                     GL_UNSIGNED_BYTE, nullptr);
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, static_cast<GLint>(GL_LINEAR));
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, static_cast<GLint>(GL_LINEAR));
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, static_cast<GLint>(GL_CLAMP_TO_EDGE));
@@ -89,11 +89,13 @@ bool Framebuffer::Resize(int width, int height, int samples)
     glGenRenderbuffers(1, &depthRenderbuffer_);
     glBindRenderbuffer(GL_RENDERBUFFER, depthRenderbuffer_);
     if (effectiveSamples > 0)
-        glRenderbufferStorageMultisample(GL_RENDERBUFFER, effectiveSamples, GL_DEPTH24_STENCIL8, width, height);
+        glRenderbufferStorageMultisample(GL_RENDERBUFFER, effectiveSamples, GL_DEPTH24_STENCIL8, width,
+                                         height);
     else
         glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, width, height);
     glBindRenderbuffer(GL_RENDERBUFFER, 0);
-    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER, depthRenderbuffer_);
+    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER,
+                              depthRenderbuffer_);
 
     const GLenum status = glCheckFramebufferStatus(GL_FRAMEBUFFER);
     if (status != GL_FRAMEBUFFER_COMPLETE) {
@@ -172,9 +174,10 @@ std::vector<std::uint8_t> ReadPixelsRgba(int x, int y, int width, int height)
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
     // GL returns the bottom row first.
     for (int top = 0, bottom = height - 1; top < bottom; ++top, --bottom)
-        std::swap_ranges(pixels.begin() + static_cast<std::ptrdiff_t>(rowBytes * static_cast<std::size_t>(top)),
-                         pixels.begin() + static_cast<std::ptrdiff_t>(rowBytes * static_cast<std::size_t>(top + 1)),
-                         pixels.begin() + static_cast<std::ptrdiff_t>(rowBytes * static_cast<std::size_t>(bottom)));
+        std::swap_ranges(
+            pixels.begin() + static_cast<std::ptrdiff_t>(rowBytes * static_cast<std::size_t>(top)),
+            pixels.begin() + static_cast<std::ptrdiff_t>(rowBytes * static_cast<std::size_t>(top + 1)),
+            pixels.begin() + static_cast<std::ptrdiff_t>(rowBytes * static_cast<std::size_t>(bottom)));
     return pixels;
 }
 

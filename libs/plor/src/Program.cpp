@@ -66,7 +66,8 @@ bool ReadFile(const std::string& path, std::string& text)
 
 /// Puts the defines right after the #version line (which must stay first) and restores the
 /// line numbering, so compiler messages still point at lines of the file.
-std::string InjectDefines(const std::string& source, const std::vector<std::pair<std::string, std::string>>& defines)
+std::string InjectDefines(const std::string& source,
+                          const std::vector<std::pair<std::string, std::string>>& defines)
 {
     if (defines.empty())
         return source;
@@ -139,10 +140,7 @@ const std::string& GetShaderBuildDirectory()
     return BuildDirectory();
 }
 
-Program::Program(std::string name)
-    : name_(std::move(name))
-{
-}
+Program::Program(std::string name) : name_(std::move(name)) {}
 
 Program::~Program()
 {
@@ -202,8 +200,8 @@ bool Program::Build()
         if (!stage.file.empty()) {
             const std::string path = GetShaderBuildDirectory() + stage.file;
             if (!ReadFile(path, source)) {
-                rlog::Fail("Program '" + name_ + "': cannot read the " + StageName(stage.stage) + " stage file '" +
-                               path + "'",
+                rlog::Fail("Program '" + name_ + "': cannot read the " + StageName(stage.stage) +
+                               " stage file '" + path + "'",
                            kBuildLabel);
                 discardShaders();
                 failed_ = true;
@@ -240,7 +238,8 @@ bool Program::Build()
         glDetachShader(program, shader);
     discardShaders();
     if (linked == 0) {
-        rlog::Fail("Program '" + name_ + "': linking " + stageList + " failed:\n" + ProgramLog(program), kBuildLabel);
+        rlog::Fail("Program '" + name_ + "': linking " + stageList + " failed:\n" + ProgramLog(program),
+                   kBuildLabel);
         glDeleteProgram(program);
         failed_ = true;
         return false;
@@ -324,8 +323,8 @@ void Program::Release()
     uniforms_.clear();
 }
 
-Program& ProgramList::Add(const std::string& name, const std::string& vertexFile, const std::string& fragmentFile,
-                          const std::string& geometryFile)
+Program& ProgramList::Add(const std::string& name, const std::string& vertexFile,
+                          const std::string& fragmentFile, const std::string& geometryFile)
 {
     auto program = std::make_unique<Program>(name);
     program->AddStageFile(ShaderStage::Vertex, vertexFile);

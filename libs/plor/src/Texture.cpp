@@ -81,7 +81,8 @@ bool Texture::LoadPng(const std::string& path)
 {
     tesk::Image image;
     if (!image.LoadPng(path)) {
-        rlog::Fail("Cannot load the texture '" + path + "'; keeping the previous image", "plor::Texture::LoadPng");
+        rlog::Fail("Cannot load the texture '" + path + "'; keeping the previous image",
+                   "plor::Texture::LoadPng");
         return false;
     }
     SetImage(std::move(image));
@@ -125,8 +126,8 @@ bool Texture::Bind(unsigned int unit)
         const auto index = static_cast<std::size_t>(channels_ - 1);
         // Rows of 1- to 3-channel 8-bit images are not 4-byte aligned in general.
         glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-        glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(isFloat ? kFloats[index] : kBytes[index]), width_, height_,
-                     0, kLayouts[index], isFloat ? GL_FLOAT : GL_UNSIGNED_BYTE, pending_.Data());
+        glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(isFloat ? kFloats[index] : kBytes[index]), width_,
+                     height_, 0, kLayouts[index], isFloat ? GL_FLOAT : GL_UNSIGNED_BYTE, pending_.Data());
         glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
 
         // Gray images sample as gray, gray + alpha as gray with alpha.

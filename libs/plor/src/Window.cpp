@@ -22,7 +22,8 @@ int liveWindows = 0;
 
 void OnGlfwError(int code, const char* description)
 {
-    rlog::Fail(std::string(description ? description : "unknown error") + " (GLFW error " + std::to_string(code) + ")",
+    rlog::Fail(std::string(description ? description : "unknown error") + " (GLFW error " +
+                   std::to_string(code) + ")",
                "plor::Window");
 }
 
@@ -52,12 +53,14 @@ Window* FromHandle(GLFWwindow* handle)
 std::shared_ptr<Window> Window::Create(const WindowParams& params, const std::shared_ptr<Window>& shareWith)
 {
     if (!EnsureGlfw()) {
-        rlog::Fail("No display: the window system could not be initialised (set DISPLAY or run under xvfb-run)",
-                   "plor::Window::Create");
+        rlog::Fail(
+            "No display: the window system could not be initialised (set DISPLAY or run under xvfb-run)",
+            "plor::Window::Create");
         return nullptr;
     }
     if (params.width <= 0 || params.height <= 0) {
-        rlog::Fail("Invalid window size " + std::to_string(params.width) + "x" + std::to_string(params.height),
+        rlog::Fail("Invalid window size " + std::to_string(params.width) + "x" +
+                       std::to_string(params.height),
                    "plor::Window::Create");
         return nullptr;
     }
@@ -260,7 +263,8 @@ void WindowCallbacks::Refresh(GLFWwindow* handle)
 void WindowCallbacks::FramebufferSize(GLFWwindow* handle, int width, int height)
 {
     if (Window* window = FromHandle(handle))
-        window->Dispatch(kWindowEvents, [&](WindowEventObserver& o) { o.OnFramebufferResized(width, height); });
+        window->Dispatch(kWindowEvents,
+                         [&](WindowEventObserver& o) { o.OnFramebufferResized(width, height); });
 }
 
 void WindowCallbacks::Position(GLFWwindow* handle, int x, int y)
@@ -278,7 +282,8 @@ void WindowCallbacks::Size(GLFWwindow* handle, int width, int height)
 void WindowCallbacks::Iconify(GLFWwindow* handle, int iconified)
 {
     if (Window* window = FromHandle(handle))
-        window->Dispatch(kWindowEvents, [&](WindowEventObserver& o) { o.OnWindowIconified(iconified == GLFW_TRUE); });
+        window->Dispatch(kWindowEvents,
+                         [&](WindowEventObserver& o) { o.OnWindowIconified(iconified == GLFW_TRUE); });
 }
 
 void Window::MakeContextCurrent()

@@ -21,7 +21,8 @@ Modifiers Modifiers::FromBits(int bits)
 
 int Modifiers::ToBits() const
 {
-    return (shift ? kShiftBit : 0) | (control ? kControlBit : 0) | (alt ? kAltBit : 0) | (super ? kSuperBit : 0);
+    return (shift ? kShiftBit : 0) | (control ? kControlBit : 0) | (alt ? kAltBit : 0) |
+           (super ? kSuperBit : 0);
 }
 
 } // namespace plor

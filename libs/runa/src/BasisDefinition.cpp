@@ -22,13 +22,20 @@ glm::vec3 AxisVector(std::uint8_t code)
     // The negative axes are written with negative zeros so that their text form keeps the
     // sign of every component ("-0.000000, -1.000000, -0.000000").
     switch (code) {
-    case Axis::PosX: return {1.0f, 0.0f, 0.0f};
-    case Axis::PosY: return {0.0f, 1.0f, 0.0f};
-    case Axis::PosZ: return {0.0f, 0.0f, 1.0f};
-    case Axis::NegX: return {-1.0f, -0.0f, -0.0f};
-    case Axis::NegY: return {-0.0f, -1.0f, -0.0f};
-    case Axis::NegZ: return {-0.0f, -0.0f, -1.0f};
-    default: return {0.0f, 0.0f, 0.0f};
+    case Axis::PosX:
+        return {1.0f, 0.0f, 0.0f};
+    case Axis::PosY:
+        return {0.0f, 1.0f, 0.0f};
+    case Axis::PosZ:
+        return {0.0f, 0.0f, 1.0f};
+    case Axis::NegX:
+        return {-1.0f, -0.0f, -0.0f};
+    case Axis::NegY:
+        return {-0.0f, -1.0f, -0.0f};
+    case Axis::NegZ:
+        return {-0.0f, -0.0f, -1.0f};
+    default:
+        return {0.0f, 0.0f, 0.0f};
     }
 }
 
@@ -75,16 +82,16 @@ std::string VectorToString(const glm::vec3& vector)
 {
     // "%f" of the largest float needs 47 characters; three of them and the separators fit.
     std::array<char, 192> buffer{};
-    const int length = std::snprintf(buffer.data(), buffer.size(), "%f, %f, %f",
-                                     static_cast<double>(vector.x), static_cast<double>(vector.y),
-                                     static_cast<double>(vector.z));
+    const int length =
+        std::snprintf(buffer.data(), buffer.size(), "%f, %f, %f", static_cast<double>(vector.x),
+                      static_cast<double>(vector.y), static_cast<double>(vector.z));
     if (length <= 0)
         return {};
     return std::string(buffer.data(), static_cast<std::size_t>(length));
 }
 
-BasisDefinition::BasisDefinition(std::string basisName, std::uint8_t upAxis,
-                                 std::uint8_t forwardAxis, bool isRightHanded)
+BasisDefinition::BasisDefinition(std::string basisName, std::uint8_t upAxis, std::uint8_t forwardAxis,
+                                 bool isRightHanded)
     : name(std::move(basisName)), up(upAxis), forward(forwardAxis), rightHanded(isRightHanded)
 {
 }
@@ -117,8 +124,8 @@ bool BasisDefinition::ReadFromStream(std::istream& in)
     if (!reader.Read(version))
         return false;
     if (version > kBasisVersion) {
-        rlog::Warn("Unsupported basis definition version " + std::to_string(version) +
-                       " (newest known is " + std::to_string(kBasisVersion) + ")",
+        rlog::Warn("Unsupported basis definition version " + std::to_string(version) + " (newest known is " +
+                       std::to_string(kBasisVersion) + ")",
                    label);
         return false;
     }

@@ -39,8 +39,8 @@ bool BinaryReader::ReadString(std::string& text, std::size_t maxLength)
     if (length > maxLength) {
         failed_ = true;
         rlog::Warn("String of " + std::to_string(length) + " bytes at byte offset " +
-                       std::to_string(offset_ - 4) + " exceeds the limit of " +
-                       std::to_string(maxLength) + " bytes",
+                       std::to_string(offset_ - 4) + " exceeds the limit of " + std::to_string(maxLength) +
+                       " bytes",
                    label_);
         return false;
     }

@@ -58,16 +58,16 @@ bool IntrinsicParams::ReadFromStream(std::istream& in)
     if (!reader.Read(version))
         return false;
     if (version != kIntrinsicsVersion) {
-        rlog::Warn("Unsupported intrinsic parameters version " + std::to_string(version) +
-                       " (expected " + std::to_string(kIntrinsicsVersion) + ")",
+        rlog::Warn("Unsupported intrinsic parameters version " + std::to_string(version) + " (expected " +
+                       std::to_string(kIntrinsicsVersion) + ")",
                    label);
         return false;
     }
 
     // Read into a copy: a camera with half its values replaced would be worse than the old one.
     IntrinsicParams read;
-    for (float* value : {&read.fx, &read.fy, &read.cx, &read.cy, &read.skew, &read.k1, &read.k2,
-                         &read.k3, &read.p1, &read.p2}) {
+    for (float* value : {&read.fx, &read.fy, &read.cx, &read.cy, &read.skew, &read.k1, &read.k2, &read.k3,
+                         &read.p1, &read.p2}) {
         if (!reader.Read(*value))
             return false;
         if (!std::isfinite(*value)) {

@@ -20,21 +20,17 @@ constexpr std::uint8_t kSpaceVersion = 2;
 // The presets are built from literals only, so they are safe to use from any other
 // translation unit once this library is loaded; the unit table is reached lazily.
 const SpaceDefinition SpaceDefinition::TivraMarker("Tivra Marker", SpaceCategory::Marker,
-                                                   LengthUnit::Millimeter, Axis::PosZ, Axis::NegX,
-                                                   true);
-const SpaceDefinition SpaceDefinition::TeskMarker("TESK Marker", SpaceCategory::Marker,
-                                                  LengthUnit::Meter, Axis::PosY, Axis::PosZ, true);
+                                                   LengthUnit::Millimeter, Axis::PosZ, Axis::NegX, true);
+const SpaceDefinition SpaceDefinition::TeskMarker("TESK Marker", SpaceCategory::Marker, LengthUnit::Meter,
+                                                  Axis::PosY, Axis::PosZ, true);
 const SpaceDefinition SpaceDefinition::TivraCamera("Tivra Camera", SpaceCategory::Camera,
-                                                   LengthUnit::Millimeter, Axis::NegY, Axis::PosZ,
-                                                   true);
-const SpaceDefinition SpaceDefinition::TeskCamera("TESK Camera", SpaceCategory::Camera,
-                                                  LengthUnit::Meter, Axis::PosY, Axis::NegZ, true);
+                                                   LengthUnit::Millimeter, Axis::NegY, Axis::PosZ, true);
+const SpaceDefinition SpaceDefinition::TeskCamera("TESK Camera", SpaceCategory::Camera, LengthUnit::Meter,
+                                                  Axis::PosY, Axis::NegZ, true);
 
-SpaceDefinition::SpaceDefinition(std::string spaceName, std::uint8_t categoryCode,
-                                 std::uint8_t unitIndex, std::uint8_t upAxis,
-                                 std::uint8_t forwardAxis, bool isRightHanded)
-    : BasisDefinition(std::move(spaceName), upAxis, forwardAxis, isRightHanded),
-      category(categoryCode),
+SpaceDefinition::SpaceDefinition(std::string spaceName, std::uint8_t categoryCode, std::uint8_t unitIndex,
+                                 std::uint8_t upAxis, std::uint8_t forwardAxis, bool isRightHanded)
+    : BasisDefinition(std::move(spaceName), upAxis, forwardAxis, isRightHanded), category(categoryCode),
       units(unitIndex)
 {
 }
@@ -70,10 +66,14 @@ const UnitNames& SpaceDefinition::GetUnitNames(std::uint8_t unit)
 std::string SpaceDefinition::CategoryName(std::uint8_t code)
 {
     switch (code) {
-    case SpaceCategory::Custom: return "custom";
-    case SpaceCategory::Camera: return "camera";
-    case SpaceCategory::Marker: return "marker";
-    default: return "";
+    case SpaceCategory::Custom:
+        return "custom";
+    case SpaceCategory::Camera:
+        return "camera";
+    case SpaceCategory::Marker:
+        return "marker";
+    default:
+        return "";
     }
 }
 
@@ -104,8 +104,8 @@ bool SpaceDefinition::ReadFromStream(std::istream& in)
     if (!reader.Read(version))
         return false;
     if (version > kSpaceVersion) {
-        rlog::Warn("Unsupported space definition version " + std::to_string(version) +
-                       " (newest known is " + std::to_string(kSpaceVersion) + ")",
+        rlog::Warn("Unsupported space definition version " + std::to_string(version) + " (newest known is " +
+                       std::to_string(kSpaceVersion) + ")",
                    label);
         return false;
     }
@@ -140,8 +140,7 @@ bool SpaceDefinition::ReadFromStream(std::istream& in)
 
 bool SpaceDefinition::operator==(const SpaceDefinition& other) const
 {
-    return BasisDefinition::operator==(other) && category == other.category &&
-           units == other.units;
+    return BasisDefinition::operator==(other) && category == other.category && units == other.units;
 }
 
 } // namespace runa

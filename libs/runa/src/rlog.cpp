@@ -23,10 +23,14 @@ Sink& CurrentSink()
 const char* LevelName(Level level)
 {
     switch (level) {
-    case Level::Info: return "INFO";
-    case Level::Warning: return "WARN";
-    case Level::Failure: return "FAIL";
-    case Level::Crash: return "CRASH";
+    case Level::Info:
+        return "INFO";
+    case Level::Warning:
+        return "WARN";
+    case Level::Failure:
+        return "FAIL";
+    case Level::Crash:
+        return "CRASH";
     }
     return "?";
 }
@@ -44,12 +48,27 @@ void Log(Level level, const std::string& message, const std::string& label)
     sink(level, message, label);
 }
 
-void Info(const std::string& message, const std::string& label) { Log(Level::Info, message, label); }
-void Warn(const std::string& message, const std::string& label) { Log(Level::Warning, message, label); }
-void Fail(const std::string& message, const std::string& label) { Log(Level::Failure, message, label); }
-void Crash(const std::string& message, const std::string& label) { Log(Level::Crash, message, label); }
+void Info(const std::string& message, const std::string& label)
+{
+    Log(Level::Info, message, label);
+}
+void Warn(const std::string& message, const std::string& label)
+{
+    Log(Level::Warning, message, label);
+}
+void Fail(const std::string& message, const std::string& label)
+{
+    Log(Level::Failure, message, label);
+}
+void Crash(const std::string& message, const std::string& label)
+{
+    Log(Level::Crash, message, label);
+}
 
 ScopedSink::ScopedSink(Sink sink) : previous_(SetSink(std::move(sink))) {}
-ScopedSink::~ScopedSink() { SetSink(std::move(previous_)); }
+ScopedSink::~ScopedSink()
+{
+    SetSink(std::move(previous_));
+}
 
 } // namespace rlog

@@ -11,8 +11,8 @@ namespace {
 
 constexpr Color3f Rgb(unsigned hex)
 {
-    return Color3f(static_cast<float>((hex >> 16) & 0xFF) / 255.0f, static_cast<float>((hex >> 8) & 0xFF) / 255.0f,
-                   static_cast<float>(hex & 0xFF) / 255.0f);
+    return Color3f(static_cast<float>((hex >> 16) & 0xFF) / 255.0f,
+                   static_cast<float>((hex >> 8) & 0xFF) / 255.0f, static_cast<float>(hex & 0xFF) / 255.0f);
 }
 
 constexpr std::array kRainbow = {
@@ -22,8 +22,8 @@ constexpr std::array kRainbow = {
 
 // Black body style: dark values fade to black, the hottest saturate to white.
 constexpr std::array kThermal = {
-    Color3f(0.0f, 0.0f, 0.0f),  Color3f(0.35f, 0.0f, 0.55f), Color3f(0.85f, 0.1f, 0.2f),
-    Color3f(1.0f, 0.5f, 0.0f),  Color3f(1.0f, 0.9f, 0.1f),   Color3f(1.0f, 1.0f, 1.0f),
+    Color3f(0.0f, 0.0f, 0.0f), Color3f(0.35f, 0.0f, 0.55f), Color3f(0.85f, 0.1f, 0.2f),
+    Color3f(1.0f, 0.5f, 0.0f), Color3f(1.0f, 0.9f, 0.1f),   Color3f(1.0f, 1.0f, 1.0f),
 };
 
 // Diverging through a light neutral so that the middle of the range reads as "neither".
@@ -42,7 +42,8 @@ constexpr std::array kScattered = {
 };
 
 constexpr std::array kGrayScale = {
-    Color3f(0.0f, 0.0f, 0.0f), Color3f(1.0f, 1.0f, 1.0f),
+    Color3f(0.0f, 0.0f, 0.0f),
+    Color3f(1.0f, 1.0f, 1.0f),
 };
 
 // Lightness rises monotonically while the hue sweeps violet, blue, teal, green to yellow, so
@@ -61,13 +62,20 @@ bool IsKnown(ColorMap map)
 std::span<const Color3f> KeysOf(ColorMap map)
 {
     switch (map) {
-    case ColorMap::Rainbow: return kRainbow;
-    case ColorMap::Thermal: return kThermal;
-    case ColorMap::BlueToRed: return kBlueToRed;
-    case ColorMap::RedToGreen: return kRedToGreen;
-    case ColorMap::Scattered: return kScattered;
-    case ColorMap::GrayScale: return kGrayScale;
-    case ColorMap::Colorful: return kColorful;
+    case ColorMap::Rainbow:
+        return kRainbow;
+    case ColorMap::Thermal:
+        return kThermal;
+    case ColorMap::BlueToRed:
+        return kBlueToRed;
+    case ColorMap::RedToGreen:
+        return kRedToGreen;
+    case ColorMap::Scattered:
+        return kScattered;
+    case ColorMap::GrayScale:
+        return kGrayScale;
+    case ColorMap::Colorful:
+        return kColorful;
     }
     return kRainbow;
 }
@@ -131,13 +139,20 @@ void MapAll(std::span<const float> values, Color3f* out, const Mapper& mapper)
 const char* ColorMapName(ColorMap map)
 {
     switch (map) {
-    case ColorMap::Rainbow: return "Rainbow";
-    case ColorMap::Thermal: return "Thermal";
-    case ColorMap::BlueToRed: return "Blue To Red";
-    case ColorMap::RedToGreen: return "Red To Green";
-    case ColorMap::Scattered: return "Scattered";
-    case ColorMap::GrayScale: return "Gray scale";
-    case ColorMap::Colorful: return "Colorful";
+    case ColorMap::Rainbow:
+        return "Rainbow";
+    case ColorMap::Thermal:
+        return "Thermal";
+    case ColorMap::BlueToRed:
+        return "Blue To Red";
+    case ColorMap::RedToGreen:
+        return "Red To Green";
+    case ColorMap::Scattered:
+        return "Scattered";
+    case ColorMap::GrayScale:
+        return "Gray scale";
+    case ColorMap::Colorful:
+        return "Colorful";
     }
     return "Unknown";
 }

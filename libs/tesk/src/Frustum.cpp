@@ -38,8 +38,8 @@ Basis MakeBasis(const glm::vec3& direction, const glm::vec3& up)
 
 } // namespace
 
-Frustum::Frustum(const glm::vec3& eye, const glm::vec3& viewDirection, const glm::vec3& upVector, float nearPlane,
-                 float farPlane, float horizontalFov, float verticalFov)
+Frustum::Frustum(const glm::vec3& eye, const glm::vec3& viewDirection, const glm::vec3& upVector,
+                 float nearPlane, float farPlane, float horizontalFov, float verticalFov)
     : position(eye), direction(viewDirection), up(upVector), nearDistance(nearPlane), farDistance(farPlane),
       fovX(horizontalFov), fovY(verticalFov)
 {

@@ -35,7 +35,8 @@ void ReportNoKeys(float time, const char* label)
 {
     char number[64];
     std::snprintf(number, sizeof(number), "%f", static_cast<double>(time));
-    rlog::Fail(std::string("Can not interpolate to time ") + number + " when no key frames available.", label);
+    rlog::Fail(std::string("Can not interpolate to time ") + number + " when no key frames available.",
+               label);
 }
 
 void ReportBadTime(const char* label)

@@ -35,9 +35,7 @@ std::vector<glm::vec3> CopyXyz(const float* xyz, std::size_t count)
 
 } // namespace
 
-PointCloud::PointCloud(std::span<const glm::vec3> positions) : positions_(FreshCopy(positions))
-{
-}
+PointCloud::PointCloud(std::span<const glm::vec3> positions) : positions_(FreshCopy(positions)) {}
 
 PointCloud::PointCloud(std::vector<glm::vec3>&& positions) : positions_(std::move(positions)) {}
 
@@ -175,8 +173,7 @@ bool PointCloud::AddFloatProperty(const std::string& name, std::span<const float
 {
     if (!CheckLength(values.size(), "Property \"" + name + "\"", "tesk::PointCloud::AddFloatProperty"))
         return false;
-    return StoreProperty(PointProperty(name, FreshCopy(values)),
-                         "tesk::PointCloud::AddFloatProperty");
+    return StoreProperty(PointProperty(name, FreshCopy(values)), "tesk::PointCloud::AddFloatProperty");
 }
 
 bool PointCloud::AddFloatProperty(const std::string& name, std::vector<float>&& values)
@@ -188,8 +185,7 @@ bool PointCloud::AddColorProperty(const std::string& name, std::span<const Color
 {
     if (!CheckLength(values.size(), "Property \"" + name + "\"", "tesk::PointCloud::AddColorProperty"))
         return false;
-    return StoreProperty(PointProperty(name, FreshCopy(values)),
-                         "tesk::PointCloud::AddColorProperty");
+    return StoreProperty(PointProperty(name, FreshCopy(values)), "tesk::PointCloud::AddColorProperty");
 }
 
 bool PointCloud::AddColorProperty(const std::string& name, std::vector<Color3f>&& values)

@@ -43,8 +43,7 @@ void AddBall(std::vector<glm::vec3>& points, std::vector<tesk::Color3f>& colors,
              const glm::vec3& centre, const tesk::Color3f& color, int count)
 {
     std::uniform_real_distribution<float> unit(-1.0f, 1.0f);
-    for (int n = 0; n < count;)
-    {
+    for (int n = 0; n < count;) {
         const glm::vec3 p(unit(random), unit(random), unit(random));
         if (glm::dot(p, p) > 1.0f)
             continue;
@@ -55,7 +54,7 @@ void AddBall(std::vector<glm::vec3>& points, std::vector<tesk::Color3f>& colors,
 }
 
 std::shared_ptr<vexa::modules::PointCloudResource> MakeResource(const char* name, tesk::PointCloud cloud,
-                                                                 std::vector<tesk::Color3f> colors)
+                                                                std::vector<tesk::Color3f> colors)
 {
     cloud.AddColorProperty("RGB", std::move(colors));
     auto resource = std::make_shared<vexa::modules::PointCloudResource>(name, cloud);
@@ -114,15 +113,19 @@ void CallEverythingOnceMore(const std::shared_ptr<vexa::modules::PointCloudResou
     step("SetSidebarVisible", [] { vexa::SetSidebarVisible(0, false); });
     Print("after-close GetActiveResources " + std::to_string(vexa::GetActiveResources().size()));
     const tesk::Color3b background = vexa::GetBackgroundColor();
-    Print("after-close GetBackgroundColor " + std::to_string(background.r) + "," + std::to_string(background.g) + "," +
-          std::to_string(background.b));
+    Print("after-close GetBackgroundColor " + std::to_string(background.r) + "," +
+          std::to_string(background.g) + "," + std::to_string(background.b));
     step("FocusCamera", [&] { vexa::FocusCamera(cloud->GetId()); });
     const bool saved = vexa::SaveScreenshot("after-close.png");
     Print(std::string("after-close SaveScreenshot ") + Result(saved) + " file " +
           Result(std::filesystem::exists("after-close.png")));
     step("RemoveResourcesWithPrefix", [] { vexa::RemoveResourcesWithPrefix("E2E/"); });
     step("RemoveAllResources", [] { vexa::RemoveAllResources(); });
-    step("callbacks", [] { vexa::SetKeyDownCallback({}); vexa::SetKeyUpCallback({}); vexa::SetFileDropCallback({}); });
+    step("callbacks", [] {
+        vexa::SetKeyDownCallback({});
+        vexa::SetKeyUpCallback({});
+        vexa::SetFileDropCallback({});
+    });
     step("directories", [] {
         vexa::SetIntermediateDirectory("./vexa-after-close");
         vexa::SetAssetDirectory(VEXA_DEFAULT_ASSET_DIR);
@@ -140,15 +143,13 @@ int main(int argc, char** argv)
 {
     std::string look;
     bool second = false;
-    for (int i = 1; i < argc; ++i)
-    {
+    for (int i = 1; i < argc; ++i) {
         const std::string argument = argv[i];
         if (argument == "--look" && i + 1 < argc)
             look = argv[++i];
         else if (argument == "--second")
             second = true;
-        else
-        {
+        else {
             Print("host: unknown argument " + argument);
             return 2;
         }
@@ -161,8 +162,7 @@ int main(int argc, char** argv)
         Print("messagebox " + caption + ": " + text);
     });
     vexa::SetAssetDirectory(VEXA_DEFAULT_ASSET_DIR);
-    if (!vexa::Initialize(look))
-    {
+    if (!vexa::Initialize(look)) {
         Print("host: Initialize failed");
         return 1;
     }
@@ -180,8 +180,7 @@ int main(int argc, char** argv)
     vexa::FocusCamera(cloud->GetId());
     Print(kReadyLine);
 
-    while (vexa::IsOpen())
-    {
+    while (vexa::IsOpen()) {
         vexa::Update();
         std::this_thread::sleep_for(std::chrono::milliseconds(4));
     }

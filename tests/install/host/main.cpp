@@ -46,8 +46,7 @@ int CheckDebugBox()
     if (!vexa::SaveScreenshot(shown) || CountRedInTheMiddle(shown) < 500)
         return 11;
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
-    while (std::chrono::steady_clock::now() < end)
-    {
+    while (std::chrono::steady_clock::now() < end) {
         vexa::Update();
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
@@ -64,13 +63,10 @@ int CheckDebugBox()
 int main()
 {
     // Before Initialize there is no debugger: the host gets an exception, not a crash.
-    try
-    {
+    try {
         vexa::Debug();
         return 5;
-    }
-    catch (const std::runtime_error& e)
-    {
+    } catch (const std::runtime_error& e) {
         if (std::string(e.what()) != "Can not return vexa::Debugger. Have you initialized VEXA?")
             return 6;
     }
@@ -95,8 +91,7 @@ int main()
 
     std::printf("host: %s, %zu points, assets at %s\n", id.ToString().c_str(), cloud.Size(), VEXA_ASSET_DIR);
     // The window needs a display (the test command provides one under Xvfb).
-    if (const char* display = std::getenv("DISPLAY"); display == nullptr || *display == '\0')
-    {
+    if (const char* display = std::getenv("DISPLAY"); display == nullptr || *display == '\0') {
         std::printf("host: no display, the window checks are skipped\n");
         return 0;
     }

@@ -13,7 +13,8 @@
 
 namespace {
 
-const char* const kLook = R"({"vexa": {"version": "1.0", "width": 900, "height": 700, "background": "202020", "views": [
+const char* const kLook =
+    R"({"vexa": {"version": "1.0", "width": 900, "height": 700, "background": "202020", "views": [
   {"position": "0, 0; 0, 0", "size": "0.5, 0; 0.5, 0", "sidebar-visible": false, "units": [{"id": "SkeletonResource:Arm"}]},
   {"position": "0.5, 0; 0, 0", "size": "0.5, 0; 0.5, 0", "sidebar-visible": false, "units": [{"id": "ImageResource:Swatch"}]},
   {"position": "0, 0; 0.5, 0", "size": "0.5, 0; 0.5, 0", "sidebar-visible": false, "units": [{"id": "GraphResource:Rise"}]},
@@ -99,8 +100,10 @@ int main(int argc, char** argv)
     const std::uint32_t w = image.GetWidth(), h = image.GetHeight();
     const Quadrant topLeft{0, 0, w / 2, h / 2}, topRight{w / 2, 0, w, h / 2}, bottomLeft{0, h / 2, w / 2, h};
     const int bones = Count(image, topLeft, [](float r, float g, float b) { return r + g + b > 0.9f; });
-    const int swatch = Count(image, topRight, [](float r, float g, float b) { return r > 0.8f && g < 0.3f && b > 0.7f; });
-    const int line = Count(image, bottomLeft, [](float r, float g, float b) { return b > 0.8f && g > 0.5f && r < 0.4f; });
+    const int swatch =
+        Count(image, topRight, [](float r, float g, float b) { return r > 0.8f && g < 0.3f && b > 0.7f; });
+    const int line =
+        Count(image, bottomLeft, [](float r, float g, float b) { return b > 0.8f && g > 0.5f && r < 0.4f; });
     std::printf("modules: skeleton %d, image %d, graph %d pixels\n", bones, swatch, line);
     if (bones < 200 || swatch < 20000 || line < 100)
         return 13;
@@ -111,8 +114,10 @@ int main(int argc, char** argv)
         return 14;
     const CEGUI::Rectf rect = ping->getUnclippedOuterRect().get();
     const Quadrant button{static_cast<std::uint32_t>(rect.left()), static_cast<std::uint32_t>(rect.top()),
-                          static_cast<std::uint32_t>(rect.right()), static_cast<std::uint32_t>(rect.bottom())};
-    std::printf("modules: the panel's button at %g,%g..%g,%g\n", rect.left(), rect.top(), rect.right(), rect.bottom());
+                          static_cast<std::uint32_t>(rect.right()),
+                          static_cast<std::uint32_t>(rect.bottom())};
+    std::printf("modules: the panel's button at %g,%g..%g,%g\n", rect.left(), rect.top(), rect.right(),
+                rect.bottom());
     if (rect.left() < w / 2.0f || rect.top() < h / 2.0f || rect.right() > w || rect.bottom() > h ||
         Count(image, button, [](float r, float g, float b) { return r + g + b > 0.6f; }) < 50)
         return 15;

@@ -22,7 +22,8 @@ public:
     std::weak_ptr<vexa::Gadget> gadget;
 };
 
-const vexa::Camera::Pose kPose(glm::vec3(0.5f, 0.0f, 0.0f), glm::vec3(3.0f, 1.0f, -2.0f), glm::vec3(0.0f, 1.0f, 0.0f));
+const vexa::Camera::Pose kPose(glm::vec3(0.5f, 0.0f, 0.0f), glm::vec3(3.0f, 1.0f, -2.0f),
+                               glm::vec3(0.0f, 1.0f, 0.0f));
 
 } // namespace
 
@@ -44,18 +45,16 @@ int main(int argc, char** argv)
         return 11;
 
     int status = 0;
-    if (mode == "write")
-    {
+    if (mode == "write") {
         camera->SetPose(kPose);
         vexa::SetAxesVisible(0, false);
         vexa::Update();
-    }
-    else
-    {
+    } else {
         const glm::vec3 position = camera->GetPose().position;
         const glm::vec3 target = camera->GetPose().target;
-        std::printf("persist: camera at (%g, %g, %g) looking at (%g, %g, %g), axes %s\n", position.x, position.y,
-                    position.z, target.x, target.y, target.z, vexa::IsAxesVisible(0) ? "shown" : "hidden");
+        std::printf("persist: camera at (%g, %g, %g) looking at (%g, %g, %g), axes %s\n", position.x,
+                    position.y, position.z, target.x, target.y, target.z,
+                    vexa::IsAxesVisible(0) ? "shown" : "hidden");
         if (glm::length(position - kPose.position) > 1e-3f || glm::length(target - kPose.target) > 1e-3f)
             status = 1;
         if (vexa::IsAxesVisible(0))

@@ -22,8 +22,8 @@ struct Attribute {
     int components = 3;
     DataType type = DataType::Float;
     bool normalized = false;
-    int stride = 0;          ///< bytes between vertices; 0 = tightly packed
-    std::size_t offset = 0;  ///< bytes from the start of the buffer
+    int stride = 0;         ///< bytes between vertices; 0 = tightly packed
+    std::size_t offset = 0; ///< bytes from the start of the buffer
     /// Integer types read as integers (int / uint / ivec / uvec shader inputs) rather than
     /// converted to floats; `normalized` is then ignored.
     bool integer = false;
@@ -144,8 +144,8 @@ public:
     void Draw(PrimitiveType primitive, std::size_t first = 0, std::size_t count = 0);
     /// Draws several runs of the index buffer in one call: run i takes `counts[i]` indices from
     /// index `starts[i]` on, each added to `bases[i]` (all three of one length).
-    void DrawElementRuns(PrimitiveType primitive, std::span<const int> counts, std::span<const std::size_t> starts,
-                         std::span<const int> bases);
+    void DrawElementRuns(PrimitiveType primitive, std::span<const int> counts,
+                         std::span<const std::size_t> starts, std::span<const int> bases);
     /// Draws with the index buffer (count 0 = all indices).
     void DrawElements(PrimitiveType primitive, std::size_t first = 0, std::size_t count = 0);
 

@@ -1,8 +1,8 @@
 #pragma once
 // Pinhole camera intrinsics with Brown-Conrady distortion, in pixels of the camera's image.
 
-#include <glm/vec2.hpp>
 #include <glm/mat3x3.hpp>
+#include <glm/vec2.hpp>
 
 #include <istream>
 #include <ostream>

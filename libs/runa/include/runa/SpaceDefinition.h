@@ -16,8 +16,16 @@ struct SpaceCategory {
 /// Indices into the unit table (see UnitTable), stored as one byte.
 struct LengthUnit {
     enum Code : std::uint8_t {
-        Kilometer = 0, Meter = 1, Decimeter = 2, Centimeter = 3, Millimeter = 4,
-        Micrometer = 5, Nanometer = 6, Mile = 7, Foot = 8, Inch = 9
+        Kilometer = 0,
+        Meter = 1,
+        Decimeter = 2,
+        Centimeter = 3,
+        Millimeter = 4,
+        Micrometer = 5,
+        Nanometer = 6,
+        Mile = 7,
+        Foot = 8,
+        Inch = 9
     };
 };
 

@@ -15,8 +15,14 @@ struct Frustum {
     /// Order of GetCorners(): the near rectangle, then the far one, each counter-clockwise
     /// as seen from the camera starting at the bottom left.
     enum Corner : int {
-        NearBottomLeft, NearBottomRight, NearTopRight, NearTopLeft,
-        FarBottomLeft, FarBottomRight, FarTopRight, FarTopLeft,
+        NearBottomLeft,
+        NearBottomRight,
+        NearTopRight,
+        NearTopLeft,
+        FarBottomLeft,
+        FarBottomRight,
+        FarTopRight,
+        FarTopLeft,
     };
     /// Order of GetPlanes(). Every plane's normal points into the volume.
     enum Side : int { Near, Far, Left, Right, Bottom, Top };

@@ -27,10 +27,17 @@ namespace tesk {
 
 /// Values that can be blended as a + (b - a) * t.
 template <class T>
-concept VectorSpaceValue = requires(const T& a, float s) {
-    { a + a } -> std::convertible_to<T>;
-    { a - a } -> std::convertible_to<T>;
-    { a * s } -> std::convertible_to<T>;
+concept VectorSpaceValue = requires(const T& a, float s)
+{
+    {
+        a + a
+        } -> std::convertible_to<T>;
+    {
+        a - a
+        } -> std::convertible_to<T>;
+    {
+        a* s
+        } -> std::convertible_to<T>;
 };
 
 template <VectorSpaceValue T>
@@ -46,8 +53,8 @@ T InterpolateCubic(const T& p0, const T& p1, const T& p2, const T& p3, float t)
 {
     const float t2 = t * t;
     const float t3 = t2 * t;
-    return (p0 * (2.0f * t2 - t3 - t) + p1 * (3.0f * t3 - 5.0f * t2 + 2.0f) + p2 * (4.0f * t2 - 3.0f * t3 + t) +
-            p3 * (t3 - t2)) *
+    return (p0 * (2.0f * t2 - t3 - t) + p1 * (3.0f * t3 - 5.0f * t2 + 2.0f) +
+            p2 * (4.0f * t2 - 3.0f * t3 + t) + p3 * (t3 - t2)) *
            0.5f;
 }
 
@@ -61,12 +68,18 @@ namespace detail {
 // Unqualified calls: ordinary lookup finds the overloads above, argument-dependent lookup
 // finds those of the value's own namespace.
 template <class T>
-concept HasInterpolateLinear = requires(const T& a, float t) {
-    { InterpolateLinear(a, a, t) } -> std::convertible_to<T>;
+concept HasInterpolateLinear = requires(const T& a, float t)
+{
+    {
+        InterpolateLinear(a, a, t)
+        } -> std::convertible_to<T>;
 };
 template <class T>
-concept HasInterpolate = requires(const T& a, float t) {
-    { Interpolate(a, a, t) } -> std::convertible_to<T>;
+concept HasInterpolate = requires(const T& a, float t)
+{
+    {
+        Interpolate(a, a, t)
+        } -> std::convertible_to<T>;
 };
 
 template <class T>

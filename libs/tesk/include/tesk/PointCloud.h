@@ -14,9 +14,9 @@
 
 #include <runa/SpaceDefinition.h>
 
+#include <glm/ext/vector_double3.hpp>
 #include <glm/vec2.hpp>
 #include <glm/vec3.hpp>
-#include <glm/ext/vector_double3.hpp>
 
 #include <cstddef>
 #include <optional>

@@ -40,8 +40,8 @@ public:
     /// pixels with `style`'s layout flags: (x0, y0, x1, y1) in framebuffer pixels from the
     /// viewport's top-left corner. Unfitted images are centred on whole pixels, each image
     /// pixel `pixelScale` framebuffer pixels wide. All zero when either size is empty.
-    static glm::vec4 ComputeImageRect(const glm::uvec2& imageSize, const glm::ivec2& viewportSize, float pixelScale,
-                                      const ImageStyle& style);
+    static glm::vec4 ComputeImageRect(const glm::uvec2& imageSize, const glm::ivec2& viewportSize,
+                                      float pixelScale, const ImageStyle& style);
 
     bool IsCompatibileWithStyle(const Style& style) const override;
     void Render(const RenderContext& context, const Style& style) override;

@@ -23,7 +23,10 @@ public:
     /// Replaces the segments (uploaded at the next Render). Segments with a non-finite
     /// endpoint are dropped with a warning.
     void SetLines(std::span<const geom::LineSegment3> lines);
-    void SetLines(const std::vector<geom::LineSegment3>& lines) { SetLines(std::span<const geom::LineSegment3>(lines)); }
+    void SetLines(const std::vector<geom::LineSegment3>& lines)
+    {
+        SetLines(std::span<const geom::LineSegment3>(lines));
+    }
     /// Optional colour per segment; cleared by SetLines. Size must equal the segment count
     /// (either as given to SetLines or after non-finite segments were dropped).
     bool SetLineColors(std::span<const tesk::Color3f> colors);

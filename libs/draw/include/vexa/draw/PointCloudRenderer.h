@@ -80,8 +80,8 @@ public:
     /// both in window pixels from the top-left corner. Writes the point's position (as given
     /// to the renderer) to `position` when asked. After the first Render it reads the vertex
     /// buffer, so the context must be current. An empty or released renderer finds nothing.
-    std::optional<std::size_t> Pick(const glm::mat4& clipFromPoints, const glm::ivec4& viewport, glm::vec2 cursor,
-                                    float radius, glm::vec3* position = nullptr) const;
+    std::optional<std::size_t> Pick(const glm::mat4& clipFromPoints, const glm::ivec4& viewport,
+                                    glm::vec2 cursor, float radius, glm::vec3* position = nullptr) const;
 
     bool IsCompatibileWithStyle(const Style& style) const override;
     void Render(const RenderContext& context, const Style& style) override;

@@ -29,7 +29,14 @@ class HelperRenderer;
 struct RenderContext;
 
 /// Values are stored in settings files and offered in this order in the options panel.
-enum class AntiAliasingMethod : std::uint8_t { Off = 0, Msaa2x = 1, Msaa4x = 2, Msaa8x = 3, Msaa16x = 4, Fxaa = 5 };
+enum class AntiAliasingMethod : std::uint8_t {
+    Off = 0,
+    Msaa2x = 1,
+    Msaa4x = 2,
+    Msaa8x = 3,
+    Msaa16x = 4,
+    Fxaa = 5
+};
 
 class RenderSystem {
 public:
