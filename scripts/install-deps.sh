@@ -14,6 +14,8 @@ PACKAGES=(
   # The sanitizer and fuzz builds: clang, its sanitizer and libFuzzer runtimes (only recommended
   # by clang, so not pulled in without recommends) and llvm-symbolizer for readable reports.
   clang libclang-rt-14-dev llvm
+  # The layout check of the test command.
+  clang-format
 )
 
 missing=()

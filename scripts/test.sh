@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds everything and runs every test, in three parts:
+# Installs what is missing, builds everything and runs every test, in four parts:
 #
+#   format    every C++ file of the repository is as .clang-format lays it out (Debian's
+#             clang-format; `clang-format -i <file>` mends one);
 #   normal    the Release build in build/ (VEXA_BUILD_DIR names another folder), warnings as
 #             errors, the whole CTest suite;
 #   sanitize  a clang build in build-asan/ with AddressSanitizer, UndefinedBehaviorSanitizer and
@@ -9,8 +11,8 @@
 #   fuzz      a short libFuzzer pass over every fuzz program's corpus (scripts/fuzz.sh, built
 #             in build-asan/ too).
 #
-# Usage: scripts/test.sh [--only normal|sanitize|fuzz]
-# Without --only all three run in that order; the packages are checked first either way.
+# Usage: scripts/test.sh [--only format|normal|sanitize|fuzz]
+# Without --only all four run in that order; the packages are checked first either way.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 REPO=$(pwd)
@@ -20,16 +22,16 @@ while [ $# -gt 0 ]; do
   case "$1" in
     --only)
       ONLY=${2:-}
-      shift 2 || { echo "test.sh: --only needs normal, sanitize or fuzz" >&2; exit 2; }
+      shift 2 || { echo "test.sh: --only needs format, normal, sanitize or fuzz" >&2; exit 2; }
       ;;
     --only=*) ONLY=${1#--only=}; shift ;;
-    -h|--help) sed -n '2,13p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
+    -h|--help) sed -n '2,15p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
     *) echo "test.sh: unknown argument '$1' (try --help)" >&2; exit 2 ;;
   esac
 done
 case "$ONLY" in
-  ""|normal|sanitize|fuzz) ;;
-  *) echo "test.sh: --only takes normal, sanitize or fuzz, not '$ONLY'" >&2; exit 2 ;;
+  ""|format|normal|sanitize|fuzz) ;;
+  *) echo "test.sh: --only takes format, normal, sanitize or fuzz, not '$ONLY'" >&2; exit 2 ;;
 esac
 runs() { [ -z "$ONLY" ] || [ "$ONLY" = "$1" ]; }
 
@@ -48,6 +50,12 @@ run_ctest() {
 section() { printf '\n=== test.sh: %s ===\n' "$*"; }
 
 bash scripts/install-deps.sh
+
+if runs format; then
+  section "format (clang-format $(clang-format --version | grep -o '[0-9][0-9.]*' | head -n 1))"
+  # The fuzz corpora hold inputs, not our code.
+  git ls-files -z '*.cpp' '*.h' ':!tests/fuzz/corpus/**' | xargs -0 clang-format --dry-run --Werror
+fi
 
 if runs normal; then
   section "normal suite (Release, warnings as errors)"
