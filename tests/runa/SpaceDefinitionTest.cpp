@@ -240,7 +240,10 @@ TEST(SpaceDefinition, NamesThatAreNotUtf8AreRefused)
         {"surrogate \xED\xA0\x80", false},
         {"past \xF4\x90\x80\x80", false},
     };
-    for (const auto& [name, valid] : names) {
+    for (const auto& entry : names) {
+        // A structured binding cannot be captured before clang 16.
+        const std::string& name = entry.first;
+        const bool valid = entry.second;
         SCOPED_TRACE(name);
         EXPECT_EQ(runa::IsValidUtf8(name), valid);
         testing_support::LogCapture log;
