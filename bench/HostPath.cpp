@@ -1,5 +1,7 @@
 #include "HostPath.h"
 
+#include <vexa/Gadget.h>
+#include <vexa/modules/PointCloudGadget.h>
 #include <vexa/modules/PointCloudResource.h>
 
 #include <tesk/Color.h>
@@ -39,13 +41,41 @@ bool AddColours(Cloud& cloud, const std::vector<std::uint8_t>& rgb)
 
 } // namespace
 
+namespace {
+
+float handOverPointSize = 0.0f;
+
+/// A host's own resource kind whose view areas draw the points at another size: how a host
+/// changes a style through the public headers.
+class SizedCloud final : public vexa::modules::PointCloudResource {
+public:
+    using PointCloudResource::PointCloudResource;
+    std::shared_ptr<vexa::Gadget> CreateGadget() override
+    {
+        std::shared_ptr<vexa::Gadget> gadget = PointCloudResource::CreateGadget();
+        if (auto* cloud = dynamic_cast<vexa::modules::PointCloudGadget*>(gadget.get()))
+            cloud->GetStyle()->pointSize = handOverPointSize;
+        return gadget;
+    }
+};
+
+} // namespace
+
+void SetHandOverPointSize(float pixels)
+{
+    handOverPointSize = pixels;
+}
+
 std::shared_ptr<vexa::modules::PointCloudResource> HandOver(const HostCloud& host, LibraryDriver& library)
 {
     std::shared_ptr<vexa::modules::PointCloudResource> resource;
     {
         tesk::PointCloud cloud(host.xyz.data(), host.Size());
         AddColours(cloud, host.rgb);
-        resource = std::make_shared<vexa::modules::PointCloudResource>("cloud", cloud);
+        if (handOverPointSize > 0.0f)
+            resource = std::make_shared<SizedCloud>("cloud", cloud);
+        else
+            resource = std::make_shared<vexa::modules::PointCloudResource>("cloud", cloud);
         resource->SetPreferredColorSource(kColorsSource);
     }
     library.AddResource(resource);

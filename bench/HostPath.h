@@ -38,6 +38,8 @@ public:
 /// resource that starts coloured by its colours, handed to the library and dropped again, as a
 /// host that keeps only its own arrays would do.
 std::shared_ptr<vexa::modules::PointCloudResource> HandOver(const HostCloud& cloud, LibraryDriver& library);
+/// The point size the hand-over's clouds are drawn with (the library's default is 3 px).
+void SetHandOverPointSize(float pixels);
 
 /// Removes every resource and lets the library settle (its frame after the removal included).
 void Settle(LibraryDriver& library);
@@ -51,6 +53,17 @@ double Median(std::vector<double> values);
 /// BM_HandOver/N: the hand-over beside one memcpy of the host's bytes into fresh memory, in
 /// the same iteration. Counters handover_ms, memcpy_ms, ratio_to_memcpy.
 void RunHandOver(benchmark::State& state, LibraryDriver& library);
+
+/// How every big-cloud benchmark runs: `iterations` per repetition, three repetitions with
+/// only their aggregates reported, manual time in milliseconds.
+inline benchmark::internal::Benchmark* BigCloudRuns(benchmark::internal::Benchmark* b, int iterations)
+{
+    return b->Iterations(iterations)
+        ->Repetitions(3)
+        ->ReportAggregatesOnly(true)
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
+}
 
 /// BM_MovingFrame/N: camera moves (FrameBox on a slowly changing box) each followed by an
 /// Update, without pause, so the library stays in its moving mode. Counter moving_frame_ms

@@ -56,19 +56,9 @@ void BM_MovingFrame(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(BM_HandOver)
-    ->Arg(1'000'000)
-    ->Arg(10'000'000)
-    ->Iterations(3)
-    ->Repetitions(3)
-    ->ReportAggregatesOnly(true)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_MovingFrame)
-    ->Arg(1'000'000)
-    ->Arg(10'000'000)
-    ->Iterations(1)
-    ->Repetitions(3)
-    ->ReportAggregatesOnly(true)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_HandOver)->Apply([](benchmark::internal::Benchmark* b) {
+    bench::BigCloudRuns(b->Arg(1'000'000)->Arg(10'000'000), 3);
+});
+BENCHMARK(BM_MovingFrame)->Apply([](benchmark::internal::Benchmark* b) {
+    bench::BigCloudRuns(b->Arg(1'000'000)->Arg(10'000'000), 1);
+});

@@ -5,6 +5,7 @@
 //
 //   vexa-sidebyside [--pictures DIR] [benchmark flags]
 //   vexa-sidebyside --resident floor|vexa N    (the memory benchmark's child process)
+//   vexa-sidebyside --one-pixel [args]         (both sides at 1 px, anti-aliasing off)
 //
 // --pictures DIR writes what both programs show of 1M points (still and while moving) into DIR
 // instead of benchmarking, to judge the look and the holes of a thinned frame by eye.
@@ -62,6 +63,8 @@ public:
 
 PublicDriver library;
 bool libraryOpen = false;
+// Both sides at 1 px with anti-aliasing off instead of the library's own look.
+bool onePixel = false;
 bench::BareFloor floorWindow;
 
 glm::mat4 FloorCamera(const bench::HostCloud& host, int step)
@@ -279,47 +282,21 @@ void BM_ResidentMemory(benchmark::State& state)
     state.counters["target_extra_bytes_per_point"] = 16.0;
 }
 
-BENCHMARK(BM_HandOver)
-    ->Arg(1'000'000)
-    ->Arg(10'000'000)
-    ->Iterations(3)
-    ->Repetitions(3)
-    ->ReportAggregatesOnly(true)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_FirstFrame)
-    ->Arg(1'000'000)
-    ->Arg(10'000'000)
-    ->Iterations(1)
-    ->Repetitions(3)
-    ->ReportAggregatesOnly(true)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_CameraFrame)
-    ->Args({1'000'000, 0})
-    ->Args({1'000'000, 1})
-    ->Args({10'000'000, 0})
-    ->Iterations(1)
-    ->Repetitions(3)
-    ->ReportAggregatesOnly(true)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_MovingFrame)
-    ->Arg(1'000'000)
-    ->Arg(10'000'000)
-    ->Iterations(1)
-    ->Repetitions(3)
-    ->ReportAggregatesOnly(true)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_ResidentMemory)
-    ->Arg(1'000'000)
-    ->Arg(10'000'000)
-    ->Iterations(1)
-    ->Repetitions(3)
-    ->ReportAggregatesOnly(true)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_HandOver)->Apply([](benchmark::internal::Benchmark* b) {
+    bench::BigCloudRuns(b->Arg(1'000'000)->Arg(10'000'000), 3);
+});
+BENCHMARK(BM_FirstFrame)->Apply([](benchmark::internal::Benchmark* b) {
+    bench::BigCloudRuns(b->Arg(1'000'000)->Arg(10'000'000), 1);
+});
+BENCHMARK(BM_CameraFrame)->Apply([](benchmark::internal::Benchmark* b) {
+    bench::BigCloudRuns(b->Args({1'000'000, 0})->Args({1'000'000, 1})->Args({10'000'000, 0}), 1);
+});
+BENCHMARK(BM_MovingFrame)->Apply([](benchmark::internal::Benchmark* b) {
+    bench::BigCloudRuns(b->Arg(1'000'000)->Arg(10'000'000), 1);
+});
+BENCHMARK(BM_ResidentMemory)->Apply([](benchmark::internal::Benchmark* b) {
+    bench::BigCloudRuns(b->Arg(1'000'000)->Arg(10'000'000), 1);
+});
 
 // What both show of 1M points: still (full detail) and right after a camera move.
 bool SavePictures(const std::filesystem::path& folder)
@@ -357,6 +334,26 @@ std::filesystem::path WriteLook(const std::filesystem::path& folder)
     return look;
 }
 
+// The library's settings file as its format is written down (version word 2; anti-aliasing,
+// white background, stored sensitivity, optimised rendering, shortcuts, view layout), with
+// anti-aliasing off and the rest at their defaults: how a host starts the library so without
+// a panel.
+void WriteOptionsWithoutAntiAliasing(const std::filesystem::path& folder)
+{
+    std::filesystem::create_directories(folder);
+    std::ofstream out(folder / "options.bin", std::ios::binary);
+    const std::uint32_t version = 2;
+    const std::uint8_t off = 0, white = 0, optimised = 1, shortcuts = 1, layout = 0;
+    const float sensitivity = (1.0f - 0.2f) / 1.5999999f;
+    out.write(reinterpret_cast<const char*>(&version), 4);
+    out.write(reinterpret_cast<const char*>(&off), 1);
+    out.write(reinterpret_cast<const char*>(&white), 1);
+    out.write(reinterpret_cast<const char*>(&sensitivity), 4);
+    out.write(reinterpret_cast<const char*>(&optimised), 1);
+    out.write(reinterpret_cast<const char*>(&shortcuts), 1);
+    out.write(reinterpret_cast<const char*>(&layout), 1);
+}
+
 bool StartLibrary(const std::filesystem::path& folder)
 {
     vexa::SetMessageBoxHandler([](const std::string& caption, const std::string& text, vexa::MessageIcon) {
@@ -365,6 +362,8 @@ bool StartLibrary(const std::filesystem::path& folder)
     const char* assets = std::getenv("VEXA_ASSET_DIR");
     vexa::SetAssetDirectory(assets != nullptr ? assets : VEXA_SOURCE_ASSET_DIR);
     vexa::SetIntermediateDirectory((folder / "state").string());
+    if (onePixel)
+        WriteOptionsWithoutAntiAliasing(folder / "state");
     if (!vexa::Initialize(WriteLook(folder).string())) {
         rlog::Fail("The library could not start (no display?)", "vexa-sidebyside");
         return false;
@@ -431,6 +430,9 @@ int main(int argc, char** argv)
         const std::string argument = argv[i];
         if (argument == "--pictures" && i + 1 < argc) {
             pictures = argv[++i];
+        } else if (argument == "--one-pixel") {
+            onePixel = true;
+            bench::SetHandOverPointSize(1.0f);
         } else if (argument == "--resident" && i + 2 < argc) {
             residentKind = argv[++i];
             residentCount = std::strtoull(argv[++i], nullptr, 10);
@@ -460,6 +462,10 @@ int main(int argc, char** argv)
         const tesk::Color3b background = vexa::GetBackgroundColor();
         bench::FloorLook look;
         look.background = glm::vec3(background.r, background.g, background.b) / 255.0f;
+        if (onePixel) {
+            look.samples = 0;
+            look.pointSize = 1.0f;
+        }
         floorWindow.Open(kWidth, kHeight, look, kFloorX, kFloorY);
     }
 
