@@ -1,7 +1,7 @@
 #version 330 core
-// Points of a cloud as sprites. A point is too small for its light to change across it, so
-// colour and lighting are worked out here once per point; the fragment stage only cuts the
-// sprite to the point's disc. Points with a non-finite coordinate, and with culling those
+// Points of a cloud with normals in use, as sprites (without them, flat.vert draws). A point is
+// too small for its light to change across it, so colour and lighting are worked out here once
+// per point; the fragment stage only cuts the sprite to the point's disc. Points with a non-finite coordinate, and with culling those
 // whose normal faces away from the eye, are moved outside the clip volume and flagged, so
 // nothing of them reaches the screen.
 layout(location = 0) in vec3 inPosition;
@@ -14,7 +14,6 @@ uniform mat4 uViewProjection;
 uniform mat4 uView;
 uniform vec3 uCameraPosition;
 uniform float uPointSize;
-uniform bool uHasNormals; // normals exist and are in use
 uniform bool uCullBackFacing;
 uniform bool uHasColors;
 // 0 material, 3 per-point colour, 4 normals.
@@ -80,7 +79,7 @@ void main()
     vOut.tilt = vec2(0.0);
     vec4 world = uModel * vec4(inPosition, 1.0);
     vec3 toEye = SafeNormalize(uCameraPosition - world.xyz, vec3(0.0, 0.0, 1.0));
-    vec3 normal = uHasNormals ? uNormalMatrix * inNormal : vec3(0.0);
+    vec3 normal = uNormalMatrix * inNormal;
     // A broken normal only costs the point its orientation, not its place.
     if (!IsFinite(normal))
         normal = vec3(0.0);
@@ -93,8 +92,8 @@ void main()
 
     vec3 outward = SafeNormalize(normal, toEye);
     vec3 color = uBaseColor;
-    bool shade = uHasNormals && uUseLighting;
-    if (uColorMode == 4 && uHasNormals) {
+    bool shade = uUseLighting;
+    if (uColorMode == 4) {
         color = 0.5 + 0.5 * outward;
         shade = false;
     } else if (uColorMode == 3 && uHasColors) {

@@ -143,8 +143,8 @@ std::unique_ptr<plor::UploadBytes> CopyBytes(std::span<const std::byte> bytes)
 
 struct PointUniforms {
     unsigned int program = 0;
-    GLint pointSize = -1, hasNormals = -1, cullBackFacing = -1, hasColors = -1, colorMode = -1,
-          shadeColors = -1, orientedDiscs = -1;
+    GLint pointSize = -1, cullBackFacing = -1, hasColors = -1, colorMode = -1, shadeColors = -1,
+          orientedDiscs = -1;
     TransformUniforms transform;
     LightingUniforms lighting;
 
@@ -155,7 +155,6 @@ struct PointUniforms {
         program = p.GetId();
         transform.Refresh(p);
         pointSize = p.GetUniformLocation("uPointSize");
-        hasNormals = p.GetUniformLocation("uHasNormals");
         cullBackFacing = p.GetUniformLocation("uCullBackFacing");
         hasColors = p.GetUniformLocation("uHasColors");
         colorMode = p.GetUniformLocation("uColorMode");
@@ -399,7 +398,6 @@ void PointCloudRenderer::Render(const RenderContext& context, const Style& baseS
             u.Refresh(program);
             u.transform.Upload(context, model, normalMatrix);
             glUniform1f(u.pointSize, size * pixelScale);
-            glUniform1i(u.hasNormals, 1);
             glUniform1i(u.cullBackFacing, style.cullBackFacing ? 1 : 0);
             glUniform1i(u.hasColors, hasColors_ ? 1 : 0);
             glUniform1i(u.colorMode, style.colorMode);

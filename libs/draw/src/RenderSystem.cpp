@@ -377,14 +377,18 @@ void RenderSystem::RenderScenes(int targetWidth, int targetHeight)
     drawnPoints_ = 0;
     skippedPoints_ = 0;
     drawnViews_.resize(scenes_.size());
-    for (std::size_t i = 0; i < scenes_.size(); ++i)
-        drawnViews_[i] = scenes_[i]->GetProjectionMatrix() * scenes_[i]->GetCamera()->GetViewMatrix();
     context.checkerTexture = &gpu.checker;
     context.framebufferSize = {targetWidth, targetHeight};
     context.pixelScale = scaleX;
 
-    for (const std::shared_ptr<Scene>& scenePointer : scenes_) {
-        const Scene& scene = *scenePointer;
+    for (std::size_t index = 0; index < scenes_.size(); ++index) {
+        const Scene& scene = *scenes_[index];
+        const VisualCamera& camera = *scene.GetCamera();
+        context.view = camera.GetViewMatrix();
+        context.projection = scene.GetProjectionMatrix();
+        context.viewProjection = context.projection * context.view;
+        // Also for scenes without a place yet, so that a camera change there counts once.
+        drawnViews_[index] = context.viewProjection;
         const glm::ivec4& viewport = scene.GetViewport();
         if (scene.GetViewportWidth() <= 0 || scene.GetViewportHeight() <= 0)
             continue;
@@ -396,11 +400,7 @@ void RenderSystem::RenderScenes(int targetWidth, int targetHeight)
         if (x1 <= x0 || y1 <= y0)
             continue;
 
-        const VisualCamera& camera = *scene.GetCamera();
         context.scene = &scene;
-        context.view = camera.GetViewMatrix();
-        context.projection = scene.GetProjectionMatrix();
-        context.viewProjection = context.projection * context.view;
         context.cameraPosition = camera.GetPosition();
         context.cameraForward = camera.GetForward();
         context.cameraUp = camera.GetUp();
