@@ -1,5 +1,6 @@
 #include <runa/BinaryStream.h>
 #include <runa/SpaceDefinition.h>
+#include <runa/Utf8.h>
 
 #include "LogCapture.h"
 

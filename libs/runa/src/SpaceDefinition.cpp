@@ -1,6 +1,7 @@
 #include "runa/SpaceDefinition.h"
 
 #include "runa/BinaryStream.h"
+#include "runa/Utf8.h"
 #include "runa/rlog.h"
 
 #include <nlohmann/json.hpp>

@@ -51,10 +51,6 @@ public:
     bool operator==(const BasisDefinition& other) const;
 };
 
-/// True when `text` is well-formed UTF-8: names are shown in the GUI and written to JSON,
-/// and both take nothing else.
-bool IsValidUtf8(std::string_view text);
-
 /// "x, y, z" with each component printed by "%f", as the JSON forms write vectors.
 std::string VectorToString(const glm::vec3& vector);
 
