@@ -169,11 +169,17 @@ bool PointCloud::StoreProperty(PointProperty&& property, const char* label)
 }
 
 // The span overloads check the length before copying so that a refused array costs nothing.
+template <class T>
+bool PointCloud::StoreCopy(const std::string& name, std::span<const T> values, const char* label)
+{
+    if (!CheckLength(values.size(), "Property \"" + name + "\"", label))
+        return false;
+    return StoreProperty(PointProperty(name, FreshCopy(values)), label);
+}
+
 bool PointCloud::AddFloatProperty(const std::string& name, std::span<const float> values)
 {
-    if (!CheckLength(values.size(), "Property \"" + name + "\"", "tesk::PointCloud::AddFloatProperty"))
-        return false;
-    return StoreProperty(PointProperty(name, FreshCopy(values)), "tesk::PointCloud::AddFloatProperty");
+    return StoreCopy(name, values, "tesk::PointCloud::AddFloatProperty");
 }
 
 bool PointCloud::AddFloatProperty(const std::string& name, std::vector<float>&& values)
@@ -183,9 +189,7 @@ bool PointCloud::AddFloatProperty(const std::string& name, std::vector<float>&& 
 
 bool PointCloud::AddColorProperty(const std::string& name, std::span<const Color3f> values)
 {
-    if (!CheckLength(values.size(), "Property \"" + name + "\"", "tesk::PointCloud::AddColorProperty"))
-        return false;
-    return StoreProperty(PointProperty(name, FreshCopy(values)), "tesk::PointCloud::AddColorProperty");
+    return StoreCopy(name, values, "tesk::PointCloud::AddColorProperty");
 }
 
 bool PointCloud::AddColorProperty(const std::string& name, std::vector<Color3f>&& values)
@@ -195,9 +199,7 @@ bool PointCloud::AddColorProperty(const std::string& name, std::vector<Color3f>&
 
 bool PointCloud::AddColorProperty(const std::string& name, std::span<const Color3b> values)
 {
-    if (!CheckLength(values.size(), "Property \"" + name + "\"", "tesk::PointCloud::AddColorProperty"))
-        return false;
-    return StoreProperty(PointProperty(name, FreshCopy(values)), "tesk::PointCloud::AddColorProperty");
+    return StoreCopy(name, values, "tesk::PointCloud::AddColorProperty");
 }
 
 bool PointCloud::AddColorProperty(const std::string& name, std::vector<Color3b>&& values)
@@ -207,10 +209,7 @@ bool PointCloud::AddColorProperty(const std::string& name, std::vector<Color3b>&
 
 bool PointCloud::AddUVProperty(const std::string& name, std::span<const glm::vec2> values)
 {
-    if (!CheckLength(values.size(), "Property \"" + name + "\"", "tesk::PointCloud::AddUVProperty"))
-        return false;
-    return StoreProperty(PointProperty(name, std::vector<glm::vec2>(values.begin(), values.end())),
-                         "tesk::PointCloud::AddUVProperty");
+    return StoreCopy(name, values, "tesk::PointCloud::AddUVProperty");
 }
 
 bool PointCloud::AddUVProperty(const std::string& name, std::vector<glm::vec2>&& values)

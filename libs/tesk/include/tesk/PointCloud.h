@@ -150,6 +150,9 @@ private:
     void ReplacePositions(std::vector<glm::vec3>&& positions);
     bool CheckLength(std::size_t length, std::string_view what, const char* label) const;
     bool StoreProperty(PointProperty&& property, const char* label);
+    /// A fresh copy of `values` stored as property `name`, once their length is checked.
+    template <class T>
+    bool StoreCopy(const std::string& name, std::span<const T> values, const char* label);
 
     std::vector<glm::vec3> positions_;
     std::vector<glm::vec3> normals_;
