@@ -1,5 +1,7 @@
 #include "BareFloor.h"
 
+#include "Measure.h"
+
 #define GL_GLEXT_PROTOTYPES
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -57,11 +59,6 @@ void main()
     fragColour = vec4(pointColour, 1.0);
 }
 )";
-
-double Seconds(std::chrono::steady_clock::duration d)
-{
-    return std::chrono::duration<double>(d).count();
-}
 
 GLuint Compile(GLenum kind, const char* source)
 {

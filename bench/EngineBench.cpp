@@ -4,6 +4,7 @@
 // with the heap allocations and frames that idle steps caused (both should be 0).
 
 #include "BenchEngine.h"
+#include "Measure.h"
 
 #include "core/Engine.h"
 #include "core/Viewarea.h"
@@ -30,6 +31,8 @@
 #include <thread>
 
 namespace {
+
+using bench::Seconds;
 
 std::atomic<std::uint64_t> allocations{0};
 
@@ -79,11 +82,6 @@ public:
 std::unique_ptr<vexa::Engine> owned;
 bool tried = false;
 const std::filesystem::path stateDirectory = std::filesystem::temp_directory_path() / "vexa-bench-engine";
-
-double Seconds(std::chrono::steady_clock::duration d)
-{
-    return std::chrono::duration<double>(d).count();
-}
 
 // Alone, for reference: what any GLFW program pays per loop turn.
 void BM_PollEvents(benchmark::State& state)

@@ -5,6 +5,7 @@
 
 #include "BenchCloud.h"
 #include "BenchEngine.h"
+#include "Measure.h"
 
 #include "core/Engine.h"
 
@@ -25,12 +26,9 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using bench::Seconds;
 
-double Seconds(Clock::duration d)
-{
-    return std::chrono::duration<double>(d).count();
-}
+using Clock = std::chrono::steady_clock;
 
 // One memcpy of the input's bytes into new memory, as any copy that keeps the data must make:
 // the allocation and its first touch are part of it. Huge pages are asked for, as the library

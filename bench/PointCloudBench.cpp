@@ -7,6 +7,7 @@
 // Without one they are skipped with an error; the build benchmarks still run.
 
 #include "BenchCloud.h"
+#include "Measure.h"
 
 #include <vexa/draw/PointCloudRenderer.h>
 #include <vexa/draw/PointCloudStyle.h>
@@ -44,6 +45,9 @@
 
 namespace {
 
+using bench::ResidentBytes;
+using bench::Seconds;
+
 using bench::CloudOf;
 using bench::CopyInput;
 using bench::InputBytes;
@@ -51,11 +55,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kTargetWidth = 1280;
 constexpr int kTargetHeight = 720;
-
-double Seconds(Clock::duration d)
-{
-    return std::chrono::duration<double>(d).count();
-}
 
 /// Warm destination for the floor: allocated and touched once, outside any timing.
 std::byte* FloorBuffer(std::size_t bytes)
@@ -66,16 +65,6 @@ std::byte* FloorBuffer(std::size_t bytes)
         buffer.resize(bytes);
     }
     return buffer.data();
-}
-
-/// Resident set size of this process in bytes (from /proc/self/statm).
-std::size_t ResidentBytes()
-{
-    std::ifstream statm("/proc/self/statm");
-    std::size_t total = 0;
-    std::size_t resident = 0;
-    statm >> total >> resident;
-    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
 // ---- floor and build ----

@@ -13,6 +13,7 @@
 #include "BareFloor.h"
 #include "HostCloud.h"
 #include "HostPath.h"
+#include "Measure.h"
 
 #include <vexa/Lifecycle.h>
 #include <vexa/Platform.h>
@@ -92,14 +93,11 @@ bool Ready(benchmark::State& state)
     return true;
 }
 
+/// After giving freed heap memory back, so that only what is held counts.
 std::size_t ResidentBytes()
 {
     malloc_trim(0);
-    std::ifstream statm("/proc/self/statm");
-    std::size_t total = 0;
-    std::size_t resident = 0;
-    statm >> total >> resident;
-    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    return bench::ResidentBytes();
 }
 
 // An Update with nothing to do, for telling a drawing Update from an idle one: the public
