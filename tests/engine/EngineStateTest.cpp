@@ -16,7 +16,6 @@
 #include "GlmNear.h"
 
 #include <chrono>
-#include <cstdint>
 #include <functional>
 #include <iterator>
 #include <thread>

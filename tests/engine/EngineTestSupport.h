@@ -119,6 +119,10 @@ inline void Click(CEGUI::Window* button)
 /// Picks the item at `index` in the combo box's list and accepts it, as a click does.
 inline void Choose(CEGUI::Combobox* combobox, std::size_t index)
 {
+    if (combobox == nullptr) {
+        ADD_FAILURE() << "no drop list to choose from";
+        return;
+    }
     combobox->getDropList()->setItemSelectState(index, true);
     Fire(combobox->getDropList(), CEGUI::ComboDropList::EventListSelectionAccepted,
          CEGUI::ComboDropList::EventNamespace);

@@ -11,9 +11,6 @@
 #include <tesk/ColorMap.h>
 #include <tesk/Image.h>
 
-#include <cmath>
-#include <map>
-
 namespace {
 
 using namespace engine_test;
@@ -69,24 +66,20 @@ TEST_F(PointCloudModuleGl, ChoosingDataMappingColoursTheCloudByTheMap)
     // Through the panel, as a user does it: the colour source list, then the colour map.
     vexa::GuiStylingPanel* panel = area.GetSidebar()->GetResourcePanel(cloud->GetId());
     ASSERT_NE(panel, nullptr);
-    std::map<std::string, CEGUI::Combobox*> lists;
-    for (int n = 0;; ++n) {
-        CEGUI::Window* row = panel->GetWindow()->getChildRecursive(
-            "generated_element_" + CEGUI::PropertyHelper<std::int32_t>::toString(n));
-        if (row == nullptr)
-            break;
-        CEGUI::Window* label = row->getChildRecursive("dynamic_label");
-        if (CEGUI::Window* combo = row->getChildRecursive("combo_element");
-            combo != nullptr && label != nullptr)
-            lists[label->getText().c_str()] = static_cast<CEGUI::Combobox*>(combo);
-    }
-    ASSERT_EQ(lists.count("Color source"), 1u);
-    ASSERT_EQ(lists.count("Color map"), 1u);
+    const auto list = [&](const CEGUI::String& caption) -> CEGUI::Combobox* {
+        for (int n = 0; CEGUI::Window* row = panel->GetWindow()->getChildRecursive(
+                            "generated_element_" + CEGUI::PropertyHelper<std::int32_t>::toString(n));
+             ++n)
+            if (CEGUI::Window* label = row->getChildRecursive("dynamic_label");
+                label && label->getText() == caption)
+                return static_cast<CEGUI::Combobox*>(row->getChildRecursive("combo_element"));
+        return nullptr;
+    };
     // Material, Normals, then Data Mapping (no colour sets in this cloud).
-    Choose(lists["Color source"], 2);
+    Choose(list("Color source"), 2);
     ASSERT_EQ(gadget->GetColorSource(), vexa::modules::PointCloudGadget::DataMapping);
     // "Rainbow" is the second map in the list.
-    Choose(lists["Color map"], 1);
+    Choose(list("Color map"), 1);
     ASSERT_EQ(gadget->GetColorMap(), static_cast<int>(tesk::ColorMap::Rainbow));
     area.SetSidebarVisible(false);
     engine.Update();

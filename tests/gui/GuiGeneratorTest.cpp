@@ -5,26 +5,14 @@
 #include <vexa/GuiGenerator.h>
 
 #include <nubo/ArrayPanel.h>
-#include <nubo/Combobox.h>
 
 #include <CEGUI/CEGUI.h>
-
-#include <glm/glm.hpp>
-
-#include <iterator>
-#include <tuple>
-#include <utility>
 
 using namespace vexa;
 using gui_test::Height;
 using gui_test::PanelTest;
 
 namespace {
-
-float Top(const CEGUI::Window* window)
-{
-    return window->getPosition().d_y.d_offset;
-}
 
 /// Records every "GUI of a resource changed" notification of the engine.
 class GuiChangeObserver {
@@ -43,48 +31,6 @@ public:
 using GuiGeneratorTest = PanelTest;
 
 } // namespace
-
-TEST_F(GuiGeneratorTest, RowsAreNumberedAndHoldTheWidgetOfTheirKindWithItsCaption)
-{
-    GuiGenerator gen(panel_);
-    auto* root = dynamic_cast<nubo::ArrayPanel*>(panel_);
-    ASSERT_NE(root, nullptr);
-    EXPECT_FALSE(root->IsAutoUpdateLayoutEnabled()) << "the layout waits until all rows are built";
-
-    // Every kind: its widget type and caption, on the widget or (labelled) beside it.
-    using Made = std::pair<unsigned int, CEGUI::Window*>;
-    const auto of = [](auto* e) {
-        return e == nullptr ? Made(~0u, nullptr) : Made(e->GetId(), e->GetWidget());
-    };
-    const std::tuple<Made, const char*, const char*, bool> kinds[] = {
-        {of(gen.AddLabel("Hello")), "DarkVexa/Label", "Hello", false},
-        {of(gen.AddButton("Reset view")), "DarkVexa/PushButton", "Reset view", false},
-        {of(gen.AddCheckbox("Show axes")), "DarkVexa/Checkbox", "Show axes", false},
-        {of(gen.AddNumericFloat("Point size")), "DarkVexa/Spinner", "Point size", true},
-        {of(gen.AddDroplist("Color map")), "DarkVexa/Combobox", "Color map", true},
-        {of(gen.AddSeparator()), "DarkVexa/SeparatorHor", nullptr, false},
-        {of(gen.AddCheckboxList()), "DarkVexa/ArrayPanel", nullptr, false},
-        {of(gen.AddSlidingInt("Size")), "DarkVexa/Slider", "Size", true},
-        {of(gen.AddSlidingFloat("Alpha")), "DarkVexa/Slider", "Alpha", true},
-        {of(gen.AddNumericInt("Count")), "DarkVexa/Spinner", "Count", true},
-    };
-    ASSERT_EQ(panel_->getChildCount(), std::size(kinds));
-    for (unsigned int n = 0; n < std::size(kinds); ++n) {
-        const auto& [made, type, text, labelled] = kinds[n];
-        SCOPED_TRACE(type);
-        ASSERT_NE(made.second, nullptr);
-        EXPECT_EQ(made.first, n);
-        CEGUI::Window* row = gui_test::Row(panel_, static_cast<int>(n));
-        EXPECT_EQ(row->getID(), n);
-        EXPECT_EQ(made.second->getType(), type);
-        // The drop list sits in a holder so that its open list can hang below the row.
-        CEGUI::Window* control = row->getChild("dynamic_control");
-        EXPECT_EQ(n == 4 ? control->getChild("combo_element") : control, made.second);
-        if (text != nullptr) {
-            EXPECT_EQ((labelled ? row->getChild("dynamic_label") : made.second)->getText(), text);
-        }
-    }
-}
 
 TEST_F(GuiGeneratorTest, GroupsContinueTheNumberingAndDoNotNest)
 {
@@ -112,39 +58,6 @@ TEST_F(GuiGeneratorTest, GroupsContinueTheNumberingAndDoNotNest)
     gui::Panel* second = gen.PanelBegin();
     ASSERT_NE(second, nullptr) << "a closed group does not block the next one";
     EXPECT_EQ(second->GetId(), 4u);
-}
-
-TEST_F(GuiGeneratorTest, HiddenRowsCollapseButKeepTheirSpacingAndGroupsShrinkWithThem)
-{
-    // Panel and group: 10 px padding, 2 px after every row; buttons 26 px, labels 20 px.
-    GuiGenerator gen(panel_);
-    bool expert = true, showSecond = true;
-    gen.AddButton("Always");
-    gen.AddCheckbox("Simple mode only")->SetConditionBool(&expert, BoolFunc::IfFalse);
-    gui::Panel* group = gen.PanelBegin();
-    gen.AddButton("First");
-    gen.AddButton("Second")->SetConditionBool(&showSecond, BoolFunc::IfTrue);
-    gen.PanelEnd();
-    gen.AddLabel("Below");
-    const auto row = [&](int n) { return gui_test::Row(panel_, n); };
-
-    gen.TestElementConditions();
-    EXPECT_EQ(glm::vec2(Height(row(1)), Top(row(2))), glm::vec2(0.0f, 10.0f + 28.0f + 2.0f));
-    EXPECT_FLOAT_EQ(Height(row(2)), 10.0f + 28.0f + 28.0f + 10.0f);
-    EXPECT_FLOAT_EQ(Top(row(5)), 40.0f + 76.0f + 2.0f);
-
-    expert = showSecond = false;
-    gen.TestElementConditions();
-    EXPECT_EQ(glm::vec2(Height(row(1)), Top(row(2))), glm::vec2(26.0f, 66.0f));
-    EXPECT_FLOAT_EQ(Height(row(2)), 10.0f + 28.0f + 2.0f + 10.0f);
-    EXPECT_FLOAT_EQ(Top(row(5)), 66.0f + 50.0f + 2.0f);
-
-    // A hidden group hides all its rows.
-    group->SetConditionFunc([] { return false; });
-    gen.TestElementConditions();
-    EXPECT_FLOAT_EQ(Height(row(2)), 0.0f);
-    EXPECT_FLOAT_EQ(Top(row(5)), 66.0f + 2.0f);
-    EXPECT_FLOAT_EQ(Height(panel_), 10.0f + 28.0f + 28.0f + 2.0f + 22.0f + 10.0f);
 }
 
 TEST_F(GuiGeneratorTest, ResourceGeneratorReportsChangesAndRetestsOnceAutoTestIsOn)

@@ -146,7 +146,6 @@ TEST(GraphResource, SetDataCountsXInFloatsReplacesThePointsAndRebuildsTheGadgets
 {
     testing_support::FakeEngine engine;
     auto graph = std::make_shared<GraphResource>("series");
-    EXPECT_TRUE(graph->GetPoints().empty());
     ResetCounter resets(graph->GetId());
     engine.Register(graph);
     graph->SetData(std::vector<float>{3.0f, 5.0f});

@@ -114,32 +114,14 @@ TEST_F(CameraTest, ZoomNeverReachesTheTarget)
     ExpectNear(camera.GetForward(), forward, 1e-3f);
 }
 
-TEST_F(CameraTest, ScreenRotateOrbitsTheTarget)
-{
-    camera.SetTarget(glm::vec3(0.5f, 0.0f, 0.0f));
-    const float distance = Distance();
-    const glm::vec3 right = camera.GetRight();
-    const glm::vec3 before = camera.GetPosition();
-
-    // Dragging right swings the camera to its left round the target.
-    camera.ScreenRotate(glm::vec2(100.0f, 100.0f), glm::vec2(140.0f, 110.0f));
-    EXPECT_LT(glm::dot(camera.GetPosition() - before, right), 0.0f);
-    EXPECT_NEAR(Distance(), distance, kEps);
-    ExpectNear(camera.GetForward(), glm::normalize(camera.GetTarget() - camera.GetPosition()));
-    EXPECT_EQ(camera.GetTarget(), glm::vec3(0.5f, 0.0f, 0.0f));
-
-    // With fixed rotation a horizontal drag turns about the axis by 0.005 rad per pixel.
-    camera.SetPose(Camera::Pose(glm::vec3(0.0f), glm::vec3(2.0f), glm::vec3(0.0f, 1.0f, 0.0f)));
-    camera.SetFixedRotationEnabled(true);
-    camera.ScreenRotate(glm::vec2(0.0f), glm::vec2(100.0f, 0.0f));
-    ExpectNear(camera.GetPosition(), glm::angleAxis(-0.5f, glm::vec3(0.0f, 1.0f, 0.0f)) * glm::vec3(2.0f),
-               1e-4f);
-}
-
-TEST_F(CameraTest, FixedRotationStopsShortOfThePoleButKeepsTurningHorizontally)
+TEST_F(CameraTest, FixedRotationTurnsAboutTheAxisAndStopsShortOfThePole)
 {
     const glm::vec3 axis(0.0f, 1.0f, 0.0f);
     camera.SetFixedRotationEnabled(true);
+    // A horizontal drag turns about the axis by 0.005 rad per pixel (which way the orbit goes
+    // is the e2e CameraGestures').
+    camera.ScreenRotate(glm::vec2(0.0f), glm::vec2(100.0f, 0.0f));
+    ExpectNear(camera.GetPosition(), glm::angleAxis(-0.5f, axis) * glm::vec3(2.0f), 1e-4f);
     const float distance = glm::length(camera.GetPosition());
 
     for (int i = 0; i < 100; ++i)
@@ -201,7 +183,7 @@ TEST_F(CameraTest, ScreenMoveKeepsTheTargetUnderThePointer)
     }
 }
 
-TEST_F(CameraTest, PosesCopiesAndFrustum)
+TEST_F(CameraTest, PosesAndFrustum)
 {
     scene.SetViewport(glm::ivec4(0, 0, 800, 400));
     scene.SetNearFar(0.5f, 50.0f);
@@ -223,16 +205,6 @@ TEST_F(CameraTest, PosesCopiesAndFrustum)
     ExpectNear(frustum.up, back.up);
     EXPECT_EQ(std::make_tuple(frustum.nearDistance, frustum.farDistance), std::make_tuple(0.5f, 50.0f));
     EXPECT_GT(frustum.fovX, frustum.fovY);
-
-    vexa::draw::Scene otherScene(glm::ivec4(0, 0, 800, 400));
-    Camera other(&otherScene);
-    other.SetFixedRotationAxis(glm::vec3(0.0f, 0.0f, 1.0f));
-    other.SetFixedRotationEnabled(true);
-    camera.CopyView(other);
-    EXPECT_EQ(camera.GetViewMatrix(), other.GetViewMatrix());
-    EXPECT_EQ(camera.GetTarget(), other.GetTarget());
-    EXPECT_TRUE(camera.IsFixedRotationEnabled());
-    EXPECT_EQ(camera.GetFixedRotationAxis(), glm::vec3(0.0f, 0.0f, 1.0f));
 }
 
 TEST_F(CameraTest, InterpolateIsLinearWithSphericalUpAndCubicRunsThroughTheMiddlePoses)

@@ -1,19 +1,13 @@
 #include <vexa/Debugger.h>
 
-#include "core/Viewarea.h"
-#include "scene/GadgetManager.h"
-
 #include <vexa/draw/GeometryStyle.h>
 #include <vexa/draw/LineFieldRenderer.h>
 #include <vexa/draw/Scene.h>
-#include <vexa/draw/TextRenderer.h>
 
 #include "FakeEngine.h"
 #include "LogCapture.h"
 
 #include <gtest/gtest.h>
-
-#include <memory>
 
 namespace {
 
@@ -125,41 +119,6 @@ TEST_F(DebuggerTest, LifetimesAreTestedBeforeTheyAreCountedDown)
     EXPECT_EQ(debugger.GetMessage(), "stays");
     Step(debugger, 0.3f);
     EXPECT_TRUE(debugger.GetMessage().empty());
-}
-
-TEST(Debugger, GadgetAddsTheThreeShapesAndPrintsTheMessageReadably)
-{
-    testing_support::FakeEngine engine;
-    auto debugger = std::make_shared<Debugger>("debug");
-    engine.Register(debugger);
-    vexa::Viewarea area(0);
-    vexa::GadgetManager& gadgets = area.GetGadgetManager();
-    ASSERT_TRUE(gadgets.Create(debugger->GetId()));
-    EXPECT_EQ(gadgets.GetRendererHandles(debugger->GetId()).size(), 3u);
-
-    vexa::draw::TextRenderer texts;
-    area.GetScene()->SetViewport({0, 0, 800, 600});
-    texts.SetScene(area.GetScene());
-    texts.SetColor({0.1f, 0.2f, 0.3f});
-    vexa::Gadget& gadget = *gadgets.GetGadget(debugger->GetId());
-    gadget.RenderTexts(texts);
-    EXPECT_EQ(texts.GetQueuedCount(), 0u) << "nothing to say, nothing printed";
-
-    debugger->LogMessage("frame 12: 3 outliers", 1.0f);
-    gadget.RenderTexts(texts);
-    // An outline under the text, so that it reads on light and dark backgrounds.
-    EXPECT_GT(texts.GetQueuedCount(), 1u);
-    // The text renderer is shared: it is left as the gadget found it.
-    EXPECT_EQ(texts.GetColor(), tesk::Color3f(0.1f, 0.2f, 0.3f));
-
-    // A view area not laid out yet has nowhere to print.
-    texts.Clear();
-    area.GetScene()->SetViewport({0, 0, 0, 0});
-    gadget.RenderTexts(texts);
-    EXPECT_EQ(texts.GetQueuedCount(), 0u);
-
-    gadgets.Remove(debugger->GetId());
-    EXPECT_TRUE(gadgets.GetRendererHandles(debugger->GetId()).empty());
 }
 
 } // namespace

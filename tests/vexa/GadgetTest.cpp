@@ -29,8 +29,6 @@ namespace {
 using testing_support::FakeEngine;
 using testing_support::LogCapture;
 
-std::vector<std::string> terminations; // ids of terminated counting gadgets, in order
-
 // A gadget with its own versioned record after the base record, as content gadgets write.
 class CountingGadget final : public vexa::Gadget {
 public:
@@ -54,22 +52,9 @@ public:
                              std::make_shared<vexa::draw::GeometryStyle>(), 0);
     }
 
-    void Terminate() override
-    {
-        terminations.push_back(GetId().ToString());
-        Gadget::Terminate();
-    }
-
-    vexa::EventStatus MouseWheel(float, vexa::EventStatus status) override
-    {
-        ++wheelCalls;
-        return status == vexa::EventStatus::NotConsumed ? vexa::EventStatus::Consumed : status;
-    }
-
     std::uint32_t value = 7;
     bool loaded = false;
     int handle = -1;
-    int wheelCalls = 0;
 
 protected:
     bool ReadFromStream(std::istream& stream) override
@@ -272,25 +257,6 @@ TEST(GadgetManager, CreatesGadgetsPerWholeIdCleansTheSceneOnRemovalAndRefusesNul
                              "vexa::GadgetManager::Create"));
     EXPECT_FALSE(manager.Create(vexa::ResourceId("nobody", "MeshResource")));
     EXPECT_EQ(manager.GetGadgets().size(), 1u);
-}
-
-TEST(GadgetManager, EventsWalkGadgetsInIdOrderAndDestructionTerminatesAll)
-{
-    FakeEngine engine;
-    terminations.clear();
-    auto b = std::make_shared<FakeResource>("b", "PointCloudResource");
-    auto a = std::make_shared<FakeResource>("a", "PointCloudResource");
-    engine.Register(b);
-    engine.Register(a);
-    {
-        vexa::Viewarea viewarea(1);
-        viewarea.GetGadgetManager().Create(b->id);
-        viewarea.GetGadgetManager().Create(a->id);
-        EXPECT_EQ(viewarea.MouseWheel(1.0f), vexa::EventStatus::Consumed);
-        for (const auto& [id, gadget] : viewarea.GetGadgetManager().GetGadgets())
-            EXPECT_EQ(static_cast<CountingGadget&>(*gadget).wheelCalls, 1);
-    }
-    EXPECT_EQ(terminations, (std::vector<std::string>{"PointCloudResource:a", "PointCloudResource:b"}));
 }
 
 } // namespace

@@ -58,7 +58,7 @@ TEST_F(LookParserTest, MinimalLookGivesDefaultWindowWithOneFullWindowView)
     EXPECT_EQ(Parse(Look(R"("views": [])")).GetViewareaLooks().size(), 1u);
 }
 
-TEST_F(LookParserTest, ReadsWindowKeysViewsAndUnits)
+TEST_F(LookParserTest, ReadsWindowKeysAndViews)
 {
     LogCapture log;
     const auto parser = Parse(Look(R"(
@@ -68,10 +68,7 @@ TEST_F(LookParserTest, ReadsWindowKeysViewsAndUnits)
             {"position": "0,0;0,0", "size": "0.5,-5;1,0", "grid-mode": "XY", "grid-units": 2,
              "axes": false, "sidebar-enabled": false, "sidebar-visible": false,
              "enable-camera-animator": false, "enable-settings": false},
-            {"position": "0.5,5;0,0", "size": "0.5,-5;1,0", "grid-mode": "zx", "grid-units": 0.25,
-             "units": [{"id": "PointCloudResource:scans/a", "permanent": true, "gui-enabled": false,
-                        "select-enabled": false, "auto-select": true},
-                       {"id": "MeshResource:m"}]},
+            {"position": "0.5,5;0,0", "size": "0.5,-5;1,0", "grid-mode": "zx", "grid-units": 0.25},
             {"position": "0,0;0,0", "size": "1,0;1,0", "grid-mode": "yz"}
         ])"));
     EXPECT_TRUE(parser.Succeeded());
@@ -96,42 +93,33 @@ TEST_F(LookParserTest, ReadsWindowKeysViewsAndUnits)
     };
     EXPECT_EQ(flags(views[0]), std::vector<bool>(5, false));
     EXPECT_EQ(flags(views[1]), std::vector<bool>(5, true));
-
-    ResourceLook cloud;
-    cloud.id = ResourceId("scans/a", "PointCloudResource");
-    cloud.permanent = cloud.autoSelect = true;
-    cloud.guiEnabled = cloud.selectEnabled = false;
-    ResourceLook meshDefaults;
-    meshDefaults.id = ResourceId("MeshResource:m");
-    EXPECT_EQ(views[1].resourceLooks, (std::vector<ResourceLook>{cloud, meshDefaults}));
+    // The units' rules, read and obeyed: EngineGui.ResourceRulesOfTheLookShapeTheSidebar.
 }
 
-TEST_F(LookParserTest, MistypedKeysKeepTheirDefaults)
+TEST_F(LookParserTest, MistypedKeysKeepTheirDefaultsSilentlyAndOutOfRangeOnesWithAWarning)
 {
-    LogCapture log;
-    const auto parser = Parse(Look(R"(
-        "caption": 7, "maximized": "yes", "width": "800", "height": 600.5, "options-enabled": 0,
-        "background": 3947580, "key-shortcuts-enabled": null,
-        "views": [{"position": "0,0;0,0", "size": "1,0;1,0", "axes": "false", "grid-mode": 1,
-                   "grid-units": "2", "units": {"id": "MeshResource:m"}}])"));
-    EXPECT_TRUE(parser.Succeeded());
-    EXPECT_TRUE(log.messages.empty());
-    ExpectDefaultLook(parser);
-
+    // {keys, warnings}
+    const std::pair<std::string, std::size_t> cases[] = {
+        {R"("caption": 7, "maximized": "yes", "width": "800", "height": 600.5, "options-enabled": 0,
+            "background": 3947580, "key-shortcuts-enabled": null,
+            "views": [{"position": "0,0;0,0", "size": "1,0;1,0", "axes": "false", "grid-mode": 1,
+                       "grid-units": "2", "units": {"id": "MeshResource:m"}}])",
+         0},
+        {R"("width": -3, "height": 0, "background": "3D3D3G", "views": [{"position": "0,0;0,0",
+            "size": "1,0;1,0", "grid-units": 0, "units": [{"id": ""}]}])",
+         5},
+    };
+    for (const auto& [keys, warnings] : cases) {
+        LogCapture log;
+        const auto parser = Parse(Look(keys));
+        EXPECT_TRUE(parser.Succeeded());
+        ExpectDefaultLook(parser);
+        EXPECT_EQ(log.messages.size(), warnings);
+        for (const auto& message : log.messages)
+            EXPECT_EQ(message.level, rlog::Level::Warning) << message.message;
+    }
     // A "views" that is no array is ignored as well.
     EXPECT_EQ(Parse(Look(R"("views": {"position": "0.5,0;0,0"})")).GetViewareaLooks()[0], ViewareaLook{});
-}
-
-TEST_F(LookParserTest, OutOfRangeValuesAreWarnedAndKeepDefaults)
-{
-    LogCapture log;
-    const auto parser = Parse(Look(R"("width": -3, "height": 0, "background": "3D3D3G",
-        "views": [{"position": "0,0;0,0", "size": "1,0;1,0", "grid-units": 0, "units": [{"id": ""}]}])"));
-    EXPECT_TRUE(parser.Succeeded());
-    ExpectDefaultLook(parser);
-    EXPECT_EQ(log.messages.size(), 5u);
-    for (const auto& message : log.messages)
-        EXPECT_EQ(message.level, rlog::Level::Warning) << message.message;
 }
 
 TEST_F(LookParserTest, EveryFailingLookIsLoggedAndFallsBackToDefaults)
@@ -196,15 +184,6 @@ TEST_F(LookParserTest, UnusableLooksThrowAfterLoggingWhereTheyFailed)
         EXPECT_NE(log.messages[0].message.find(c.text), std::string::npos) << log.messages[0].message;
     }
     EXPECT_THROW(views(R"({"position": "0,0;0,0", "size": "a,0;1,0"})")(), std::invalid_argument);
-}
-
-TEST_F(LookParserTest, ParsesFromText)
-{
-    const auto parser = LookParser::FromString(Look(R"("width": 800, "views": [{"position": "0,0;0,0",
-        "size": "0.5,0;1,0"}, {"position": "0.5,0;0,0", "size": "0.5,0;1,0"}])"));
-    EXPECT_TRUE(parser.Succeeded());
-    EXPECT_EQ(parser.GetWindowLook().width, 800);
-    EXPECT_EQ(parser.GetViewareaLooks().size(), 2u);
 }
 
 TEST_F(LookParserTest, LooksWithMoreViewAreasThanTheLimitFailAtOnce)

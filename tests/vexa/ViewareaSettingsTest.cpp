@@ -37,9 +37,7 @@ TEST(ViewareaSettings, TwoViewareasSurviveSaveAndLoadAndDamagedFilesKeepTheCurre
 
     ViewareaSettings loaded;
     ASSERT_TRUE(loaded.Load(directory));
-    ASSERT_EQ(loaded.GetRecords().size(), 2u);
     EXPECT_EQ(loaded.GetRecords(), saved.GetRecords());
-    EXPECT_NE(loaded.GetRecords()[0], loaded.GetRecords()[1]);
 
     // An empty list is a valid file too (no view areas captured yet).
     ASSERT_TRUE(ViewareaSettings().Save(directory));
