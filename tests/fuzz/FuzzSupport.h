@@ -64,4 +64,28 @@ std::string Written(Write&& write)
     return out.str();
 }
 
+/// The promise of every stored block: a refused input leaves a fresh `make()` as it was, and
+/// what is taken, written again, reads back to the same bytes. `read(object, in)` reads,
+/// `write(object, out)` writes.
+template <class Make, class Read, class Write>
+void CheckReadsBack(const Make& make, const Read& read, const Write& write, const std::uint8_t* data,
+                    std::size_t size)
+{
+    const auto bytes = [&write](const auto& object) {
+        return Written([&](std::ostream& out) { write(object, out); });
+    };
+    auto object = make();
+    const std::string before = bytes(object);
+    std::istringstream in = AsStream(data, size);
+    if (!read(object, in)) {
+        Check(bytes(object) == before, "a refused input changed what it was read into");
+        return;
+    }
+    const std::string taken = bytes(object);
+    auto again = make();
+    std::istringstream back(taken, std::ios::binary);
+    Check(read(again, back), "what was read cannot be read back");
+    Check(bytes(again) == taken, "what was read reads back differently");
+}
+
 } // namespace vexa::fuzz

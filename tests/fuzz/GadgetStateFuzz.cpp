@@ -19,10 +19,8 @@
 
 namespace {
 
-using vexa::fuzz::Check;
 using vexa::fuzz::Opened;
 using vexa::fuzz::StateHolder;
-using vexa::fuzz::Written;
 
 // A cloud with colours and float data, so that a restored colouring choice is checked
 // against something real.
@@ -54,29 +52,17 @@ const std::vector<std::function<std::shared_ptr<StateHolder>()>>& Makers()
     return makers;
 }
 
-std::string State(const StateHolder& gadget)
-{
-    return Written([&gadget](std::ostream& out) { gadget.Write(out); });
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     vexa::fuzz::QuietLog();
     for (const auto& make : Makers()) {
-        const std::shared_ptr<StateHolder> gadget = make();
-        const std::string before = State(*gadget);
-        std::istringstream in = vexa::fuzz::AsStream(data, size);
-        if (!gadget->Read(in)) {
-            Check(State(*gadget) == before, "a refused gadget state changed the gadget");
-            continue;
-        }
-        const std::string taken = State(*gadget);
-        const std::shared_ptr<StateHolder> again = make();
-        std::istringstream back(taken, std::ios::binary);
-        Check(again->Read(back), "a gadget state that was read cannot be read back");
-        Check(State(*again) == taken, "a gadget state read back differently");
+        vexa::fuzz::CheckReadsBack(
+            make,
+            [](const std::shared_ptr<StateHolder>& gadget, std::istream& in) { return gadget->Read(in); },
+            [](const std::shared_ptr<StateHolder>& gadget, std::ostream& out) { gadget->Write(out); }, data,
+            size);
     }
     return 0;
 }

@@ -11,33 +11,14 @@
 #include <vexa/draw/PointCloudStyle.h>
 #include <vexa/draw/SkeletonStyle.h>
 
-#include <string>
-
 namespace {
-
-using vexa::fuzz::Check;
-
-template <class Block>
-std::string Bytes(const Block& block)
-{
-    return vexa::fuzz::Written([&block](std::ostream& out) { block.WriteToStream(out); });
-}
 
 template <class Block>
 void CheckBlock(const std::uint8_t* data, std::size_t size)
 {
-    Block block;
-    const std::string before = Bytes(block);
-    std::istringstream in = vexa::fuzz::AsStream(data, size);
-    if (!block.ReadFromStream(in)) {
-        Check(Bytes(block) == before, "a refused style block changed the style");
-        return;
-    }
-    const std::string taken = Bytes(block);
-    Block again;
-    std::istringstream back(taken, std::ios::binary);
-    Check(again.ReadFromStream(back), "a style block that was read cannot be read back");
-    Check(Bytes(again) == taken, "a style block read back differently");
+    vexa::fuzz::CheckReadsBack(
+        [] { return Block(); }, [](Block& block, std::istream& in) { return block.ReadFromStream(in); },
+        [](const Block& block, std::ostream& out) { block.WriteToStream(out); }, data, size);
 }
 
 } // namespace

@@ -18,19 +18,6 @@ using runa::LengthUnit;
 using runa::SpaceCategory;
 using runa::SpaceDefinition;
 
-namespace runa {
-
-// Readable failure messages instead of byte dumps.
-void PrintTo(const BasisDefinition& basis, std::ostream* out)
-{
-    *out << '"' << basis.name << "\" up " << int(basis.up) << " forward " << int(basis.forward)
-         << (basis.rightHanded ? " right" : " left");
-    if (const auto* space = dynamic_cast<const SpaceDefinition*>(&basis))
-        *out << " category " << int(space->category) << " units " << int(space->units);
-}
-
-} // namespace runa
-
 namespace {
 
 const char* const kBasisLabel = "runa::BasisDefinition::ReadFromStream";
@@ -74,11 +61,9 @@ TEST(SpaceDefinition, JsonOfDefaultAndPresetShowsNegativeZeros)
     SpaceDefinition::TivraCamera.WriteJson(preset);
     EXPECT_EQ(preset, expected("Tivra Camera", "-0.000000, -1.000000, -0.000000", "camera"));
 
-    // A plain basis writes only its own keys; other categories and handedness have their words.
+    // Other categories and handedness have their words.
     SpaceDefinition odd("odd", 7, LengthUnit::Inch, Axis::NegX, 9, false);
     nlohmann::json oddJson;
-    odd.BasisDefinition::WriteJson(oddJson);
-    EXPECT_EQ(oddJson.size(), 4u);
     odd.WriteJson(oddJson);
     EXPECT_EQ(oddJson["handedness"], "left");
     EXPECT_EQ(oddJson["category"], "");
@@ -86,23 +71,13 @@ TEST(SpaceDefinition, JsonOfDefaultAndPresetShowsNegativeZeros)
     EXPECT_EQ(oddJson["forward"], "0.000000, 0.000000, 0.000000");
 }
 
-TEST(SpaceDefinition, UnknownUnitsThrowAndPresetsCompareByValue)
+TEST(SpaceDefinition, UnknownUnitsThrow)
 {
-    EXPECT_EQ(SpaceDefinition::TeskCamera.GetUnitAbbreviation(), "m");
-    EXPECT_EQ(SpaceDefinition::GetUnitNames(LengthUnit::Foot).plural, "feet");
-    try {
-        SpaceDefinition::GetUnitNames(10);
-        FAIL() << "no exception";
-    } catch (const std::out_of_range& error) {
-        EXPECT_STREQ(error.what(), "invalid map<K, T> key");
-    }
+    EXPECT_THROW(SpaceDefinition::GetUnitNames(10), std::out_of_range);
     SpaceDefinition unknown;
     unknown.units = 200;
     nlohmann::json json;
     EXPECT_THROW(unknown.WriteJson(json), std::out_of_range);
-
-    EXPECT_FALSE(SpaceDefinition::TeskCamera == SpaceDefinition::TeskMarker);
-    EXPECT_TRUE(SpaceDefinition(SpaceDefinition::TeskCamera) == SpaceDefinition::TeskCamera);
 }
 
 TEST(SpaceDefinition, StreamLayoutAndRoundTrip)
@@ -124,14 +99,6 @@ TEST(SpaceDefinition, StreamLayoutAndRoundTrip)
     BasisDefinition& target = read;
     EXPECT_TRUE(target.ReadFromStream(stream));
     EXPECT_TRUE(read == written);
-
-    const BasisDefinition basis("frame", Axis::NegZ, Axis::NegX, false);
-    std::stringstream basisStream;
-    basis.WriteToStream(basisStream);
-    EXPECT_EQ(basisStream.str().size(), 13u);
-    BasisDefinition basisRead;
-    EXPECT_TRUE(basisRead.ReadFromStream(basisStream));
-    EXPECT_TRUE(basisRead == basis);
 }
 
 TEST(SpaceDefinition, OlderRecordVersions)

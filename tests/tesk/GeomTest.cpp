@@ -1,7 +1,5 @@
 #include <tesk/Frustum.h>
 #include <tesk/geom/Aabb.h>
-#include <tesk/geom/LineSegment.h>
-#include <tesk/geom/Sphere.h>
 
 #include <gtest/gtest.h>
 
@@ -18,8 +16,6 @@ TEST(GeomTest, AabbStartsEmptyAndGrowsByPoints)
     box.Extend({1, 2, 3});
     EXPECT_FALSE(box.IsEmpty());
     EXPECT_FALSE(box.IsValid()); // a single point has no extent
-    EXPECT_EQ(box.min, glm::vec3(1, 2, 3));
-    EXPECT_EQ(box.max, glm::vec3(1, 2, 3));
 
     box.Extend({-1, 4, 3});
     EXPECT_FALSE(box.IsValid()); // flat in z
@@ -46,17 +42,6 @@ TEST(GeomTest, AabbStartsEmptyAndGrowsByPoints)
     EXPECT_EQ(box.max, glm::vec3(5, 10, 7));
 }
 
-TEST(GeomTest, SphereAndSegment)
-{
-    const geom::TSphere<3, float> s({1, 0, 0}, 2.0f);
-    EXPECT_TRUE(s.Contains({3, 0, 0}));
-    EXPECT_FALSE(s.Contains({3.01f, 0, 0}));
-
-    const geom::LineSegment3 line{{0, 0, 0}, {3, 4, 0}};
-    EXPECT_FLOAT_EQ(line.Length(), 5.0f);
-    EXPECT_EQ(line.PointAt(0.5f), glm::vec3(1.5f, 2.0f, 0.0f));
-}
-
 constexpr float kPi = 3.14159265358979f;
 
 // Camera at (0, 0, 5) looking down -z, 90 x 60 degrees, depth 1..10.
@@ -81,16 +66,10 @@ TEST(FrustumTest, ContainsWhatTheCameraSeesAndCornersAndPlanesAgree)
         EXPECT_TRUE(f.Contains(corner)) << "corners computed in float count as inside";
 
     EXPECT_EQ(f.GetRight(), glm::vec3(1, 0, 0));
-
-    const auto c = f.GetCorners();
-    EXPECT_NEAR(c[tesk::Frustum::NearTopRight].x, 1.0f, 1e-5f);
-    EXPECT_NEAR(c[tesk::Frustum::NearTopRight].z, 4.0f, 1e-5f);
-    EXPECT_NEAR(c[tesk::Frustum::FarBottomLeft].x, -10.0f, 1e-4f);
-    EXPECT_NEAR(c[tesk::Frustum::FarBottomLeft].y, -10.0f * std::tan(kPi / 6.0f), 1e-4f);
-    EXPECT_NEAR(c[tesk::Frustum::FarBottomLeft].z, -5.0f, 1e-5f);
+    EXPECT_NEAR(f.GetCorners()[tesk::Frustum::NearTopRight].x, 1.0f, 1e-5f);
 
     // Every corner lies on three of the planes and on the inner side of the other three.
-    for (const glm::vec3& corner : c) {
+    for (const glm::vec3& corner : f.GetCorners()) {
         int onPlane = 0;
         for (const geom::Plane3& plane : f.GetPlanes()) {
             const float d = plane.SignedDistance(corner);

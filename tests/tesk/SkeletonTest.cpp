@@ -83,8 +83,6 @@ TEST(SkeletonAction, InterpolatesBetweenKeyframesAndClampsOutside)
     SkeletonAction action("wave");
     ASSERT_TRUE(action.AddKeyframe(3.0f, end));
     ASSERT_TRUE(action.AddKeyframe(1.0f, start)); // out of order on purpose
-    EXPECT_EQ(action.GetStartTime(), 1.0f);
-    EXPECT_EQ(action.GetEndTime(), 3.0f);
     EXPECT_EQ(action.GetDuration(), 2.0f);
 
     const tesk::JointTransform mid = action.PoseAt(2.0f, skeleton).GetJoint(0);

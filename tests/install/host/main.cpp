@@ -3,13 +3,11 @@
 
 #include <nlohmann/json.hpp>
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -30,7 +28,7 @@ int CountRedInTheMiddle(const std::string& png)
     return red;
 }
 
-// A debug box drawn for half a second shows in a screenshot, and is gone a second later.
+// A debug box drawn through the installed package shows in a screenshot.
 int CheckDebugBox()
 {
     const std::filesystem::path work = std::filesystem::temp_directory_path() / "vexa-install-host";
@@ -42,19 +40,12 @@ int CheckDebugBox()
     vexa::SetSidebarVisible(0, false);
     vexa::Debug().DrawBox({{-0.5f, -0.5f, -0.5f}, {0.5f, 0.5f, 0.5f}}, {1.0f, 0.0f, 0.0f}, 0.5f);
     vexa::Update();
+    // How long it stays is the debugger's own (DebuggerTest).
     const std::string shown = (work / "box.png").string();
     if (!vexa::SaveScreenshot(shown) || CountRedInTheMiddle(shown) < 500)
         return 11;
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
-    while (std::chrono::steady_clock::now() < end) {
-        vexa::Update();
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    const std::string gone = (work / "gone.png").string();
-    if (!vexa::SaveScreenshot(gone) || CountRedInTheMiddle(gone) != 0)
-        return 12;
     vexa::Terminate();
-    std::printf("host: the debug box showed and expired\n");
+    std::printf("host: the debug box showed\n");
     return 0;
 }
 
