@@ -57,22 +57,10 @@ inline bool Near(const Rgba& actual, const Rgba& expected, int tolerance = 3)
 /// The render system's default background.
 inline constexpr Rgba kBackground{0x3D, 0x3D, 0x3D, 255};
 
-inline bool IsRed(const Rgba& c)
-{
-    return c.r > 200 && c.g < 60 && c.b < 60;
-}
-inline bool IsGreen(const Rgba& c)
-{
-    return c.g > 200 && c.r < 60 && c.b < 60;
-}
-inline bool IsDrawn(const Rgba& c)
-{
-    return !Near(c, kBackground, 4);
-}
-inline bool IsBackground(const Rgba& c)
-{
-    return Near(c, kBackground, 4);
-}
+inline constexpr auto IsRed = [](const Rgba& c) { return c.r > 200 && c.g < 60 && c.b < 60; };
+inline constexpr auto IsGreen = [](const Rgba& c) { return c.g > 200 && c.r < 60 && c.b < 60; };
+inline constexpr auto IsDrawn = [](const Rgba& c) { return !Near(c, kBackground, 4); };
+inline constexpr auto IsBackground = [](const Rgba& c) { return Near(c, kBackground, 4); };
 
 /// Near() that prints both colours when it fails.
 inline ::testing::AssertionResult Looks(const Rgba& actual, const Rgba& expected, int tolerance = 3)
@@ -100,9 +88,7 @@ public:
     {
         if (x < 0 || y < 0 || x >= width_ || y >= height_ || data_.empty())
             return {};
-        const std::uint8_t* p = &data_[(static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
-                                        static_cast<std::size_t>(x)) *
-                                       4];
+        const std::uint8_t* p = &data_[4 * static_cast<std::size_t>(y * width_ + x)];
         return {p[0], p[1], p[2], p[3]};
     }
     Rgba At(const glm::vec2& p) const { return At(static_cast<int>(p.x), static_cast<int>(p.y)); }

@@ -58,8 +58,6 @@ TEST(LineFieldRendererTest, WorksWithoutContextAndDropsNonFiniteSegments)
     renderer->SetLines(std::vector<geom::LineSegment3>{});
     EXPECT_EQ(renderer->GetLineCount(), 0u);
     EXPECT_TRUE(renderer->GetBoundingBox().IsEmpty());
-    renderer->ReleaseGpuResources();
-    renderer.reset();
 }
 
 class LineFieldGlTest : public GlTest {
@@ -97,8 +95,6 @@ TEST_F(LineFieldGlTest, SegmentsCrossTheViewWithTheRequestedWidthAndAreCutAtTheN
         const int rows = RowsOf(thinPixels, x, kRed);
         EXPECT_GE(rows, 1) << "column " << x;
         EXPECT_LE(rows, 2) << "column " << x;
-        EXPECT_TRUE(Looks(thinPixels.At(x, 30), kBlack));
-        EXPECT_TRUE(Looks(thinPixels.At(x, 100), kBlack));
     }
     // The line lies on the middle rows of the view.
     EXPECT_GT(thinPixels.Count(Close(kRed), 0, 62, kSize, 66), kSize - 4);

@@ -78,8 +78,7 @@ TEST_F(MeshRendererGlTest, LitMeshColoursItsMiddleByItsNormals)
 
     // Flat normals come from the faces whatever the mesh says.
     style->normalsSource = NormalsSource::Flat;
-    const Rgba flat = Render(awayRenderer, style).At(kSize / 2, kSize / 2);
-    EXPECT_TRUE(Looks(flat, middle, 6));
+    EXPECT_TRUE(Looks(Render(awayRenderer, style).At(kSize / 2, kSize / 2), middle, 6));
 }
 
 TEST_F(MeshRendererGlTest, TexturedQuadShowsTheTextureUpright)
@@ -203,8 +202,6 @@ TEST(MeshRendererTest, BuildsWithoutAnyGlContext)
         EXPECT_EQ(renderer.GetBoundingBox().max, glm::vec3(2, 3, 0));
         EXPECT_EQ(renderer.GetSuggestedMaterial().color, tesk::Color3f(0.1f, 0.2f, 0.3f));
         EXPECT_TRUE(renderer.GetSuggestedMaterial().metallic);
-
-        EXPECT_TRUE(renderer.SetCustomColors(std::vector<tesk::Color3f>(4)));
         renderer.ReleaseGpuResources();
 
         // An empty mesh is drawn as nothing, with a word in the log.

@@ -80,15 +80,9 @@ int RowsWithContent(const Pixels& pixels, const Rgba& background, int tolerance)
 }
 
 // Looser than the shared probes: thin axis lines blend with the background.
-bool Reddish(const Rgba& c)
-{
-    return c.r > 150 && c.g < 100 && c.b < 100;
-}
+constexpr auto Reddish = [](const Rgba& c) { return c.r > 150 && c.g < 100 && c.b < 100; };
 
-bool Greenish(const Rgba& c)
-{
-    return c.g > 130 && c.r < 100 && c.b < 100;
-}
+constexpr auto Greenish = [](const Rgba& c) { return c.g > 130 && c.r < 100 && c.b < 100; };
 
 } // namespace
 
@@ -148,39 +142,24 @@ TEST_F(GlTest, RenderersGetWorldSpaceLights)
 
 TEST_F(GlTest, GridLiesInItsPlane)
 {
-    struct View {
-        glm::vec3 eye;
-        glm::vec3 up;
-    };
-    // Looking along each axis at the origin; each grid plane faces exactly one of them.
-    const View alongZ{{0, 0, 5}, {0, 1, 0}};
-    const View alongX{{5, 0, 0}, {0, 0, 1}};
-    const View alongY{{0, 5, 0}, {1, 0, 0}};
-    struct Case {
-        int mode;
-        View facing;
-        View edgeOn;
-    };
-    const Case cases[] = {
-        {GridMode::XY, alongZ, alongX},
-        {GridMode::YZ, alongX, alongY},
-        {GridMode::ZX, alongY, alongZ},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE("grid mode " + std::to_string(c.mode));
-        scene_->SetGridMode(c.mode);
-        LookAtOriginFrom(c.facing.eye, c.facing.up);
-        const Pixels facing = Render();
+    // Looking along each axis at the origin (eye, up); each grid plane faces exactly one of them.
+    const glm::vec3 views[3][2] = {{{0, 0, 5}, {0, 1, 0}}, {{5, 0, 0}, {0, 0, 1}}, {{0, 5, 0}, {1, 0, 0}}};
+    for (const int mode : {GridMode::XY, GridMode::YZ, GridMode::ZX}) {
+        SCOPED_TRACE("grid mode " + std::to_string(mode));
+        scene_->SetGridMode(mode);
+        const int facing = mode - GridMode::XY;
+        LookAtOriginFrom(views[facing][0], views[facing][1]);
+        const Pixels picture = Render();
         // About four cells are in view: lines cross the whole picture both ways.
-        EXPECT_GT(RowsWithContent(facing, kBackground, 12), kSize - 4);
-        EXPECT_GT(facing.CountDifferent(kBackground, 12), 4 * kSize);
-        LookAtOriginFrom(c.edgeOn.eye, c.edgeOn.up);
+        EXPECT_GT(RowsWithContent(picture, kBackground, 12), kSize - 4);
+        EXPECT_GT(picture.CountDifferent(kBackground, 12), 4 * kSize);
+        LookAtOriginFrom(views[(facing + 1) % 3][0], views[(facing + 1) % 3][1]);
         EXPECT_LE(RowsWithContent(Render(), kBackground, 12), 3) << "a plane seen edge-on is one line";
     }
 
     // Cell size: twice the units leave half as many lines in the same view.
     scene_->SetGridMode(GridMode::XY);
-    LookAtOriginFrom(alongZ.eye, alongZ.up);
+    LookAtOriginFrom(views[0][0], views[0][1]);
     const int fine = Render().CountDifferent(kBackground, 12);
     scene_->SetGridUnits(2.0f);
     const int coarse = Render().CountDifferent(kBackground, 12);

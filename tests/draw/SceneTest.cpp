@@ -58,7 +58,7 @@ bool IsFinite(const glm::mat4& m)
 
 } // namespace
 
-TEST(SceneTest, HandlesCountUpAndAreNeverReused)
+TEST(SceneTest, HandlesCountUpAreNeverReusedAndUnfitInstancesGetNone)
 {
     Scene scene;
     auto renderer = std::make_shared<BoxRenderer>();
@@ -76,18 +76,14 @@ TEST(SceneTest, HandlesCountUpAndAreNeverReused)
     EXPECT_EQ(scene.GetInstanceCount(), 2u);
     EXPECT_EQ(scene.GetInstances()[0].handle, 1);
     EXPECT_EQ(scene.GetInstances()[1].handle, 3);
-}
 
-TEST(SceneTest, RefusesMissingOrUnfitInstancesWithALoggedFailure)
-{
-    Scene scene;
+    // Missing or unfit instances are refused with a logged failure and use up no handle.
     testing_support::LogCapture log;
     EXPECT_EQ(scene.AddInstance(nullptr, std::make_shared<Style>()), 0);
-    EXPECT_EQ(scene.AddInstance(std::make_shared<BoxRenderer>(), nullptr), 0);
-    EXPECT_EQ(scene.AddInstance(std::make_shared<BoxRenderer>(), std::make_shared<OtherStyle>()), 0);
-    EXPECT_EQ(scene.GetInstanceCount(), 0u);
+    EXPECT_EQ(scene.AddInstance(renderer, nullptr), 0);
+    EXPECT_EQ(scene.AddInstance(renderer, std::make_shared<OtherStyle>()), 0);
     EXPECT_EQ(log.messages.size(), 3u);
-    EXPECT_EQ(scene.AddInstance(std::make_shared<BoxRenderer>(), std::make_shared<Style>()), 1);
+    EXPECT_EQ(scene.AddInstance(renderer, std::make_shared<Style>()), 4);
 }
 
 TEST(SceneTest, ClippingPlanesAndGridSettingsStayUsable)
@@ -129,10 +125,8 @@ TEST(SceneTest, ProjectionFollowsTheViewportAspect)
     Scene scene(glm::ivec4(10, 20, 210, 120)); // 200 x 100
     scene.SetFovY(fovY);
     scene.SetNearFar(0.1f, 50.0f);
+    // The matrix itself is MakeProjectionParams' (below).
     EXPECT_FLOAT_EQ(scene.GetFovX(), FovXFromFovY(fovY, 2.0f));
-    const glm::mat4 expected = glm::perspective(fovY, 2.0f, 0.1f, 50.0f);
-    for (int c = 0; c < 4; ++c)
-        EXPECT_LT(glm::length(scene.GetProjectionMatrix()[c] - expected[c]), 1e-5f) << "column " << c;
 
     // A view that is not laid out yet still gets a square projection.
     testing_support::LogCapture log;
@@ -181,7 +175,6 @@ TEST(ProjectionParams, PerspectiveAndFieldsOfViewStayConsistent)
     EXPECT_EQ(params.projection, glm::perspective(0.8f, 2.0f, 0.5f, 40.0f));
     // tan(45 deg) * sqrt(3) = tan(60 deg).
     EXPECT_NEAR(FovXFromFovY(kPi / 2.0f, std::sqrt(3.0f)), 2.0f * kPi / 3.0f, 1e-5f);
-    EXPECT_FLOAT_EQ(params.fovX, FovXFromFovY(0.8f, 2.0f));
     EXPECT_FLOAT_EQ(ViewportAspect({10, 10, 5, 20}), 1.0f); // not laid out yet
 
     const float nan = std::numeric_limits<float>::quiet_NaN();

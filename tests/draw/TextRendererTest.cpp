@@ -19,10 +19,7 @@ const std::string kFontFile = VEXA_SOURCE_ASSET_DIR "resources/InriaSans-Regular
 
 const Rgba kBlack{0, 0, 0, 255};
 
-bool IsBright(const Rgba& c)
-{
-    return c.r > 96 || c.g > 96 || c.b > 96;
-}
+constexpr auto IsBright = [](const Rgba& c) { return c.r > 96 || c.g > 96 || c.b > 96; };
 
 TEST(TextRendererMeasureTest, MeasuresAndQueuesWithoutContext)
 {
@@ -183,29 +180,6 @@ TEST_F(TextRendererGlTest, GlyphsAddedWhileLayingOutKeepEarlierGlyphsIntact)
         for (int x = 0; x < kSize; ++x)
             differing += gl_test_support::Near(alone.At(x, y), together.At(x, y), 8) ? 0 : 1;
     EXPECT_EQ(differing, 0);
-}
-
-TEST_F(TextRendererGlTest, TextsOfAnotherSceneStayQueued)
-{
-    Scene other;
-    text_.Print("Mine", 10.0f, 30.0f);
-    text_.SetScene(&other);
-    text_.SetColor({0.0f, 1.0f, 0.0f});
-    text_.Print("Other", 10.0f, 100.0f);
-    text_.SetScene(nullptr);
-    text_.Print("Ignored", 10.0f, 70.0f);
-    ASSERT_EQ(text_.GetQueuedCount(), 2u);
-
-    Pixels pixels = Draw(&textScene_);
-    EXPECT_GT(pixels.Count(IsBright, 0, 0, kSize, 40), 20);
-    EXPECT_EQ(pixels.Count(IsBright, 0, 40, kSize, kSize), 0);
-    EXPECT_EQ(text_.GetQueuedCount(), 1u);
-
-    pixels = Draw(&other);
-    const auto isGreen = [](const Rgba& c) { return c.g > 96 && c.r < 64 && c.b < 64; };
-    EXPECT_GT(pixels.Count(isGreen, 0, 80, kSize, 110), 20);
-    EXPECT_EQ(pixels.Count(IsBright, 0, 0, kSize, 80), 0);
-    EXPECT_EQ(text_.GetQueuedCount(), 0u);
 }
 
 TEST_F(TextRendererGlTest, MissingFontIsReportedOnceAndDrawsNothing)

@@ -75,7 +75,6 @@ TEST(Look, EveryWidgetTypeOfTheSchemeBuildsAndDraws)
 TEST(Look, ColourAliasesReadAsArgbHex)
 {
     const char* const cases[][4] = {
-        {"DarkVexa/Panel", "Color", "Color", "FF435B72"},
         {"DarkVexa/Panel", "Color", "Colour", "FF435B72"},
         {"DarkVexa/Panel", "BackgroundColour", "Color", "00454545"},
         {"DarkVexa/ColorRect", "Color", "Colour", "FF20A040"},

@@ -67,12 +67,8 @@ class GlTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        plor::WindowParams params;
-        params.width = kSize;
-        params.height = kSize;
-        params.visible = false;
-        params.caption = "plor test";
-        window_ = plor::Window::Create(params);
+        window_ =
+            plor::Window::Create({.width = kSize, .height = kSize, .caption = "plor test", .visible = false});
         ASSERT_NE(window_, nullptr)
             << "No window with an OpenGL 3.3 core context could be created. The GL tests "
                "need a display: run them under xvfb-run -a -s \"-noreset -screen 0 1280x1024x24\".";

@@ -8,16 +8,6 @@ namespace {
 
 using plor_test::GlTest;
 
-TEST_F(GlTest, ContextIsCoreThreeThreeWithDriverStrings)
-{
-    EXPECT_GE(plor::GetGlVersion(), (runa::Version{3, 3, 0}));
-    EXPECT_FALSE(plor::GetGlVendor().empty());
-    const std::string version = plor::GetGlVersionString();
-    const runa::Version parsed = plor::GetGlVersion();
-    EXPECT_EQ(version.rfind(std::to_string(parsed.major) + "." + std::to_string(parsed.minor), 0), 0u)
-        << version;
-}
-
 TEST_F(GlTest, LastGlErrorNamesAndDrainsErrors)
 {
     EXPECT_EQ(plor::GetLastGlError(), "");
