@@ -96,11 +96,12 @@ TEST_F(CameraFlight, TwoKeyframesSavedRemovedLoadedAndPlayedFlyTheCameraThroughT
     ClickCentre(load);
     ClickCentre(play);
     Rest();
-    // The flight starts at the first view...
+    // The flight starts at the first view... (within 10 px: the flight eases out of it, and on
+    // a loaded machine the first frames may come a few tenths of a second apart)
     const Picture departing = Keep(
         "departing",
         WaitUntil(
-            [&](const Picture& p) { return Measure(p).AllVisible(50) && Apart(Measure(p), first) < 6.0; },
+            [&](const Picture& p) { return Measure(p).AllVisible(50) && Apart(Measure(p), first) < 10.0; },
             3s));
     EXPECT_FALSE(departing.Empty()) << "the flight did not start at the first key frame";
     // ... passes between the two ...
